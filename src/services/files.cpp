@@ -1,0 +1,91 @@
+#include "services/files.h"
+
+#include "services/bytes.h"
+#include "services/errors.h"
+#include "services/filesystem.h"
+
+namespace kestrel {
+
+namespace {
+
+// The length of the part of `path` before its last component, the separators
+// between the two not counted unless they are the root.
+std::size_t folderLength(std::wstring_view path) {
+    std::size_t length = path.size() - fileName(path).size();
+    while (length > 1 && filesystem::isSeparator(path[length - 1]) && path[length - 2] != L':') {
+        --length;
+    }
+    return length;
+}
+
+}  // namespace
+
+std::string readFileBytes(std::wstring_view path) {
+    return guarded(L"gstrReadFile", [&] { return filesystem::read(path).value_or(std::string()); });
+}
+
+std::wstring gstrReadFile(std::wstring_view path) {
+    return guarded(L"gstrReadFile", [&] { return widen(readFileBytes(path)); });
+}
+
+bool writeFile(std::wstring_view path, std::wstring_view text, std::wstring_view backup) {
+    return guarded(L"gWriteFile", [&] {
+        if (path.empty()) return false;
+        filesystem::replace(path, narrow(text), backup);
+        return true;
+    });
+}
+
+void gWriteFile(std::wstring_view path, std::wstring_view text) {
+    writeFile(path, text);
+}
+
+std::wstring backupPath(std::wstring_view path) {
+    return std::wstring(path) + L".bak";
+}
+
+std::wstring gstrTempFile() {
+    return guarded(L"gstrTempFile", [] { return filesystem::makeTemporary(L"gsv"); });
+}
+
+std::wstring gstrLongPath(std::wstring_view path) {
+    return guarded(L"gstrLongPath", [&] { return filesystem::longPath(path); });
+}
+
+bool fileExists(std::wstring_view path) {
+    return filesystem::isFile(path);
+}
+
+std::wstring joinPath(std::wstring_view folder, std::wstring_view name) {
+    std::wstring path(folder);
+    if (path.empty() || !filesystem::isSeparator(path.back())) path += filesystem::separator();
+    return path.append(name);
+}
+
+std::wstring_view fileName(std::wstring_view path) {
+    std::size_t start = path.size();
+    while (start > 0 && !filesystem::isSeparator(path[start - 1])) --start;
+    return path.substr(start);
+}
+
+std::wstring_view folderOf(std::wstring_view path) {
+    return path.substr(0, folderLength(path));
+}
+
+std::wstring programFile(std::wstring_view name) {
+    return joinPath(gProgram().folder, name);
+}
+
+std::wstring chooseProgramFolder() {
+    std::wstring folder = filesystem::executableFolder();
+    if (!folder.empty() && filesystem::isWritableFolder(folder)) return folder;
+    folder = filesystem::userFolder();
+    try {
+        filesystem::makeFolder(folder);
+    } catch (const RunTimeError&) {
+        // The first write into the folder reports it; starting goes on.
+    }
+    return folder;
+}
+
+}  // namespace kestrel

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// Whole files. Paths are wide; on Linux their bytes are UTF-8.
+namespace kestrel {
+
+// Returns the content of the file as text, one character a byte. Empty when the
+// file is missing (a folder, a device, a pipe and, on Windows, a hidden or
+// system file count as missing) or cannot be read, which is reported.
+std::wstring gstrReadFile(std::wstring_view path);
+
+// As gstrReadFile, before the bytes become text.
+std::string readFileBytes(std::wstring_view path);
+
+// Puts `text` into the file at `path`, whole or not at all: on any failure the
+// failure is reported and an existing file stays as it was. An empty path does
+// nothing. Returns nothing; see writeFile() for callers that must know.
+void gWriteFile(std::wstring_view path, std::wstring_view text);
+
+// As gWriteFile; true when the file was written. With `backup` the file that it
+// replaces is kept at `backup`, replacing what stood there; a missing file
+// leaves the backup alone.
+bool writeFile(std::wstring_view path, std::wstring_view text, std::wstring_view backup = {});
+
+// `path` with ".bak" appended.
+std::wstring backupPath(std::wstring_view path);
+
+// Returns the path of a new, empty file in the folder for temporary files; its
+// name begins with "gsv". Empty on failure, which is reported.
+std::wstring gstrTempFile();
+
+// Returns the long form of `path`; empty when the system knows no such path.
+std::wstring gstrLongPath(std::wstring_view path);
+
+// True when `path` names an ordinary file.
+bool fileExists(std::wstring_view path);
+
+// `folder` and `name` joined by one separator. A folder that already ends in
+// one gets no second.
+std::wstring joinPath(std::wstring_view folder, std::wstring_view name);
+
+// The last component of `path`, and `path` without it (no trailing separator
+// but a root's own).
+std::wstring_view fileName(std::wstring_view path);
+std::wstring_view folderOf(std::wstring_view path);
+
+// `name` in the program's folder.
+std::wstring programFile(std::wstring_view name);
+
+// The folder for settings and histories: the executable's own when files can be
+// made there, else the user's folder for this program, made when it is missing.
+std::wstring chooseProgramFolder();
+
+}  // namespace kestrel

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+// The seam to the operating system's files, implemented by
+// filesystem_posix.cpp and filesystem_win32.cpp. Failures throw RunTimeError.
+namespace kestrel::filesystem {
+
+// An ordinary file that can be opened by its name.
+bool isFile(std::wstring_view path) noexcept;
+
+bool isFolder(std::wstring_view path) noexcept;
+
+// True when a new file can be made in `folder`.
+bool isWritableFolder(std::wstring_view folder) noexcept;
+
+// Makes `folder` and the folders above it.
+void makeFolder(std::wstring_view folder);
+
+// The whole content; nothing when `path` names no ordinary file. Throws when
+// the file cannot be read. It never waits, whatever `path` names.
+std::optional<std::string> read(std::wstring_view path);
+
+// Replaces the file whole or not at all: a temporary sibling is written,
+// flushed to the disk and renamed over it. Permissions are kept, and behind a
+// link it is the link's target that is replaced. When `backup` is not empty the
+// replaced file is kept there; at every moment one of the two is complete.
+// Throws when anything fails; the file is then as it was.
+void replace(std::wstring_view path, std::string_view bytes, std::wstring_view backup);
+
+// A new empty file, readable by the user alone, whose name begins with
+// `prefix`, in the folder for temporary files.
+std::wstring makeTemporary(std::wstring_view prefix);
+
+// The long, absolute form of `path`; empty when there is no such path.
+std::wstring longPath(std::wstring_view path);
+
+// `path` made absolute against the current folder, without looking at the disk.
+std::wstring absolutePath(std::wstring_view path);
+
+// The folder of the running program's file; empty when the system does not
+// tell it.
+std::wstring executableFolder();
+
+// The folder for the user's own settings of this program. It need not exist.
+std::wstring userFolder();
+
+// True for a character that separates the components of a path here.
+bool isSeparator(wchar_t c) noexcept;
+wchar_t separator() noexcept;
+
+}  // namespace kestrel::filesystem

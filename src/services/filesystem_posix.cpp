@@ -1,0 +1,187 @@
+#include "services/filesystem.h"
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <memory>
+#include <system_error>
+
+#include "services/bytes.h"
+#include "services/errors.h"
+#include "services/file_posix.h"
+#include "services/files.h"
+
+namespace kestrel {
+
+namespace {
+
+ErrorNumber errorNumber(int code) noexcept {
+    switch (code) {
+        case ENOENT:
+            return kFileNotFound;
+        case EACCES:
+        case EPERM:
+        case EROFS:
+            return kPermissionDenied;
+        case ENOSPC:
+        case EDQUOT:
+            return kDiskFull;
+        case EMFILE:
+        case ENFILE:
+            return kTooManyFiles;
+        case EIO:
+            return kDeviceError;
+        case ENOMEM:
+            return kOutOfMemory;
+        default:
+            return kPathError;
+    }
+}
+
+}  // namespace
+
+void throwSystemError(int code, std::wstring_view action, std::wstring_view path) {
+    std::wstring text(action);
+    text.append(L" '").append(path).append(L"': ");
+    throw RunTimeError(errorNumber(code), text + fromUtf8(std::system_category().message(code)));
+}
+
+namespace filesystem {
+
+using posix::nameOf;
+
+namespace {
+
+constexpr std::wstring_view kRead = L"Cannot read";
+
+std::optional<struct stat> look(std::wstring_view path) noexcept {
+    struct stat status {};
+    if (::stat(nameOf(path).c_str(), &status) != 0) return std::nullopt;
+    return status;
+}
+
+// True for a failed look at a path that names nothing.
+bool isMissing(int code) noexcept {
+    return code == ENOENT || code == ENOTDIR || code == ELOOP || code == ENAMETOOLONG;
+}
+
+// Reads to the end, wherever it is by now: the file may shrink or grow.
+std::string readAll(posix::File& file, std::size_t expected) {
+    constexpr std::size_t kChunk = 256 * 1024;
+    const auto chunk = std::make_unique_for_overwrite<char[]>(kChunk);
+    std::string bytes;
+    bytes.reserve(expected);
+    while (const std::size_t count = file.read(chunk.get(), kChunk)) {
+        bytes.append(chunk.get(), count);
+    }
+    return bytes;
+}
+
+std::string environment(const char* name) {
+    const char* value = std::getenv(name);
+    return value == nullptr ? std::string() : value;
+}
+
+std::string homeFolder() {
+    const std::string home = environment("HOME");
+    if (!home.empty()) return home;
+    const passwd* user = ::getpwuid(::getuid());
+    return user == nullptr ? "/" : user->pw_dir;
+}
+
+}  // namespace
+
+bool isFile(std::wstring_view path) noexcept {
+    const auto status = look(path);
+    return status && S_ISREG(status->st_mode);
+}
+
+bool isFolder(std::wstring_view path) noexcept {
+    const auto status = look(path);
+    return status && S_ISDIR(status->st_mode);
+}
+
+bool isWritableFolder(std::wstring_view folder) noexcept {
+    return isFolder(folder) &&
+           ::faccessat(AT_FDCWD, nameOf(folder).c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+}
+
+void makeFolder(std::wstring_view folder) {
+    if (isFolder(folder)) return;
+    const std::wstring_view above = folderOf(folder);
+    if (!above.empty() && above.size() < folder.size()) makeFolder(above);
+    if (::mkdir(nameOf(folder).c_str(), 0700) != 0 && !isFolder(folder)) {
+        throwSystemError(errno, L"Cannot make the folder", folder);
+    }
+}
+
+std::optional<std::string> read(std::wstring_view path) {
+    const std::string name = nameOf(path);
+    struct stat status {};
+    if (::stat(name.c_str(), &status) != 0) {
+        if (isMissing(errno)) return std::nullopt;
+        throwSystemError(errno, kRead, path);
+    }
+    if (!S_ISREG(status.st_mode)) return std::nullopt;
+    posix::File file(name, O_RDONLY | O_NONBLOCK | O_NOCTTY, 0, {kRead, path});
+    status = file.status();
+    if (!S_ISREG(status.st_mode)) return std::nullopt;
+    return readAll(file, static_cast<std::size_t>(status.st_size));
+}
+
+void replace(std::wstring_view path, std::string_view bytes, std::wstring_view backup) {
+    posix::replaceFile(path, bytes, backup);
+}
+
+std::wstring makeTemporary(std::wstring_view prefix) {
+    std::wstring folder = fromUtf8(environment("TMPDIR"));
+    if (!isFolder(folder)) folder = L"/tmp";
+    std::string name = toUtf8(joinPath(folder, prefix)) + "XXXXXX";
+    const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
+    if (descriptor < 0) throwSystemError(errno, L"Cannot make a temporary file in", folder);
+    ::close(descriptor);
+    return fromUtf8(name);
+}
+
+std::wstring longPath(std::wstring_view path) {
+    return look(path) ? absolutePath(path) : std::wstring();
+}
+
+std::wstring absolutePath(std::wstring_view path) {
+    if (path.starts_with(L'/')) return std::wstring(path);
+    char folder[PATH_MAX];
+    if (::getcwd(folder, sizeof folder) == nullptr) {
+        throwSystemError(errno, L"Cannot find the folder of", path);
+    }
+    return joinPath(fromUtf8(folder), path);
+}
+
+std::wstring executableFolder() {
+    char name[PATH_MAX];
+    const ssize_t length = ::readlink("/proc/self/exe", name, sizeof name);
+    if (length <= 0) return {};
+    return std::wstring(folderOf(fromUtf8({name, static_cast<std::size_t>(length)})));
+}
+
+std::wstring userFolder() {
+    std::string base = environment("XDG_CONFIG_HOME");
+    if (!base.starts_with('/')) base = homeFolder() + "/.config";
+    return joinPath(fromUtf8(base), L"kestrel");
+}
+
+bool isSeparator(wchar_t c) noexcept {
+    return c == L'/';
+}
+
+wchar_t separator() noexcept {
+    return L'/';
+}
+
+}  // namespace filesystem
+
+}  // namespace kestrel

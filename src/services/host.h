@@ -1,0 +1,154 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// How the core talks to the windows. Each interface is implemented once over
+// the toolkit and once by the recording host of the tests. Unless told
+// otherwise an object handed to the core stays its caller's.
+namespace kestrel {
+
+enum class Icon { none, information, question, exclamation };
+enum class Buttons { ok, okCancel, yesNo, yesNoCancel };
+enum class Answer { ok, cancel, yes, no };
+
+class Messages {
+  public:
+    virtual ~Messages() = default;
+    // Shows a box and waits for its answer; closing it is cancel (or no, where
+    // there is no Cancel button).
+    virtual Answer ask(std::wstring_view text, std::wstring_view title, Icon icon,
+                       Buttons buttons) = 0;
+    // Asks for one line of text; nothing when cancelled.
+    virtual std::optional<std::wstring> prompt(std::wstring_view text, std::wstring_view title,
+                                               std::wstring_view initial) = 0;
+    void tell(std::wstring_view text, std::wstring_view title, Icon icon) {
+        ask(text, title, icon, Buttons::ok);
+    }
+};
+
+// A window that a long operation disables meanwhile.
+class Owner {
+  public:
+    virtual ~Owner() = default;
+    virtual void enable(bool enabled) = 0;
+    // Raises the window and gives it the keyboard.
+    virtual void focus() = 0;
+};
+
+// The progress dialog. Destroying it unloads it.
+class Progress {
+  public:
+    virtual ~Progress() = default;
+    // Shows and paints the dialog, in front of `owner` when there is one.
+    virtual void show(Owner* owner) = 0;
+    virtual void Process(std::wstring_view text) = 0;
+    virtual void SubProcess(std::wstring_view text) = 0;
+    // Sets the bar to `percentage` (0 to 100). Only on odd percentages the
+    // message is shown and pending window events run.
+    virtual void ShowProgress(int percentage, std::wstring_view message) = 0;
+    virtual void CanCancel(bool can) = 0;
+    // True once the user has pressed Cancel, for the rest of the dialog's life.
+    virtual bool DidCancel() const = 0;
+};
+
+class ProgressMaker {
+  public:
+    virtual ~ProgressMaker() = default;
+    virtual std::unique_ptr<Progress> makeProgress() = 0;
+};
+
+// The list that the loader fills, one row a template. Keys are "K0", "K1", ...
+class TemplateList {
+  public:
+    virtual ~TemplateList() = default;
+    virtual void add(std::wstring_view key, std::wstring_view text) = 0;
+    virtual void setText(std::wstring_view key, std::wstring_view text) = 0;
+    virtual void clear() = 0;
+};
+
+// The item list of a combo box.
+class TextList {
+  public:
+    virtual ~TextList() = default;
+    virtual std::size_t count() const = 0;
+    virtual std::wstring at(std::size_t index) const = 0;
+    virtual void insert(std::size_t index, std::wstring_view text) = 0;
+    virtual void append(std::wstring_view text) = 0;
+    virtual void removeAt(std::size_t index) = 0;
+};
+
+// What a report list shows at one moment.
+struct ListShot {
+    std::wstring tag;
+    bool sorted = false;
+    std::size_t sortKey = 0;  // the index of the sort column
+    int sortOrder = 0;        // 0 ascending, anything else descending
+    std::vector<std::wstring> headers;
+    std::vector<std::vector<std::wstring>> rows;  // each row's columns, in shown order
+};
+
+struct FileQuestion {
+    std::wstring title;
+    std::wstring filter;  // "description|pattern" pairs joined by "|"
+    std::wstring folder;  // where the dialog starts
+    bool save = false;    // save: the path must exist; open: the file too
+};
+
+// A file dialog that keeps its last chosen file for its whole life.
+class FileDialog {
+  public:
+    virtual ~FileDialog() = default;
+    // Shows the dialog; false when it was cancelled.
+    virtual bool show(const FileQuestion& question) = 0;
+    // The full path of the file chosen last; empty before the first choice.
+    virtual std::wstring path() const = 0;
+};
+
+class FolderPicker {
+  public:
+    virtual ~FolderPicker() = default;
+    // The chosen folder; nothing when cancelled.
+    virtual std::optional<std::wstring> chooseFolder(std::wstring_view title, Owner* owner) = 0;
+};
+
+class Shell {
+  public:
+    virtual ~Shell() = default;
+    // Performs `verb` ("open") on a document, a web page or a mail address.
+    virtual void perform(std::wstring_view file, std::wstring_view verb) = 0;
+    // Shows the desktop's properties sheet of a file.
+    virtual void properties(std::wstring_view path, Owner* owner) = 0;
+};
+
+class Clipboard {
+  public:
+    virtual ~Clipboard() = default;
+    virtual void setText(std::wstring_view text) = 0;
+};
+
+// The current time and date in the user's long formats.
+class Clock {
+  public:
+    virtual ~Clock() = default;
+    virtual std::wstring longTime() const = 0;
+    virtual std::wstring longDate() const = 0;
+};
+
+// The host's interfaces. A null one is a host without that ability: the core
+// then does nothing where it would have called it.
+struct Host {
+    Messages* messages = nullptr;
+    ProgressMaker* progress = nullptr;
+    FileDialog* fileDialog = nullptr;  // the shared dialog of the main window
+    FolderPicker* folderPicker = nullptr;
+    Shell* shell = nullptr;
+    Clipboard* clipboard = nullptr;
+    Clock* clock = nullptr;
+};
+
+}  // namespace kestrel

@@ -1,0 +1,50 @@
+#include "services/pickers.h"
+
+#include <algorithm>
+
+#include "services/errors.h"
+#include "services/files.h"
+
+namespace kestrel {
+
+namespace {
+
+constexpr std::wstring_view kAllFiles = L"All files (*.*)|*.*";
+
+}  // namespace
+
+std::wstring fileFilter(std::wstring_view own) {
+    std::wstring filter(own);
+    if (!filter.empty()) filter += L'|';
+    return filter.append(kAllFiles);
+}
+
+void gSelectFile(std::wstring& file, std::wstring_view title, std::wstring_view filter, bool save,
+                 std::wstring& fileTitle, FileDialog*& dialog, std::wstring& initialFolder) {
+    guarded(L"gSelectFile", [&] {
+        if (!file.empty()) return;
+        if (dialog == nullptr) dialog = gProgram().host.fileDialog;
+        if (initialFolder.empty()) initialFolder = gProgram().folder;
+        if (dialog == nullptr) return;
+        // Whether the user cancelled, or the dialog failed, does not matter: the
+        // choice that it holds counts.
+        guarded(L"gSelectFile", [&] {
+            dialog->show({std::wstring(title), fileFilter(filter), initialFolder, save});
+        });
+        file = dialog->path();
+        fileTitle = fileName(file);
+    });
+}
+
+std::optional<std::wstring> gBrowseFolder(std::wstring_view title, Owner* owner,
+                                          std::wstring_view /*startFolder*/) {
+    return guarded(L"gBrowseFolder", [&]() -> std::optional<std::wstring> {
+        FolderPicker* picker = gProgram().host.folderPicker;
+        if (picker == nullptr) return std::nullopt;
+        auto folder = picker->chooseFolder(title, owner);
+        if (folder) folder->erase(std::min(folder->find(L'\0'), folder->size()));
+        return folder;
+    });
+}
+
+}  // namespace kestrel

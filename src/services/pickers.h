@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "services/host.h"
+
+namespace kestrel {
+
+// Asks for a file, unless `file` already names one. `filter` is the caller's
+// own "description|pattern" pairs (may be empty); "All files (*.*)|*.*" always
+// comes last. `dialog` is set to the shared dialog when it is null, and
+// `initialFolder` to the program's folder when it is empty. Afterwards `file`
+// and `fileTitle` (its name without folder) are what the dialog holds: after a
+// cancel that is the file chosen last, or empty when there was none.
+void gSelectFile(std::wstring& file, std::wstring_view title, std::wstring_view filter, bool save,
+                 std::wstring& fileTitle, FileDialog*& dialog, std::wstring& initialFolder);
+
+// The filter text of a dialog: the caller's pairs, then "All files".
+std::wstring fileFilter(std::wstring_view own);
+
+// Asks for a folder; nothing when cancelled. `startFolder` is not used.
+std::optional<std::wstring> gBrowseFolder(std::wstring_view title, Owner* owner,
+                                          std::wstring_view startFolder);
+
+}  // namespace kestrel

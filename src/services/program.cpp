@@ -1,0 +1,49 @@
+#include "services/program.h"
+
+#include "services/version.h"
+
+namespace kestrel {
+
+namespace {
+
+Program*& current() {
+    static Program first;
+    static Program* program = &first;
+    return program;
+}
+
+}  // namespace
+
+Version Program::defaultVersion() {
+    return {L"Kestrel Template Browser", L"Kestrel", KESTREL_VERSION_MAJOR, KESTREL_VERSION_MINOR,
+            KESTREL_VERSION_REVISION};
+}
+
+Program& gProgram() {
+    return *current();
+}
+
+ProgramScope::ProgramScope() : before_(current()) {
+    current() = &fresh_;
+}
+
+ProgramScope::~ProgramScope() {
+    current() = before_;
+}
+
+void tellUser(std::wstring_view text, Icon icon) {
+    const Program& program = gProgram();
+    if (program.host.messages == nullptr) return;
+    program.host.messages->tell(text, program.version.fileDescription, icon);
+}
+
+Answer askUser(std::wstring_view text, Icon icon, Buttons buttons) {
+    const Program& program = gProgram();
+    if (program.host.messages != nullptr) {
+        return program.host.messages->ask(text, program.version.fileDescription, icon, buttons);
+    }
+    if (buttons == Buttons::ok) return Answer::ok;
+    return buttons == Buttons::yesNo ? Answer::no : Answer::cancel;
+}
+
+}  // namespace kestrel

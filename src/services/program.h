@@ -1,0 +1,64 @@
+#pragma once
+
+#include <array>
+#include <string>
+
+#include "services/host.h"
+
+namespace kestrel {
+
+// Paths of the programs that Kestrel starts; an empty one is not configured. A
+// user tool is its caption, "|" and its program's path.
+struct Settings {
+    std::wstring orvane;
+    std::wstring zeltor;
+    std::wstring skritpad;
+    std::array<std::wstring, 5> tools;
+};
+
+// The version record.
+struct Version {
+    std::wstring fileDescription;  // titles of questions and notices
+    std::wstring title;            // title of the error report
+    int major = 0;
+    int minor = 0;
+    int revision = 0;
+};
+
+// The state of the whole program.
+struct Program {
+    std::wstring routine;  // current routine name, for the error report
+    Settings settings;
+    bool progressShowing = false;  // set while a progress dialog is up
+    std::wstring folder;           // where settings and histories are kept
+    Version version = defaultVersion();
+    Host host;
+
+    static Version defaultVersion();
+};
+
+// The one program record.
+Program& gProgram();
+
+// Puts a fresh program record in the place of the current one, for its own
+// lifetime. For tests.
+class ProgramScope {
+  public:
+    ProgramScope();
+    ~ProgramScope();
+    ProgramScope(const ProgramScope&) = delete;
+    ProgramScope& operator=(const ProgramScope&) = delete;
+
+  private:
+    Program fresh_;
+    Program* before_;
+};
+
+// Shows a notice titled with the program's file description.
+void tellUser(std::wstring_view text, Icon icon);
+
+// Asks a question titled with the program's file description; cancel (or no)
+// when the host cannot ask.
+Answer askUser(std::wstring_view text, Icon icon, Buttons buttons);
+
+}  // namespace kestrel

@@ -1,0 +1,130 @@
+#include "services/histories.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "support/recordinghost.h"
+#include "support/tempfolder.h"
+#include "support/vectortextlist.h"
+
+namespace kestrel {
+namespace {
+
+using Items = std::vector<std::wstring>;
+using Lines = std::vector<std::string>;
+
+class Histories : public testing::Test {
+  protected:
+    Histories() { gProgram().folder = folder.path(); }
+
+    Items loaded(std::string_view bytes) {
+        folder.put(L"info.his", bytes);
+        test::VectorTextList list;
+        gLoadHistory(list, L"info.his");
+        return list.items;
+    }
+    void save(Items items) { gSaveHistory(test::VectorTextList(std::move(items)), L"info.his"); }
+
+    test::RecordingHost host;
+    test::TempFolder folder;
+};
+
+std::string lines(int count, const char* line) {
+    std::string text;
+    for (int i = 0; i < count; ++i) text.append(line).append("\r\n");
+    return text;
+}
+
+TEST_F(Histories, Load) {
+    EXPECT_EQ(loaded(""), Items{});
+    EXPECT_EQ(loaded("a\r\n b \r\nc"), (Items{L"a", L" b ", L"c"}));
+    EXPECT_EQ(loaded("a\nb\rc\r\n"), Items{L"a\nb\rc"});
+    EXPECT_EQ(loaded("\t\r\n\x80\r\n"), (Items{L"\t", L"\u20AC"}));
+    EXPECT_EQ(loaded(lines(20, "x")), Items(16, L"x"));
+    EXPECT_EQ(loaded(lines(2, "") + lines(2, "  ") + lines(20, "x")), Items(12, L"x"));
+    EXPECT_EQ(loaded(lines(16, "") + "x"), Items{});
+}
+
+TEST_F(Histories, LoadAppendsAndAMissingFileAddsNothing) {
+    test::VectorTextList list({L"first"});
+    gLoadHistory(list, L"info.his");
+    EXPECT_EQ(list.items, Items{L"first"});
+    folder.put(L"info.his", "second\r\n");
+    gLoadHistory(list, L"info.his");
+    EXPECT_EQ(list.items, (Items{L"first", L"second"}));
+    EXPECT_EQ(host.log, Lines{});
+}
+
+TEST_F(Histories, LoadSurvivesHostileFiles) {
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(loaded(std::string(100'000'000, 'x')), Items{});
+    EXPECT_EQ(loaded(std::string("a\0b\r\n", 5)), Items{std::wstring(L"a\0b", 3)});
+    EXPECT_EQ(loaded(lines(1'000'000, "x")).size(), 16U);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+TEST_F(Histories, SaveWritesTheFirst16AndKeepsTheFileBefore) {
+    save({L"a", L"  ", L" b ", L""});
+    EXPECT_EQ(folder.bytes(L"info.his"), "a\r\n b \r\n");
+    EXPECT_EQ(folder.names(), Lines{"info.his"});
+    Items many(15, L"x");
+    many.insert(many.end(), {L"sixteenth", L"seventeenth"});
+    save(many);
+    EXPECT_EQ(folder.bytes(L"info.his"), lines(15, "x") + "sixteenth\r\n");
+    EXPECT_EQ(folder.bytes(L"info.his.bak"), "a\r\n b \r\n");
+    save({L"third"});
+    EXPECT_EQ(folder.bytes(L"info.his.bak"), lines(15, "x") + "sixteenth\r\n");
+    EXPECT_EQ(folder.names(), (Lines{"info.his", "info.his.bak"}));
+    EXPECT_EQ(host.log, Lines{});
+}
+
+TEST_F(Histories, SaveOfNothingLeavesTheFiles) {
+    folder.put(L"info.his", "old\r\n");
+    folder.put(L"info.his.bak", "older\r\n");
+    for (const Items& items : {Items{}, Items{L"", L"   "}, Items{L"\u0416"}}) {
+        save(items);
+        EXPECT_EQ(folder.bytes(L"info.his"), "old\r\n");
+        EXPECT_EQ(folder.bytes(L"info.his.bak"), "older\r\n");
+    }
+}
+
+TEST_F(Histories, SaveLeavesTheBackupWhenTheFileIsMissing) {
+    folder.put(L"info.his.bak", "older\r\n");
+    save({L"new"});
+    EXPECT_EQ(folder.bytes(L"info.his"), "new\r\n");
+    EXPECT_EQ(folder.bytes(L"info.his.bak"), "older\r\n");
+}
+
+TEST_F(Histories, AnEntryWithoutBytesCostsNoOther) {
+    save({L"a", L"\u0416.gas", L"b"});
+    EXPECT_EQ(folder.bytes(L"info.his"), "a\r\nb\r\n");
+    EXPECT_EQ(host.log, Lines{});
+}
+
+TEST_F(Histories, AddAndRemove) {
+    test::VectorTextList list({L"a", L"b"});
+    gAddHistoryItem(list, L"b");
+    EXPECT_EQ(list.items, (Items{L"a", L"b"}));
+    gAddHistoryItem(list, L"B");
+    gAddHistoryItem(list, L" b");
+    EXPECT_EQ(list.items, (Items{L" b", L"B", L"a", L"b"}));
+
+    const struct {
+        Items before;
+        std::wstring text;
+        Items after;
+    } cases[] = {
+        {{L"a", L"b", L"a"}, L"a", {L"b"}},       {{L"a", L"a", L"b"}, L"a", {L"a", L"b"}},
+        {{L"b", L"a", L"a"}, L"a", {L"b", L"a"}}, {{L"a", L"a", L"a"}, L"a", {L"a"}},
+        {{L"a", L""}, L"", {L"a", L""}},          {{L"a"}, L"A", {L"a"}},
+    };
+    for (const auto& c : cases) {
+        test::VectorTextList removing(c.before);
+        gRemoveHistoryItem(removing, c.text);
+        EXPECT_EQ(removing.items, c.after);
+    }
+}
+
+}  // namespace
+}  // namespace kestrel

@@ -1,0 +1,41 @@
+#include "services/program.h"
+
+#include <gtest/gtest.h>
+
+#include "support/recordinghost.h"
+
+namespace kestrel {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+TEST(ProgramRecord, AScopePutsAFreshOneInPlace) {
+    gProgram().routine = L"outer";
+    {
+        ProgramScope scope;
+        EXPECT_EQ(gProgram().routine, L"");
+        EXPECT_EQ(gProgram().version.fileDescription, L"Kestrel Template Browser");
+        gProgram().routine = L"inner";
+    }
+    EXPECT_EQ(gProgram().routine, L"outer");
+}
+
+TEST(ProgramRecord, QuestionsCarryTheFileDescription) {
+    test::RecordingHost host;
+    host.answers = {Answer::no};
+    EXPECT_EQ(askUser(L"Sure?", Icon::question, Buttons::yesNo), Answer::no);
+    tellUser(L"Done.", Icon::information);
+    EXPECT_EQ(host.log, (Lines{"ask: Sure? | Kestrel Template Browser | question | yesNo",
+                               "ask: Done. | Kestrel Template Browser | information | ok"}));
+}
+
+TEST(ProgramRecord, AHostThatCannotAskAgreesToNothing) {
+    ProgramScope scope;
+    EXPECT_EQ(askUser(L"?", Icon::question, Buttons::yesNo), Answer::no);
+    EXPECT_EQ(askUser(L"?", Icon::question, Buttons::yesNoCancel), Answer::cancel);
+    EXPECT_EQ(askUser(L"?", Icon::question, Buttons::okCancel), Answer::cancel);
+    tellUser(L"Done.", Icon::information);
+}
+
+}  // namespace
+}  // namespace kestrel

@@ -1,0 +1,352 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <functional>
+#include <set>
+
+#include "services/bytes.h"
+#include "services/faults.h"
+#include "services/files.h"
+#include "services/histories.h"
+#include "services/settings.h"
+#include "support/recordinghost.h"
+#include "support/tempfolder.h"
+#include "support/vectortextlist.h"
+
+namespace kestrel {
+namespace {
+
+using test::Faults;
+using Lines = std::vector<std::string>;
+
+const std::string kOld(5000, 'o');
+const std::string kOlder(6000, 'b');
+const std::wstring kNew(7000, L'n');
+const std::string kNewBytes(7000, 'n');
+
+class Replace : public testing::Test {
+  protected:
+    Replace() { gProgram().folder = folder.path(); }
+
+    void reset() {
+        // Removed first: the two may be names of one file by now.
+        std::filesystem::remove(folder.native(L"f"));
+        std::filesystem::remove(folder.native(L"f.bak"));
+        folder.put(L"f", kOld);
+        folder.put(L"f.bak", kOlder);
+        host.log.clear();
+    }
+    bool write(bool backup) {
+        const std::wstring path = folder.path(L"f");
+        return writeFile(path, kNew, backup ? backupPath(path) : std::wstring());
+    }
+    std::size_t strays() const { return folder.names().size() - 2; }
+
+    // Runs `work` in a process of its own; its exit code.
+    static int apart(const std::function<void()>& work) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            work();
+            ::_exit(0);
+        }
+        int status = 0;
+        EXPECT_EQ(::waitpid(child, &status, 0), child);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+    mode_t mode(std::wstring_view name) const {
+        struct stat status {};
+        EXPECT_EQ(::stat(folder.native(name).c_str(), &status), 0);
+        return status.st_mode & 07777U;
+    }
+
+    test::RecordingHost host;
+    test::TempFolder folder;
+};
+
+TEST_F(Replace, AnErrorAtAnyCallLeavesTheOldFileAndIsReportedOnce) {
+    for (const bool backup : {false, true}) {
+        for (int code : {ENOSPC, EIO, EDQUOT, EROFS, EACCES, EMFILE}) {
+            int failures = 0;
+            for (std::size_t at = 1;; ++at) {
+                reset();
+                bool written = false;
+                bool reached = false;
+                {
+                    const Faults faults(Faults::Kind::error, at, code);
+                    written = write(backup);
+                    reached = Faults::reached();
+                }
+                const std::string where = std::string(Faults::struck()) + " " + std::to_string(at) +
+                                          " " + std::to_string(code);
+                failures += written ? 0 : 1;
+                EXPECT_EQ(folder.bytes(L"f"), written ? kNewBytes : kOld) << where;
+                EXPECT_EQ(host.log.size(), written ? 0U : 1U) << where;
+                const std::string kept = folder.bytes(L"f.bak");
+                EXPECT_TRUE(kept == kOld || (kept == kOlder && !(written && backup))) << where;
+                // What cannot be removed stays until the process is gone.
+                const bool removable = std::string_view(Faults::struck()) != "unlink";
+                if (removable) {
+                    EXPECT_EQ(strays(), 0U) << where;
+                }
+                for (const std::string& name : folder.names()) {
+                    if (name.ends_with(".tmp"))
+                        std::filesystem::remove(folder.native(fromUtf8(name)));
+                }
+                if (!reached) break;
+                ASSERT_LT(at, 100U);
+            }
+            EXPECT_GE(failures, backup ? 7 : 5) << "the faults did not reach the writer";
+        }
+    }
+}
+
+TEST_F(Replace, AnErrorWithoutAnOldFileLeavesNothing) {
+    for (std::size_t at = 1; at < 100; ++at) {
+        const std::wstring path = folder.path(L"new");
+        const Faults faults(Faults::Kind::error, at, ENOSPC);
+        const bool written = writeFile(path, kNew);
+        const bool reached = Faults::reached();
+        const bool unlinked = std::string_view(Faults::struck()) == "unlink";
+        EXPECT_EQ(folder.names(), written ? Lines{"new"} : Lines{}) << Faults::struck();
+        EXPECT_FALSE(unlinked && !written);
+        std::filesystem::remove(folder.native(L"new"));
+        if (!reached) return;
+    }
+    FAIL() << "the writer does not end";
+}
+
+TEST_F(Replace, ShortWritesAndSignalsAreGoneOnWith) {
+    for (const Faults::Kind kind : {Faults::Kind::shortWrite, Faults::Kind::interrupt}) {
+        for (std::size_t at = 1; at < 100; ++at) {
+            reset();
+            const Faults faults(kind, at);
+            EXPECT_TRUE(write(true)) << Faults::struck();
+            EXPECT_EQ(folder.bytes(L"f"), kNewBytes);
+            EXPECT_EQ(folder.bytes(L"f.bak"), kOld);
+            EXPECT_EQ(strays(), 0U);
+            if (!Faults::reached()) break;
+        }
+    }
+}
+
+TEST_F(Replace, AKillAtAnyCallLeavesTheOldOrTheNewFile) {
+    for (const bool backup : {false, true}) {
+        std::size_t kills = 0;
+        for (std::size_t at = 1; at < 100; ++at) {
+            reset();
+            const int code = apart([&] {
+                const Faults faults(Faults::Kind::kill, at);
+                write(backup);
+            });
+            const std::string now = folder.bytes(L"f");
+            const std::string kept = folder.bytes(L"f.bak");
+            EXPECT_TRUE(now == kOld || now == kNewBytes) << at;
+            EXPECT_TRUE(kept == kOld || kept == kOlder) << at;
+            if (backup && now == kNewBytes) {
+                EXPECT_EQ(kept, kOld) << at;
+            }
+            EXPECT_LE(strays(), backup ? 2U : 1U) << at;
+            // The next good write, over whatever the killed one left.
+            EXPECT_TRUE(write(backup));
+            EXPECT_EQ(folder.bytes(L"f"), kNewBytes) << at;
+            EXPECT_EQ(folder.bytes(L"f.bak"), backup ? now : kept) << at;
+            EXPECT_EQ(strays(), 0U) << at;
+            if (code == 0) break;
+            EXPECT_EQ(code, Faults::kKilled);
+            ++kills;
+        }
+        EXPECT_GE(kills, 8U);
+        EXPECT_LT(kills, 99U);
+    }
+}
+
+TEST_F(Replace, TheContentIsOnTheDiskBeforeTheRenameAndTheRenameAfterIt) {
+    reset();
+    const Faults faults(Faults::Kind::none, 0);
+    ASSERT_TRUE(write(false));
+    const std::string calls = Faults::calls();
+    EXPECT_NE(calls.find("fsync close rename open fsync close"), std::string::npos) << calls;
+}
+
+TEST_F(Replace, SettingsAndHistoriesFailWithOneReportEach) {
+    for (std::size_t at = 1; at < 5; ++at) {
+        host.log.clear();
+        {
+            const Faults faults(Faults::Kind::error, at, EROFS);
+            gWriteSettings();
+        }
+        EXPECT_EQ(host.log.size(), 1U) << at;
+        {
+            const Faults faults(Faults::Kind::error, at, EROFS);
+            gSaveHistory(test::VectorTextList({L"a"}), L"info.his");
+        }
+        EXPECT_EQ(host.log.size(), 2U) << at;
+    }
+    EXPECT_EQ(folder.names(), Lines{});
+}
+
+TEST_F(Replace, AReadThatFailsIsReportedAndEmpty) {
+    reset();
+    const Faults faults(Faults::Kind::error, 2, EIO);
+    EXPECT_EQ(gstrReadFile(folder.path(L"f")), L"");
+    EXPECT_EQ(host.log, Lines{"ask: Error (57): Cannot read '" + toUtf8(folder.path(L"f")) +
+                              "': Input/output error in 'gstrReadFile' | Kestrel | exclamation | "
+                              "ok"});
+}
+
+TEST_F(Replace, AFolderWithoutLinksGetsACopyAsBackup) {
+    for (std::size_t at = 1; at < 30; ++at) {
+        reset();
+        ASSERT_EQ(::chmod(folder.native(L"f").c_str(), 0640), 0);
+        const Faults faults(Faults::Kind::error, at, EPERM);
+        const bool written = write(true);
+        if (std::string_view(Faults::struck()) != "link") continue;
+        EXPECT_TRUE(written);
+        EXPECT_EQ(folder.bytes(L"f"), kNewBytes);
+        EXPECT_EQ(folder.bytes(L"f.bak"), kOld);
+        EXPECT_EQ(mode(L"f.bak"), 0640U);
+        EXPECT_EQ(strays(), 0U);
+        return;
+    }
+    FAIL() << "no link was tried";
+}
+
+TEST_F(Replace, BehindLinks) {
+    folder.put(L"file", kOld);
+    std::filesystem::create_symlink("file", folder.native(L"near"));
+    std::filesystem::create_symlink(folder.native(L"near"), folder.native(L"far"));
+    std::filesystem::create_symlink("made", folder.native(L"dangling"));
+    EXPECT_TRUE(writeFile(folder.path(L"far"), kNew));
+    EXPECT_TRUE(writeFile(folder.path(L"dangling"), kNew));
+    EXPECT_EQ(folder.bytes(L"file"), kNewBytes);
+    EXPECT_EQ(folder.bytes(L"made"), kNewBytes);
+    for (const wchar_t* link : {L"near", L"far", L"dangling"}) {
+        EXPECT_TRUE(std::filesystem::is_symlink(folder.native(link)));
+    }
+    EXPECT_EQ(folder.names().size(), 5U);
+}
+
+TEST_F(Replace, ModeAndOwnerStay) {
+    reset();
+    const bool root = ::geteuid() == 0;
+    if (root) {
+        ASSERT_EQ(::chown(folder.native(L"f").c_str(), 1234, 2345), 0);
+    }
+    for (mode_t wanted : {0600U, 0644U, 0444U, 0777U, 0666U}) {
+        ASSERT_EQ(::chmod(folder.native(L"f").c_str(), wanted), 0);
+        ASSERT_TRUE(write(true));
+        EXPECT_EQ(mode(L"f"), wanted);
+        EXPECT_EQ(mode(L"f.bak"), wanted);
+    }
+    struct stat status {};
+    ASSERT_EQ(::stat(folder.native(L"f").c_str(), &status), 0);
+    if (root) {
+        EXPECT_EQ(status.st_uid + status.st_gid, 1234U + 2345U);
+    }
+}
+
+TEST_F(Replace, ALostOwnerOrGroupGetsNoMoreRights) {
+    const struct {
+        Faults::Kind kind;
+        mode_t mode;
+    } cases[] = {{Faults::Kind::error, 0675U},    // the group could be kept
+                 {Faults::Kind::errors, 0655U}};  // it could not: as all others
+    for (const auto& c : cases) {
+        bool struck = false;
+        for (std::size_t at = 1; at < 30 && !struck; ++at) {
+            reset();
+            ASSERT_EQ(::chmod(folder.native(L"f").c_str(), 04675), 0);
+            const Faults faults(c.kind, at, EPERM);
+            const bool written = write(false);
+            struck = std::string_view(Faults::struck()) == "fchown";
+            if (!struck) continue;
+            EXPECT_TRUE(written);
+            EXPECT_EQ(mode(L"f"), c.mode);
+        }
+        EXPECT_TRUE(struck);
+    }
+}
+
+TEST_F(Replace, ANewFileGetsWhatTheUserMaskLeaves) {
+    const mode_t before = ::umask(027);
+    EXPECT_TRUE(writeFile(folder.path(L"new"), kNew));
+    ::umask(before);
+    EXPECT_EQ(mode(L"new"), 0640U);
+}
+
+TEST_F(Replace, ExtendedAttributesAndAccessListsStay) {
+    reset();
+    const std::filesystem::path file = folder.native(L"f");
+    // An access list in the kernel's own form: owner rw, user 1234 r, group r,
+    // mask r, others none.
+    const std::string list(
+        "\2\0\0\0"
+        "\1\0\6\0\xFF\xFF\xFF\xFF\2\0\4\0\xD2\4\0\0"
+        "\4\0\4\0\xFF\xFF\xFF\xFF\x10\0\4\0\xFF\xFF\xFF\xFF"
+        "\x20\0\0\0\xFF\xFF\xFF\xFF",
+        44);
+    const std::pair<const char*, std::string> attributes[] = {{"user.note", "value"},
+                                                              {"system.posix_acl_access", list}};
+    std::size_t tried = 0;
+    for (const auto& [name, value] : attributes) {
+        if (::setxattr(file.c_str(), name, value.data(), value.size(), 0) != 0) continue;
+        ++tried;
+        ASSERT_TRUE(write(false));
+        char found[64];
+        const ssize_t length = ::getxattr(file.c_str(), name, found, sizeof found);
+        ASSERT_GE(length, 0) << name;
+        EXPECT_EQ(std::string(found, static_cast<std::size_t>(length)), value) << name;
+    }
+    if (tried == 0) GTEST_SKIP() << "the file system has no extended attributes";
+}
+
+TEST_F(Replace, TemporaryFilesOfLiveProcessesAndStrangersStay) {
+    reset();
+    const std::string live = ".f." + std::to_string(::getpid()) + "-0123456789abcdef.tmp";
+    const Lines kept = {live, ".f.1-0123456789abcdef.tmp", ".f.2147483646-0123.tmp",
+                        ".f.x.2147483646-0123456789abcdef.tmp", ".f.-5-0123456789abcdef.tmp"};
+    for (const std::string& name : kept) folder.put(fromUtf8(name), "");
+    folder.put(L".f.2147483646-0123456789abcdef.tmp", "");
+    ASSERT_TRUE(write(false));
+    EXPECT_EQ(strays(), kept.size());
+    for (const std::string& name : kept) EXPECT_EQ(folder.bytes(fromUtf8(name)), "") << name;
+}
+
+TEST_F(Replace, TheLongestNameCanBeWritten) {
+    const std::wstring name(255, L'x');
+    EXPECT_TRUE(writeFile(folder.path(name), kNew));
+    EXPECT_EQ(folder.names(), Lines{std::string(255, 'x')});
+}
+
+TEST_F(Replace, TwoProgramsAtOnceLeaveWholeFiles) {
+    reset();
+    const std::set<std::string> whole{kOld, kNewBytes, kOlder};
+    pid_t children[2];
+    for (int i = 0; i < 2; ++i) {
+        children[i] = ::fork();
+        if (children[i] != 0) continue;
+        const std::wstring path = folder.path(L"f");
+        bool good = true;
+        for (int round = 0; round < 100; ++round) {
+            good = writeFile(path, i == 0 ? kNew : widen(kOlder), backupPath(path)) && good;
+        }
+        ::_exit(good ? 0 : 1);
+    }
+    for (int ended = 0; ended < 2;) {
+        EXPECT_TRUE(whole.contains(folder.bytes(L"f")));
+        EXPECT_TRUE(whole.contains(folder.bytes(L"f.bak")));
+        int status = 0;
+        if (::waitpid(children[ended], &status, WNOHANG) == 0) continue;
+        EXPECT_EQ(status, 0);
+        ++ended;
+    }
+    EXPECT_EQ(strays(), 0U);
+}
+
+}  // namespace
+}  // namespace kestrel
