@@ -1,0 +1,40 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Starting other programs. No shell is involved, and nothing waits for a started
+// program: it outlives this one.
+namespace kestrel {
+
+// A program and the text behind it on its command line.
+struct CommandParts {
+    std::wstring program;
+    std::wstring arguments;
+
+    bool operator==(const CommandParts&) const = default;
+};
+
+// Which part of `commandLine` (not quoted) is the program: `configured` where
+// the line begins with it and it names a file, else the longest part before a
+// blank that names one, so that a file at a shorter part never runs; else the
+// first word.
+CommandParts splitCommandLine(std::wstring_view commandLine, std::wstring_view configured,
+                              const std::function<bool(std::wstring_view)>& isFile);
+
+// The words of `arguments`; the longest part at its end that names a file is one
+// word, so that a file's name may hold blanks.
+std::vector<std::wstring> splitArguments(std::wstring_view arguments,
+                                         const std::function<bool(std::wstring_view)>& isFile);
+
+// Starts the program that `commandLine` names, in a normal window with the
+// focus. `configured` is the path that the user chose, when there is one. Throws
+// RunTimeError with the system's reason when it cannot be started.
+void startProgram(std::wstring_view commandLine, std::wstring_view configured = {});
+
+// True when `name` is a program that the search path or its own path finds.
+bool isProgram(std::wstring_view name);
+
+}  // namespace kestrel
