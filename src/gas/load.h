@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "gas/template.h"
+#include "services/host.h"
+
+// The one parser of the program. It is line-oriented and tolerant: no syntax is
+// an error, and it fails only when the text yields no block at all.
+namespace kestrel {
+
+// Loads the `.gas` file at `path` into `templates`, replacing what it held, and
+// adds a row for each block to `list` (may be null; the caller empties it
+// before). True when at least one block was loaded. A text without any block
+// gives the message "File loading error: ..." and false: `list` is then empty
+// and `templates` holds one element, index 0 as it was before. When the text
+// holds no "]" at all, `path` is emptied too. A run-time error is reported and
+// gives false, an empty list and one empty record.
+bool gblnLoadGas(std::wstring& path, std::vector<GasTemplate>& templates, TemplateList* list);
+
+// As gblnLoadGas, from text in memory.
+bool loadGasText(std::wstring_view text, std::vector<GasTemplate>& templates,
+                 TemplateList* list = nullptr);
+
+}  // namespace kestrel

@@ -1,0 +1,7 @@
+#pragma once
+
+// What the document model offers.
+#include "gas/load.h"
+#include "gas/query.h"
+#include "gas/template.h"
+#include "gas/tree.h"

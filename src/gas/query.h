@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "gas/template.h"
+
+// Questions about a loaded file. All comparisons are exact, with case.
+namespace kestrel {
+
+// A copy of the first record with a property `key` of the value `value`; with an
+// empty `key`, of the first record whose Name is the trimmed `value`. An empty
+// record when there is none.
+GasTemplate gudtSearchForTemplate(const std::vector<GasTemplate>& templates, std::wstring_view key,
+                                  std::wstring_view value);
+
+// As gudtSearchForTemplate, without the copy; null when there is none.
+const GasTemplate* findTemplate(const std::vector<GasTemplate>& templates, std::wstring_view key,
+                                std::wstring_view value);
+
+// The value of the first property called `name`; empty when there is none.
+std::wstring gstrFindPropertyVal(const GasTemplate& record, std::wstring_view name);
+
+// The chain from the template called `name` up through its ancestors in this
+// file, as display names joined by "|"; it ends in "|" when the last ancestor
+// specializes nothing. A chain that comes back to a name ends there.
+std::wstring gstrGetTemplateHistory(const std::vector<GasTemplate>& templates,
+                                    std::wstring_view name);
+
+}  // namespace kestrel

@@ -1,0 +1,96 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "gas/template.h"
+
+// How the loader reads the statements of one block. Private to the loader.
+//
+// Everything here works on the bytes of the text; they become wide text where a
+// field is stored. All characters that structure a `.gas` text are ASCII, so the
+// bytes may be of the 8-bit code page or UTF-8 alike.
+namespace kestrel::loading {
+
+// How the bytes of one load become wide text.
+class Widener {
+  public:
+    explicit Widener(bool utf8) noexcept : utf8_(utf8) {}
+    std::wstring operator()(std::string_view bytes) const;
+    void append(std::wstring& text, std::string_view bytes) const;
+
+  private:
+    bool utf8_;
+};
+
+// The part of the block's state that runs on over all blocks of a file: the
+// braces open, and the depth of the body of the sub-block opened last.
+struct Braces {
+    std::int64_t open = 0;
+    std::int64_t mark = 0;
+};
+
+// A statement that some rule does something with.
+struct Statement {
+    std::string_view text;  // without the ";" that it was cut at; blanks not trimmed
+    std::uint32_t index;    // among all statements of the block
+    std::uint8_t rule;      // row of the rule table
+    bool cut;               // was cut at a ";", so that one belongs to its end
+};
+
+struct StatementList {
+    std::vector<Statement> statements;
+    std::size_t count = 0;    // of all statements, those that no rule wants too
+    std::size_t entries = 0;  // properties that the rules will store, at a guess
+    std::size_t headers = 0;  // sub-block headers
+};
+
+// Cuts `block` into statements and finds the rule of each. The list is
+// overwritten; it points into `block`.
+void cutStatements(std::string_view block, StatementList& list);
+
+// Applies the rules to the statements of one block and fills `record`'s
+// Properties and Comments.
+class BlockReader {
+  public:
+    BlockReader(GasTemplate& record, Braces& braces, const Widener& widen, bool docNames);
+
+    // Throws RunTimeError (overflow) when the block has more sub-blocks than a
+    // Level can count; nothing is stored then.
+    void read(const StatementList& list);
+
+    // True when a `doc` property has given the record another Name.
+    bool renamed() const noexcept { return renamed_; }
+
+    // The rules, one function each; statements.cpp holds their ordered table.
+    void comment(const Statement& statement);
+    void namedHeader(const Statement& statement);
+    void ownHeader(const Statement& statement);
+    void header(const Statement& statement);
+    void oneLineBody(const Statement& statement);
+    void openingLine(const Statement& statement);
+    void openingBrace(const Statement& statement);
+    void closingBrace(const Statement& statement);
+    void property(const Statement& statement);
+
+  private:
+    void openSubBlock();
+    void extendGroup(std::string_view name);
+    void closeBrace();
+    void storeProperty(std::string_view text);
+    void storeHeaderPart(std::string_view part);
+    GasProperty& store(std::string_view name, std::string_view value);
+
+    GasTemplate& record_;
+    Braces& braces_;
+    const Widener& widen_;
+    bool docNames_;
+    bool renamed_ = false;
+    GroupPath group_;
+    std::int16_t level_ = 0;
+};
+
+}  // namespace kestrel::loading
