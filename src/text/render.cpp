@@ -1,0 +1,140 @@
+#include "text/render.h"
+
+#include <algorithm>
+
+#include "services/errors.h"
+#include "services/progress.h"
+#include "services/text.h"
+#include "text/rulers.h"
+
+namespace kestrel {
+namespace {
+
+constexpr std::wstring_view kProcessing = L"Processing: ";
+
+// Room enough for a template's text, so that it is built in place.
+std::size_t expectedSize(const GasTemplate& record) {
+    constexpr std::size_t kFixed = 400;
+    constexpr std::size_t kColumnsAndLevel = 12;
+    std::size_t size = kFixed + record.Comments.size();
+    for (const GasProperty& property : record.Properties) {
+        size += property.Name.size() + property.Value.size() + record.Name.size() +
+                property.Group.text().size() + kColumnsAndLevel;
+    }
+    return size;
+}
+
+std::size_t expectedSize(const std::vector<GasTemplate>& templates) {
+    std::size_t size = 0;
+    for (const GasTemplate& record : templates) size += expectedSize(record);
+    return size;
+}
+
+// Appends the rows of one template's text; false once the dialog was cancelled.
+class RowWriter {
+  public:
+    RowWriter(std::wstring& text, const GasTemplate& record, const std::wstring* filter,
+              ProgressScope& progress)
+        : text_(text), record_(record), filter_(filter), progress_(progress) {}
+
+    bool writeAll() {
+        const std::size_t count = record_.Properties.size();
+        for (std::size_t i = 0; i < count; ++i) {
+            write(record_.Properties[i]);
+            progress_.show(percentage(i, count), message_);
+            if (progress_.didCancel()) return false;
+        }
+        return true;
+    }
+
+  private:
+    void write(const GasProperty& property) {
+        updatePath(property);
+        if (filter_ != nullptr && path_ != *filter_) return;
+        text_.append(property.Name) += L'\t';
+        text_.append(property.Value) += L'\t';
+        text_.append(path_).append(kLineEnd);
+        message_.resize(kMessage.size());
+        message_ += property.Name;
+    }
+
+    // Neighbours mostly share their group: its path is made once for all of them.
+    void updatePath(const GasProperty& property) {
+        if (last_ != nullptr && last_->Level == property.Level && last_->Group == property.Group) {
+            return;
+        }
+        last_ = &property;
+        path_.clear();
+        appendGroupPath(path_, record_.Name, property);
+    }
+
+    static constexpr std::wstring_view kMessage = L"Property: ";
+
+    std::wstring& text_;
+    const GasTemplate& record_;
+    const std::wstring* filter_;
+    ProgressScope& progress_;
+    const GasProperty* last_ = nullptr;
+    std::wstring path_;
+    std::wstring message_{kMessage};
+};
+
+void normaliseFilter(std::wstring& filter, const GasTemplate& record) {
+    if (filter.empty()) filter = record.Name + L"\\";
+    if (!filter.ends_with(L'\\')) filter += L'\\';
+}
+
+// Appends the text of one template; false once the dialog was cancelled.
+bool appendTemplate(std::wstring& text, const GasTemplate& record, const std::wstring* filter,
+                    ProgressScope& progress) {
+    text.append(kTextHeading).append(record.Name).append(kLineEnd);
+    text.append(kFormatLine).append(kTopRuler);
+    text.append(L"Name\tValue\tGroup\r\n").append(kColumnRuler);
+    if (!RowWriter(text, record, filter, progress).writeAll()) return false;
+    // A filtered text has no comments: they belong to the template as a whole.
+    if (filter == nullptr)
+        text.append(kColumnRuler).append(L"Comments:\r\n").append(record.Comments);
+    text.append(kClosingRuler);
+    return true;
+}
+
+std::wstring fileHeading(std::wstring_view path, std::size_t count) {
+    const Clock* clock = gProgram().host.clock;
+    std::wstring text = L"Filename: ";
+    text.append(path).append(kLineEnd);
+    text.append(L"Time:").append(clock ? clock->longTime() : L"").append(kLineEnd);
+    text.append(L"Date:").append(clock ? clock->longDate() : L"").append(kLineEnd);
+    text.append(L"Template count: ").append(std::to_wstring(count)).append(kLineEnd);
+    return text.append(kClosingRuler);
+}
+
+}  // namespace
+
+std::wstring gstrMakeText(const GasTemplate& record, Owner* owner, std::wstring& groupFilter,
+                          bool filterOnly, Progress* progress) {
+    return guarded(L"gstrMakeText", [&] {
+        normaliseFilter(groupFilter, record);
+        ProgressScope scope(progress, owner, std::wstring(kProcessing) + record.Name);
+        std::wstring text;
+        text.reserve(expectedSize(record));
+        const std::wstring* filter = filterOnly ? &groupFilter : nullptr;
+        return appendTemplate(text, record, filter, scope) ? text : std::wstring();
+    });
+}
+
+std::wstring gstrMakeFileText(std::wstring_view path, const std::vector<GasTemplate>& templates,
+                              Owner* owner, int /*reserved*/, Progress* progress) {
+    if (templates.empty()) return {};
+    return guarded(L"gstrMakeText", [&] {
+        std::wstring text = fileHeading(path, templates.size());
+        text.reserve(text.size() + expectedSize(templates));
+        ProgressScope scope(progress, owner, kProcessing);
+        for (const GasTemplate& record : templates) {
+            scope.process(std::wstring(kProcessing) + record.Name);
+            if (!appendTemplate(text, record, nullptr, scope)) return std::wstring();
+        }
+        return text;
+    });
+}
+
+}  // namespace kestrel

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "gas/template.h"
+#include "services/host.h"
+
+// Tab-delimited text of templates, with CR LF line ends.
+namespace kestrel {
+
+// The text of one template: its properties with their group paths and, unless
+// `filterOnly`, its comments. With `filterOnly` only properties whose group path
+// equals `groupFilter` are written. `groupFilter` comes back as the path that
+// was used: an empty one is the template's own path, and a "\" ends it. Without
+// `progress` a dialog is made and `owner` (may be null) disabled meanwhile.
+// Empty after a cancel.
+std::wstring gstrMakeText(const GasTemplate& record, Owner* owner, std::wstring& groupFilter,
+                          bool filterOnly, Progress* progress);
+
+// The text of all templates of the file at `path`, in file order; empty when
+// there is none, and after a cancel. `reserved` is not used.
+std::wstring gstrMakeFileText(std::wstring_view path, const std::vector<GasTemplate>& templates,
+                              Owner* owner, int reserved, Progress* progress);
+
+}  // namespace kestrel

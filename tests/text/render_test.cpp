@@ -1,0 +1,133 @@
+#include "text/render.h"
+
+#include <gtest/gtest.h>
+
+#include "support/recordinghost.h"
+
+namespace kestrel {
+namespace {
+
+const std::wstring kEquals(50, L'=');
+const std::wstring kMinus(50, L'-');
+const std::wstring kStars(50, L'*');
+
+GasTemplate crate() {
+    return {L"Template0",
+            L"Template",
+            {{L"name", L"box", {}, false, 0}, {L"mass", L"2", L"physics", false, 1}},
+            L"",
+            L"Line 3:\t crate\r\n"};
+}
+
+std::wstring crateHeader() {
+    return L"DS Template for: Template0\r\nFormat: TAB Delimited with CR+LF\r\n" + kEquals +
+           L"\r\nName\tValue\tGroup\r\n" + kMinus + L"\r\n";
+}
+
+const std::wstring kNameRow = L"name\tbox\tTemplate0\\\r\n";
+const std::wstring kMassRow = L"mass\t2\tTemplate0\\physics_1\\\r\n";
+
+std::wstring crateText() {
+    return crateHeader() + kNameRow + kMassRow + kMinus + L"\r\nComments:\r\nLine 3:\t crate\r\n" +
+           kStars + L"\r\n";
+}
+
+class Render : public testing::Test {
+  protected:
+    test::RecordingHost host_;
+    std::wstring filter_;
+};
+
+TEST_F(Render, WholeTemplate) {
+    EXPECT_EQ(gstrMakeText(crate(), nullptr, filter_, false, nullptr), crateText());
+    EXPECT_EQ(filter_, L"Template0\\");
+    filter_ = L"nothing like it";
+    EXPECT_EQ(gstrMakeText(crate(), nullptr, filter_, false, nullptr), crateText());
+}
+
+TEST_F(Render, FilteredTemplateHasNoComments) {
+    const struct {
+        const wchar_t* filter;
+        std::wstring rows;
+        const wchar_t* after;
+    } cases[] = {
+        {L"", kNameRow, L"Template0\\"},
+        {L"Template0", kNameRow, L"Template0\\"},
+        {L"Template0\\physics_1", kMassRow, L"Template0\\physics_1\\"},
+        {L"Template0\\physics_1\\", kMassRow, L"Template0\\physics_1\\"},
+        {L"Template0\\Physics_1", L"", L"Template0\\Physics_1\\"},
+    };
+    for (const auto& c : cases) {
+        filter_ = c.filter;
+        EXPECT_EQ(gstrMakeText(crate(), nullptr, filter_, true, nullptr),
+                  crateHeader() + c.rows + kStars + L"\r\n");
+        EXPECT_EQ(filter_, c.after);
+    }
+}
+
+TEST_F(Render, NameThatEndsInABackslashKeepsItsOwnPath) {
+    GasTemplate record{L"a\\", L"Template", {{L"x", L"1", {}, false, 0}}, L"", L""};
+    const std::wstring text = gstrMakeText(record, nullptr, filter_, true, nullptr);
+    EXPECT_NE(text.find(L"x\t1\ta\\\\\r\n"), std::wstring::npos);
+}
+
+TEST_F(Render, TemplateWithoutProperties) {
+    GasTemplate record{L"Info0", L"Info", {}, L"", L""};
+    const std::wstring text = gstrMakeText(record, nullptr, filter_, false, nullptr);
+    EXPECT_TRUE(text.ends_with(L"Group\r\n" + kMinus + L"\r\n" + kMinus + L"\r\nComments:\r\n" +
+                               kStars + L"\r\n"));
+}
+
+TEST_F(Render, WholeFile) {
+    EXPECT_EQ(gstrMakeFileText(L"C:\\mods\\a.gas", {crate(), crate()}, nullptr, 0, nullptr),
+              L"Filename: C:\\mods\\a.gas\r\nTime:10:20:30\r\nDate:Friday, 1 March 2002\r\n"
+              L"Template count: 2\r\n" +
+                  kStars + L"\r\n" + crateText() + crateText());
+    EXPECT_EQ(gstrMakeFileText(L"C:\\mods\\a.gas", {}, nullptr, 0, nullptr), L"");
+}
+
+TEST_F(Render, OwnDialogIsShownAndPutAwayOnEveryWayOut) {
+    host_.logsProgressSteps = true;
+    for (const std::size_t cancelAt : {std::size_t{100}, std::size_t{1}}) {
+        host_.log.clear();
+        host_.progressSteps = 0;
+        host_.cancelAt = cancelAt;
+        const std::wstring text = gstrMakeText(crate(), &host_, filter_, false, nullptr);
+        EXPECT_EQ(text.empty(), cancelAt == 1);  // a cut text is never handed out
+        EXPECT_EQ(host_.liveDialogs, 0u);
+        EXPECT_FALSE(gProgram().progressShowing);
+        ASSERT_GE(host_.log.size(), 2u);
+        EXPECT_EQ(host_.log[host_.log.size() - 2], host_.logged("enable").back());
+        EXPECT_EQ(host_.log.back(), host_.logged("focus").back());
+    }
+}
+
+TEST_F(Render, StepsTellThePercentageAndTheLastRowWritten) {
+    host_.logsProgressSteps = true;
+    GasTemplate record = crate();
+    record.Properties.resize(8, record.Properties[0]);
+    record.Properties[7].Name = L"last";
+    filter_ = L"Template0\\physics_1\\";
+    gstrMakeText(record, nullptr, filter_, true, nullptr);
+    const std::vector<std::string> steps = host_.logged("ShowProgress");
+    ASSERT_EQ(steps.size(), 8u);
+    EXPECT_NE(steps[0].find("0"), std::string::npos);
+    EXPECT_NE(steps[1].find("12"), std::string::npos);  // 12.5: halves go to even
+    EXPECT_NE(steps[3].find("38"), std::string::npos);  // 37.5
+    EXPECT_NE(steps[7].find("88"), std::string::npos);
+    EXPECT_NE(steps[7].find("Property: mass"), std::string::npos) << steps[7];
+}
+
+TEST_F(Render, BorrowedDialogIsLeftAlone) {
+    const std::unique_ptr<Progress> dialog = host_.makeProgress();
+    host_.log.clear();
+    gstrMakeFileText(L"a.gas", {crate(), crate()}, &host_, 0, dialog.get());
+    EXPECT_EQ(host_.liveDialogs, 1u);
+    EXPECT_TRUE(host_.logged("enable").empty());
+    EXPECT_EQ(host_.logged("Process").size(), 2u);
+    host_.cancelAt = 0;
+    EXPECT_EQ(gstrMakeFileText(L"a.gas", {crate()}, &host_, 0, dialog.get()), L"");
+}
+
+}  // namespace
+}  // namespace kestrel
