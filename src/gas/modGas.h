@@ -1,6 +1,7 @@
 #pragma once
 
 // What the document model offers.
+#include "gas/browse.h"
 #include "gas/load.h"
 #include "gas/query.h"
 #include "gas/template.h"
