@@ -107,6 +107,8 @@ class FileDialog {
     virtual bool show(const FileQuestion& question) = 0;
     // The full path of the file chosen last; empty before the first choice.
     virtual std::wstring path() const = 0;
+    // A new dialog of the same kind, in which nothing was chosen yet.
+    virtual std::unique_ptr<FileDialog> another() const = 0;
 };
 
 class FolderPicker {
@@ -119,8 +121,16 @@ class FolderPicker {
 class Shell {
   public:
     virtual ~Shell() = default;
-    // Performs `verb` ("open") on a document, a web page or a mail address.
+    // Performs `verb` on a document, a web page or a mail address: "open", or
+    // "edit" for the desktop's text editor. Throws RunTimeError where it is known
+    // that it cannot be done.
     virtual void perform(std::wstring_view file, std::wstring_view verb) = 0;
+    // Starts the program that `commandLine` (not quoted) names and does not wait
+    // for it; `configured` is its path where the user chose one. Throws
+    // RunTimeError with the system's reason when it cannot be started.
+    virtual void run(std::wstring_view commandLine, std::wstring_view configured) = 0;
+    // True when `name` is a program that run() would find.
+    virtual bool finds(std::wstring_view name) const = 0;
     // Shows the desktop's properties sheet of a file.
     virtual void properties(std::wstring_view path, Owner* owner) = 0;
 };

@@ -36,6 +36,18 @@ void gSelectFile(std::wstring& file, std::wstring_view title, std::wstring_view 
     });
 }
 
+std::wstring askForFile(std::wstring_view title, std::wstring_view filter, bool save,
+                        std::wstring_view start) {
+    const FileDialog* shared = gProgram().host.fileDialog;
+    const std::unique_ptr<FileDialog> own = shared == nullptr ? nullptr : shared->another();
+    FileDialog* dialog = own.get();
+    std::wstring file;
+    std::wstring fileTitle;
+    std::wstring folder(start);
+    gSelectFile(file, title, filter, save, fileTitle, dialog, folder);
+    return file;
+}
+
 std::optional<std::wstring> gBrowseFolder(std::wstring_view title, Owner* owner,
                                           std::wstring_view /*startFolder*/) {
     return guarded(L"gBrowseFolder", [&]() -> std::optional<std::wstring> {

@@ -17,6 +17,11 @@ namespace kestrel {
 void gSelectFile(std::wstring& file, std::wstring_view title, std::wstring_view filter, bool save,
                  std::wstring& fileTitle, FileDialog*& dialog, std::wstring& initialFolder);
 
+// Asks for a file with a dialog of its own, so that a cancel answers with an empty
+// text; `start` is the folder, or the file, where it starts (may be empty).
+std::wstring askForFile(std::wstring_view title, std::wstring_view filter, bool save,
+                        std::wstring_view start = {});
+
 // The filter text of a dialog: the caller's pairs, then "All files".
 std::wstring fileFilter(std::wstring_view own);
 

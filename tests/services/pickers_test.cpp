@@ -62,6 +62,7 @@ TEST_F(Pickers, ADialogThatFailsIsReportedAndItsChoiceStillRead) {
       public:
         bool show(const FileQuestion&) override { throw std::runtime_error("no display"); }
         std::wstring path() const override { return L"/last/b.gas"; }
+        std::unique_ptr<FileDialog> another() const override { return nullptr; }
     } broken;
     dialog = &broken;
     folder = L"/elsewhere";
@@ -70,6 +71,15 @@ TEST_F(Pickers, ADialogThatFailsIsReportedAndItsChoiceStillRead) {
     EXPECT_EQ(folder, L"/elsewhere");
     EXPECT_EQ(host.log, Lines{"ask: Error (51): no display in 'gSelectFile' | Kestrel | "
                               "exclamation | ok"});
+}
+
+TEST_F(Pickers, ADialogOfItsOwnAnswersACancelWithNothing) {
+    host.files = {L"/shared/a.gas", std::nullopt, L"/own/b.gas"};
+    select();
+    EXPECT_EQ(askForFile(L"Where?", L"Text|*.txt", true), L"") << "not what another dialog chose";
+    EXPECT_EQ(askForFile(L"Where?", L"Text|*.txt", true, L"/start"), L"/own/b.gas");
+    EXPECT_EQ(host.log.back(), "save: Where? | Text|*.txt|All files (*.*)|*.* | /start");
+    EXPECT_EQ(host.path(), L"/shared/a.gas");
 }
 
 TEST_F(Pickers, Filter) {

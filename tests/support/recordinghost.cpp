@@ -1,5 +1,7 @@
 #include "support/recordinghost.h"
 
+#include "services/errors.h"
+
 #include <array>
 #include <cstdio>
 
@@ -108,11 +110,36 @@ std::unique_ptr<Progress> RecordingHost::makeProgress() {
     return std::make_unique<RecordingProgress>(*this);
 }
 
-bool RecordingHost::show(const FileQuestion& question) {
+std::optional<std::wstring> RecordingHost::answerFile(const FileQuestion& question) {
     write(question.save ? "save" : "open", {question.title, question.filter, question.folder});
-    const auto file = next(files).value_or(std::nullopt);
+    return next(files).value_or(std::nullopt);
+}
+
+bool RecordingHost::show(const FileQuestion& question) {
+    const auto file = answerFile(question);
     if (file) chosen_ = *file;
     return file.has_value();
+}
+
+// A dialog that asks the same script and keeps its own choice.
+class OtherDialog final : public FileDialog {
+  public:
+    explicit OtherDialog(RecordingHost& host) : host_(host) {}
+    bool show(const FileQuestion& question) override {
+        const auto file = host_.answerFile(question);
+        if (file) chosen_ = *file;
+        return file.has_value();
+    }
+    std::wstring path() const override { return chosen_; }
+    std::unique_ptr<FileDialog> another() const override { return host_.another(); }
+
+  private:
+    RecordingHost& host_;
+    std::wstring chosen_;
+};
+
+std::unique_ptr<FileDialog> RecordingHost::another() const {
+    return std::make_unique<OtherDialog>(const_cast<RecordingHost&>(*this));
 }
 
 std::optional<std::wstring> RecordingHost::chooseFolder(std::wstring_view title, Owner* owner) {
@@ -122,6 +149,13 @@ std::optional<std::wstring> RecordingHost::chooseFolder(std::wstring_view title,
 
 void RecordingHost::perform(std::wstring_view file, std::wstring_view verb) {
     write("perform", {verb, file});
+}
+
+void RecordingHost::run(std::wstring_view commandLine, std::wstring_view configured) {
+    write("run", {commandLine, configured});
+    if (!missingProgram.empty() && commandLine.starts_with(missingProgram)) {
+        throw RunTimeError(kFileNotFound, L"File not found");
+    }
 }
 
 void RecordingHost::properties(std::wstring_view file, Owner* owner) {

@@ -42,6 +42,8 @@ class RecordingHost final : public Messages,
     std::size_t progressSteps = 0;
     std::size_t liveDialogs = 0;
 
+    std::wstring missingProgram;  // is not found, and cannot be run
+
     std::wstring time = L"10:20:30";
     std::wstring date = L"Friday, 1 March 2002";
 
@@ -55,14 +57,20 @@ class RecordingHost final : public Messages,
     std::unique_ptr<Progress> makeProgress() override;
     bool show(const FileQuestion& question) override;
     std::wstring path() const override { return chosen_; }
+    std::unique_ptr<FileDialog> another() const override;
     std::optional<std::wstring> chooseFolder(std::wstring_view title, Owner* owner) override;
     void perform(std::wstring_view file, std::wstring_view verb) override;
     void properties(std::wstring_view path, Owner* owner) override;
+    void run(std::wstring_view commandLine, std::wstring_view configured) override;
+    bool finds(std::wstring_view name) const override { return name != missingProgram; }
     void setText(std::wstring_view text) override;
     std::wstring longTime() const override { return time; }
     std::wstring longDate() const override { return date; }
     void enable(bool enabled) override;
     void focus() override;
+
+    // Logs the question and takes the next element of `files`.
+    std::optional<std::wstring> answerFile(const FileQuestion& question);
 
   private:
     void write(std::string_view call, std::initializer_list<std::wstring_view> values);
