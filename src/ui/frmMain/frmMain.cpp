@@ -1,0 +1,179 @@
+#include "ui/frmMain/frmMain.h"
+
+#include <wx/app.h>
+#include <wx/dnd.h>
+
+#include "gas/browse.h"
+#include "services/histories.h"
+#include "services/program.h"
+#include "services/settings.h"
+#include "services/text.h"
+#include "ui/common/strings.h"
+#include "ui/common/twips.h"
+#include "ui/frmProgress/frmProgress.h"
+
+namespace kestrel {
+namespace {
+
+constexpr int kWidthTwips = 9000;
+constexpr int kHeightTwips = 6250;
+constexpr std::wstring_view kHistoryFile = L"info.his";
+
+// Entries of the File menu.
+enum MenuItem { kMenuSkrit = wxID_HIGHEST + 1, kMenuZeltor, kMenuOrvane, kMenuRestore, kMenuExit };
+
+// Opens a dropped `.gas` file.
+class GasDropTarget final : public wxFileDropTarget {
+  public:
+    explicit GasDropTarget(frmMain& window) : window_(window) {}
+
+    bool OnDropFiles(wxCoord, wxCoord, const wxArrayString& files) override {
+        for (const wxString& file : files) {
+            if (!file.Lower().EndsWith(".gas")) continue;
+            // Opened after the drop has ended, so that a message does not hold up
+            // the program that the file came from.
+            window_.CallAfter([&window = window_, file] { window.openFile(fromWx(file)); });
+            return true;
+        }
+        return false;
+    }
+
+  private:
+    frmMain& window_;
+};
+
+}  // namespace
+
+frmMain::frmMain()
+    : wxFrame(nullptr, wxID_ANY, toWx(mainCaption(gProgram().version)), wxDefaultPosition,
+              wxDefaultSize, wxDEFAULT_FRAME_STYLE, "frmMain") {
+    buildMenu();
+    buildControls();
+    buildStatusBar();
+    bindBrowsing();
+    bindWindow();
+    cmdCommands[kTest]->Hide();
+    const wxSize size(fromTwips(*this, kWidthTwips), fromTwips(*this, kHeightTwips));
+    SetMinSize(size);
+    SetSize(size);
+    tray_ = std::make_unique<TrayIcon>([this] { restore(); }, [this] { return makeFileMenu(); });
+    historyChanged();
+}
+
+frmMain::~frmMain() {
+    tray_->RemoveIcon();
+    // The lists ask this window for their texts until they are gone.
+    DestroyChildren();
+}
+
+void frmMain::start(const std::wstring& commandFile) {
+    gReadSettings();
+    gLoadHistory(*cboHistory, kHistoryFile);
+    if (commandFile.empty()) {
+        cboHistory->SetFocus();
+    } else {
+        cboHistory->setText(commandFile);
+        historyChanged();
+        reload();
+        lvwTemplates->SetFocus();
+    }
+}
+
+wxMenu* frmMain::makeFileMenu() const {
+    auto* menu = new wxMenu;
+    menu->Append(kMenuSkrit, "&SkritEdit");
+    menu->Append(kMenuZeltor, "&Zeltor");
+    menu->Append(kMenuOrvane, "&Orvane");
+    menu->AppendSeparator();
+    menu->Append(kMenuRestore, "&Restore");
+    menu->AppendSeparator();
+    menu->Append(kMenuExit, "&Exit");
+    for (const int item : {kMenuSkrit, kMenuZeltor, kMenuOrvane}) menu->Enable(item, false);
+    return menu;
+}
+
+void frmMain::buildMenu() {
+    auto* bar = new wxMenuBar;
+    mnuFile = makeFileMenu();
+    bar->Append(mnuFile, "&File");
+    SetMenuBar(bar);
+}
+
+void frmMain::bindWindow() {
+    SetDropTarget(new GasDropTarget(*this));
+    Bind(
+        wxEVT_MENU, [this](wxCommandEvent&) { restore(); }, kMenuRestore);
+    Bind(
+        wxEVT_MENU, [this](wxCommandEvent&) { Close(); }, kMenuExit);
+    Bind(wxEVT_CLOSE_WINDOW, &frmMain::closing, this);
+    Bind(wxEVT_ICONIZE, [this](wxIconizeEvent& event) {
+        iconized(event.IsIconized());
+        event.Skip();
+    });
+    Bind(wxEVT_ACTIVATE, [](wxActivateEvent& event) {
+        frmProgress* progress = frmProgress::current();
+        if (event.GetActive() && progress != nullptr && gProgram().progressShowing) {
+            progress->Raise();
+        }
+        event.Skip();
+    });
+    cboHistory->onChange = [this] { historyChanged(); };
+    cboHistory->onChoose = [this] { reload(); };
+    cboHistory->onEnter = [this] { reload(); };
+}
+
+void frmMain::historyChanged() {
+    cmdCommands[kReload]->Enable(!trim(cboHistory->text()).empty());
+}
+
+void frmMain::reload() {
+    const std::wstring text = cboHistory->text();
+    const std::wstring_view path = trim(text);
+    if (!path.empty()) openFile(std::wstring(path));
+}
+
+void frmMain::run(int item) {
+    if (busy()) return;
+    if (item == kReload) reload();
+    if (item == kDone) Close();
+}
+
+bool frmMain::busy() const {
+    return gProgram().progressShowing;
+}
+
+void frmMain::iconized(bool now) {
+    if (!now || busy()) return;
+    // Without an icon to bring it back the window must not vanish.
+    if (tray_->add(GetIcon(), GetTitle())) Hide();
+}
+
+void frmMain::restore() {
+    if (IsIconized()) Iconize(false);
+    Show();
+    Raise();
+}
+
+void frmMain::closing(wxCloseEvent& event) {
+    if (busy() && event.CanVeto()) {
+        event.Veto();
+        return;
+    }
+    shutDown();
+    Destroy();
+}
+
+void frmMain::shutDown() {
+    gSaveHistory(*cboHistory, kHistoryFile);
+    gWriteSettings();
+    std::vector<wxWindow*> others;
+    for (wxWindow* window : wxTopLevelWindows) {
+        if (window != this) others.push_back(window);
+    }
+    for (wxWindow* window : others) {
+        if (wxTopLevelWindows.Find(window) != nullptr) window->Close(true);
+    }
+    tray_->RemoveIcon();
+}
+
+}  // namespace kestrel

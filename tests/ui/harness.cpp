@@ -1,0 +1,135 @@
+#include "ui/harness.h"
+
+#include <wx/app.h>
+#include <wx/checkbox.h>
+#include <wx/dialog.h>
+#include <wx/evtloop.h>
+#include <wx/log.h>
+#include <wx/toplevel.h>
+
+#include <chrono>
+
+namespace kestrel::test {
+namespace {
+
+using namespace std::chrono_literals;
+constexpr auto kLimit = 5s;
+
+std::vector<ExpectDialog*>& expected() {
+    static std::vector<ExpectDialog*> dialogs;
+    return dialogs;
+}
+
+bool usable(const wxWindow& window) {
+    return window.IsShownOnScreen() && window.IsEnabled();
+}
+
+void runEvents() {
+    wxEventLoopBase* loop = wxEventLoopBase::GetActive();
+    while (loop->Pending()) loop->Dispatch();
+    wxTheApp->ProcessPendingEvents();
+    loop->ProcessIdle();
+}
+
+bool sendKey(wxWindow& window, wxEventType type, int code, int modifiers) {
+    wxKeyEvent event(type);
+    event.m_keyCode = code;
+    event.m_uniChar = code < WXK_START ? code : 0;
+    event.SetRawControlDown((modifiers & wxMOD_CONTROL) != 0);
+    event.SetControlDown((modifiers & wxMOD_CONTROL) != 0);
+    event.SetShiftDown((modifiers & wxMOD_SHIFT) != 0);
+    event.SetAltDown((modifiers & wxMOD_ALT) != 0);
+    event.SetEventObject(&window);
+    event.SetId(window.GetId());
+    return window.ProcessWindowEvent(event);
+}
+
+}  // namespace
+
+UiTest::UiTest() {
+    gProgram().folder = folder.path();
+}
+
+UiTest::~UiTest() {
+    std::vector<wxWindow*> windows(wxTopLevelWindows.begin(), wxTopLevelWindows.end());
+    for (wxWindow* window : windows) {
+        if (wxTopLevelWindows.Find(window) != nullptr) window->Destroy();
+    }
+    settle();
+    EXPECT_TRUE(wxTopLevelWindows.empty()) << openWindows();
+}
+
+void settle() {
+    for (int i = 0; i < 4; ++i) runEvents();
+}
+
+void waitUntil(const char* what, const std::function<bool()>& holds) {
+    const auto limit = std::chrono::steady_clock::now() + kLimit;
+    while (!holds()) {
+        if (std::chrono::steady_clock::now() > limit) {
+            ADD_FAILURE() << "did not happen: " << what << "\n" << openWindows();
+            return;
+        }
+        runEvents();
+    }
+    settle();
+}
+
+void click(wxButton& button) {
+    ASSERT_TRUE(usable(button)) << "nobody can press " << button.GetLabel();
+    wxCommandEvent event(wxEVT_BUTTON, button.GetId());
+    event.SetEventObject(&button);
+    button.ProcessWindowEvent(event);
+    settle();
+}
+
+void tick(wxWindow& checkBox) {
+    ASSERT_TRUE(usable(checkBox)) << "nobody can tick " << checkBox.GetLabel();
+    auto& box = dynamic_cast<wxCheckBox&>(checkBox);
+    box.SetValue(!box.GetValue());
+    wxCommandEvent event(wxEVT_CHECKBOX, box.GetId());
+    event.SetEventObject(&box);
+    event.SetInt(box.GetValue() ? 1 : 0);
+    box.ProcessWindowEvent(event);
+    settle();
+}
+
+void key(wxWindow& focused, int code, int modifiers) {
+    ASSERT_TRUE(usable(focused)) << "nobody can type into " << focused.GetName();
+    focused.SetFocus();
+    settle();
+    if (!sendKey(focused, wxEVT_CHAR_HOOK, code, modifiers)) {
+        sendKey(focused, wxEVT_KEY_DOWN, code, modifiers);
+    }
+    sendKey(focused, wxEVT_KEY_UP, code, modifiers);
+    settle();
+}
+
+ExpectDialog::ExpectDialog(std::function<int(wxDialog&)> answer) : answer_(std::move(answer)) {
+    expected().push_back(this);
+}
+
+ExpectDialog::~ExpectDialog() {
+    EXPECT_TRUE(seen_) << "no dialog was shown";
+    std::erase(expected(), this);
+}
+
+int DialogGuard::Enter(wxDialog* dialog) {
+    for (ExpectDialog* expectation : expected()) {
+        if (expectation->seen_) continue;
+        expectation->seen_ = true;
+        return expectation->answer_(*dialog);
+    }
+    ADD_FAILURE() << "an unexpected dialog: " << dialog->GetTitle();
+    return wxID_CANCEL;
+}
+
+std::string openWindows() {
+    std::string text = "open windows:";
+    for (const wxWindow* window : wxTopLevelWindows) {
+        text += "\n  " + window->GetName().utf8_string() + ": " + window->GetLabel().utf8_string();
+    }
+    return text;
+}
+
+}  // namespace kestrel::test
