@@ -35,7 +35,7 @@ bool breaksLine(wchar_t c) noexcept {
 }
 
 bool isDrawable(wchar_t c) noexcept {
-    const auto code = static_cast<std::uint32_t>(c);
+    const auto code = static_cast<char32_t>(c);
     return code <= 0x10FFFF && (sizeof(wchar_t) == 2 || code < 0xD800 || code > 0xDFFF);
 }
 
@@ -58,6 +58,26 @@ RowOrder rowOrder(std::size_t count, const SortState& state,
         return state.descending ? result > 0 : result < 0;
     });
     return order;
+}
+
+std::optional<std::size_t> findRow(std::size_t count, std::size_t start, std::wstring_view what,
+                                   const std::function<std::wstring(std::size_t)>& text) {
+    const std::wstring folded = lowerCase(what);
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t row = (start + i) % count;
+        if (lowerCase(text(row)).find(folded) != std::wstring::npos) return row;
+    }
+    return std::nullopt;
+}
+
+std::wstring chainText(std::wstring_view history) {
+    std::wstring text;
+    for (const std::wstring_view label : split(history, L"|")) {
+        if (label.empty()) continue;
+        if (!text.empty()) text += L" > ";
+        text += label;
+    }
+    return text;
 }
 
 std::wstring branchFilter(std::wstring_view path, bool useTree) {

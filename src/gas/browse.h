@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,6 +33,14 @@ using RowOrder = std::vector<std::uint32_t>;
 // column without case, ties by case, equal texts as they stand in the file.
 RowOrder rowOrder(std::size_t count, const SortState& state,
                   const std::function<std::wstring(std::size_t position)>& sortText);
+
+// The first row at or after `start`, or else before it, whose text holds `what`
+// without regard to case; nothing when none of the `count` rows does.
+std::optional<std::size_t> findRow(std::size_t count, std::size_t start, std::wstring_view what,
+                                   const std::function<std::wstring(std::size_t row)>& text);
+
+// The labels of a chain as gstrGetTemplateHistory gives it, joined by " > ".
+std::wstring chainText(std::wstring_view history);
 
 // The branch path that the property list is limited to: `path` with a "\" at its
 // end; empty (no limit) when `useTree` is clear.

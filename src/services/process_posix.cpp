@@ -63,6 +63,7 @@ int reportedError(int pipe) {
 
 void start(std::vector<std::string>& words) {
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string& word : words) pointers.push_back(word.data());
     pointers.push_back(nullptr);
     std::array<int, 2> ends{};

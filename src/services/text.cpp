@@ -65,7 +65,7 @@ std::wstring lowerCase(std::wstring_view text) {
 void appendNumber(std::wstring& text, long long number) {
     char digits[24];
     const char* end = std::to_chars(digits, std::end(digits), number).ptr;
-    text.append(static_cast<const char*>(digits), end);
+    for (const char* digit = digits; digit != end; ++digit) text += static_cast<wchar_t>(*digit);
 }
 
 int compareWithoutCase(std::wstring_view a, std::wstring_view b) noexcept {
@@ -95,7 +95,7 @@ std::wstring removeQuotes(std::wstring text) {
     return text;
 }
 
-std::wstring removeCommentMarks(std::wstring text) {
+std::wstring removeCommentMarks(std::wstring_view text) {
     return without(text, L"//");
 }
 

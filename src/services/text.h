@@ -31,7 +31,7 @@ int compareWithoutCase(std::wstring_view a, std::wstring_view b) noexcept;
 std::wstring removeTabs(std::wstring text);
 std::wstring removeSemicolons(std::wstring text);
 std::wstring removeQuotes(std::wstring text);
-std::wstring removeCommentMarks(std::wstring text);
+std::wstring removeCommentMarks(std::wstring_view text);
 std::wstring removeBrackets(std::wstring text);
 
 // Tabs, semicolons, quotes and brackets removed, then trimmed. Comment marks

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// What the windows that show a text do with it, as far as no window is needed:
+// read-outs, search, saving and handing it over.
+//
+// A text pane holds its text as UTF-8; offsets that users see count the
+// characters of the wide text, where a CR LF is two.
+namespace kestrel {
+
+// The number of wide characters of the valid UTF-8 `text`.
+std::size_t characterCount(std::string_view text) noexcept;
+
+// What a pane can show in place of a `text` with codes that are no characters
+// (lone surrogates): the same text with U+FFFD for each of them. Nothing when
+// every one is a character, and the text can be shown as it is.
+std::optional<std::wstring> standIn(std::wstring_view text);
+
+// True when the Enter key adds a bare LF to `text`: all its lines end so. Any
+// other text gets CR LF, since a bare LF among those ends no line of a file.
+bool endsLinesInLf(std::string_view text) noexcept;
+
+struct TextRange {
+    std::size_t begin = 0;  // in bytes
+    std::size_t end = 0;
+
+    bool operator==(const TextRange&) const = default;
+};
+
+// Finds `what` in the valid UTF-8 `text` without regard to case. The search
+// begins at the last character of the selection, which ends at the byte
+// `selectionEnd`, and starts once more at the beginning when nothing is found.
+// An empty `what` is not found.
+std::optional<TextRange> findText(std::string_view text, std::wstring_view what,
+                                  std::size_t selectionEnd);
+
+// Where the caret stands; numbers of characters.
+struct ReadOuts {
+    std::size_t line = 1;
+    std::size_t column = 1;
+    std::size_t caret = 0;  // 0-based
+    std::size_t characters = 0;
+    std::size_t lines = 1;
+};
+
+// The texts of the panels pnlLine, pnlCol, pnlChar, pnlChars and pnlLines.
+std::array<std::wstring, 5> readOutTexts(const ReadOuts& readOuts);
+
+// The caption of a window whose text is `changed`.
+std::wstring markedCaption(std::wstring_view base, bool changed);
+
+// The main window's open file, as far as other windows need it; either member
+// may be empty.
+struct OpenFile {
+    std::function<std::wstring()> path;
+    std::function<void()> reload;
+};
+
+// A text that a window shows; `text` gives it when it is needed.
+struct ViewedText {
+    std::function<std::wstring()> text;
+    bool canEdit = false;
+    bool changed = false;
+};
+
+// Asks whether the changes of a changed editable text may go; true when they may,
+// or there are none.
+bool mayDiscard(const ViewedText& viewed);
+
+// Asks for a file and writes the text into it. A replaced `.gas` file is kept
+// beside it as ".bak". Reloads the open file when that was written.
+void saveViewedText(const ViewedText& viewed, const OpenFile& openFile);
+
+// Opens a temporary file with the text in SkritPad, whose path is asked for when
+// it is not known.
+void openInScriptEditor(const ViewedText& viewed);
+
+// Asks for the text to search for; empty when cancelled.
+std::wstring askForSearchText(std::wstring_view initial, std::wstring_view title = L"Find Text");
+
+// Tells that `what` was not found.
+void tellNotFound(std::wstring_view what);
+
+}  // namespace kestrel

@@ -1,0 +1,233 @@
+#include "services/viewtext.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "services/bytes.h"
+#include "services/files.h"
+#include "services/program.h"
+#include "support/recordinghost.h"
+#include "support/tempfolder.h"
+
+namespace kestrel {
+
+void PrintTo(const TextRange& range, std::ostream* out) {
+    *out << range.begin << " to " << range.end;
+}
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+TEST(ViewText, FindsWithoutCaseFromTheSelectionsLastCharacter) {
+    const struct {
+        const wchar_t* text;
+        const wchar_t* what;
+        std::size_t selectionEnd;
+        std::optional<TextRange> found;
+    } cases[] = {
+        {L"xABx", L"ab", 0, TextRange{1, 3}},
+        {L"xABx", L"ab", 1, TextRange{1, 3}},
+        {L"xABx", L"ab", 4, TextRange{1, 3}},  // wraps
+        {L"ab ab ab", L"AB", 2, TextRange{3, 5}},
+        {L"ab ab ab", L"AB", 5, TextRange{6, 8}},
+        {L"ab ab ab", L"AB", 8, TextRange{0, 2}},
+        {L"aXbX", L"x", 2, TextRange{1, 2}},  // a match of one character is found again
+        {L"aaa", L"aa", 2, TextRange{1, 3}},  // and one that overlaps
+        {L"\u00C9t\u00E9", L"\u00E9T", 0, TextRange{0, 3}},
+        {L"a\u00E9b", L"B", 3, TextRange{3, 4}},  // the last character has two bytes
+        {L"\u0178\u0160 x", L"\u00FF\u0161", 0, TextRange{0, 4}},
+        {L"a\r\nb", L"\r\nb", 0, TextRange{1, 4}},
+        {L"a.*b", L".*", 0, TextRange{1, 3}},
+        {L"abc", L"abcd", 0, std::nullopt},
+        {L"abc", L"", 0, std::nullopt},
+        {L"", L"a", 0, std::nullopt},
+        {L"abc", L"c", 99, TextRange{2, 3}},
+    };
+    for (const auto& one : cases) {
+        EXPECT_EQ(findText(toUtf8(one.text), one.what, one.selectionEnd), one.found)
+            << toUtf8(one.text) << " | " << toUtf8(one.what) << " | " << one.selectionEnd;
+    }
+    const std::string nul("a\0B", 3);
+    EXPECT_EQ(findText(nul, std::wstring(L"\0b", 2), 0), (TextRange{1, 3}));
+}
+
+TEST(ViewText, CountsCharacters) {
+    const std::wstring mixed = L"a\r\n\u00E9\u20AC\U0001F600 and some more ASCII \u00FF";
+    EXPECT_EQ(characterCount(""), 0U);
+    for (std::size_t length = 0; length <= mixed.size(); ++length) {
+        const std::wstring part = mixed.substr(0, length);
+        if (standIn(part)) continue;  // ends in half a character
+        EXPECT_EQ(characterCount(toUtf8(part)), length);
+    }
+}
+
+TEST(ViewText, OnlyCodesThatAreNoCharactersNeedAStandIn) {
+    EXPECT_EQ(standIn(std::wstring(L"a\0\r\n\uFFFF\U0001F600", 6)), std::nullopt);
+    const auto lone = [](unsigned code) { return std::wstring{L'a', static_cast<wchar_t>(code)}; };
+    EXPECT_EQ(standIn(lone(0xD800)), L"a\uFFFD");
+    EXPECT_EQ(standIn(lone(0xDC80) + L"b"), L"a\uFFFDb");
+}
+
+TEST(ViewText, EnterKeepsBareLfOnlyWhereEveryLineHasIt) {
+    EXPECT_FALSE(endsLinesInLf(""));
+    EXPECT_FALSE(endsLinesInLf("a\r\nb\nc\nd"));
+    EXPECT_FALSE(endsLinesInLf("a\rb"));
+    EXPECT_TRUE(endsLinesInLf("a\nb"));
+}
+
+TEST(ViewText, ShowsReadOutsAndTheMark) {
+    EXPECT_EQ(readOutTexts({}), (std::array<std::wstring, 5>{L"Line: 1", L"Col: 1", L"Char: 0",
+                                                             L"Chars: 0", L"Lines: 1"}));
+    EXPECT_EQ(readOutTexts({2, 3, 14, 25, 6})[2], L"Char: 14");
+    EXPECT_EQ(markedCaption(L"View", true), L"View *");
+    EXPECT_EQ(markedCaption(L"View", false), L"View");
+}
+
+class ViewedTexts : public testing::Test {
+  protected:
+    ViewedTexts() {
+        gProgram().version.fileDescription = L"Kestrel";
+        gProgram().folder = folder.path();
+    }
+
+    ViewedText viewed(bool canEdit = true, bool changed = true) {
+        return {[this] { return text; }, canEdit, changed};
+    }
+
+    void save(bool canEdit, const std::wstring& target) {
+        host.files = {target};
+        saveViewedText(viewed(canEdit),
+                       {[this] { return openPath; }, [this] { host.log.push_back("reload"); }});
+    }
+
+    std::wstring path(const wchar_t* name) const { return joinPath(folder.path(), name); }
+
+    test::RecordingHost host;
+    test::TempFolder folder;
+    std::wstring text = L"[t:a]\r\n{\r\n}\n";
+    std::wstring openPath = path(L"open.gas");
+};
+
+const std::string kReplace =
+    "ask: File already exists. Replace existing file? | Kestrel | "
+    "question | yesNo";
+
+TEST_F(ViewedTexts, ANewFileIsWrittenWithoutAQuestion) {
+    save(false, path(L"new.txt"));
+    EXPECT_EQ(gstrReadFile(path(L"new.txt")), text);
+    EXPECT_EQ(host.log, Lines{"save: Select Save As Filename and Location | Text File "
+                              "(*.txt)|*.txt|GAS File (*.gas)|*.gas|All files (*.*)|*.* | " +
+                              toUtf8(folder.path())});
+}
+
+TEST_F(ViewedTexts, AnEditedTextStartsAtTheOpenFileAndReloadsIt) {
+    gWriteFile(openPath, L"before");
+    save(true, openPath);
+    EXPECT_EQ(gstrReadFile(openPath), text);
+    EXPECT_EQ(gstrReadFile(path(L"open.gas.bak")), L"before");
+    EXPECT_EQ(host.log, (Lines{"save: Select Save As Filename and Location | GAS File "
+                               "(*.gas)|*.gas|Text File (*.txt)|*.txt|All files (*.*)|*.* | " +
+                                   toUtf8(openPath),
+                               kReplace, "reload"}));
+}
+
+TEST_F(ViewedTexts, AnotherFileIsReplacedWithoutReload) {
+    const struct {
+        const wchar_t* name;
+        bool kept;
+    } cases[] = {{L"other.gas", true}, {L"LOUD.GAS", true}, {L"other.txt", false}};
+    for (const auto& one : cases) {
+        gWriteFile(path(one.name), L"before");
+        host.log.clear();
+        save(false, path(one.name));
+        EXPECT_EQ(gstrReadFile(path(one.name)), text);
+        EXPECT_EQ(gstrReadFile(backupPath(path(one.name))), one.kept ? L"before" : L"");
+        ASSERT_EQ(host.log.size(), 2U);
+        EXPECT_EQ(host.log.back(), kReplace);
+    }
+}
+
+TEST_F(ViewedTexts, NothingIsWrittenWhenTheUserDeclines) {
+    gWriteFile(openPath, L"before");
+    host.answers = {Answer::no};
+    save(true, openPath);
+    EXPECT_EQ(gstrReadFile(openPath), L"before");
+    EXPECT_FALSE(fileExists(backupPath(openPath)));
+    EXPECT_EQ(host.logged("reload"), Lines{});
+    host.files = {std::nullopt};
+    host.log.clear();
+    saveViewedText(viewed(), {});
+    EXPECT_EQ(host.log.size(), 1U);
+}
+
+TEST_F(ViewedTexts, TextThatHasNoByteIsRefusedAndTheFileStays) {
+    gWriteFile(openPath, L"before");
+    text = L"one\r\ntwo \u0416";
+    save(true, openPath);
+    EXPECT_EQ(gstrReadFile(openPath), L"before");
+    EXPECT_FALSE(fileExists(backupPath(openPath)));
+    EXPECT_EQ(host.logged("reload"), Lines{});
+    EXPECT_EQ(host.log.back(),
+              "ask: Error (5): The character '\u0416' (U+0416) in line 2 cannot be stored in 8-bit "
+              "text in 'gWriteFile' | Kestrel | exclamation | ok");
+}
+
+TEST_F(ViewedTexts, ClosingAsksOnlyForAChangedEditableText) {
+    EXPECT_TRUE(mayDiscard(viewed(false, true)));
+    EXPECT_TRUE(mayDiscard(viewed(true, false)));
+    EXPECT_EQ(host.log, Lines{});
+    host.answers = {Answer::no, Answer::yes};
+    EXPECT_FALSE(mayDiscard(viewed(true, true)));
+    EXPECT_TRUE(mayDiscard(viewed(true, true)));
+    EXPECT_EQ(host.log.at(0),
+              "ask: Source has been changed. Exit anyway and discard changes? | Kestrel | question "
+              "| yesNo");
+}
+
+TEST_F(ViewedTexts, SkritPadGetsATemporaryFileWithTheText) {
+    gProgram().settings.skritpad = L"/opt/skrit pad";
+    openInScriptEditor(viewed(true, true));
+    ASSERT_EQ(host.log.size(), 2U);
+    EXPECT_EQ(host.log[0],
+              "ask: Source has been changed. ScritPad will open with the original file loaded. | "
+              "Kestrel | question | okCancel");
+    const std::string start = "run: /opt/skrit pad ";
+    ASSERT_TRUE(host.log[1].starts_with(start)) << host.log[1];
+    const std::string file =
+        host.log[1].substr(start.size(), host.log[1].find(" | ") - start.size());
+    EXPECT_TRUE(fileName(fromUtf8(file)).starts_with(L"gsv")) << file;
+    EXPECT_EQ(gstrReadFile(fromUtf8(file)), text);
+    std::filesystem::remove(file);
+}
+
+TEST_F(ViewedTexts, SkritPadIsNotStarted) {
+    host.answers = {Answer::cancel};
+    gProgram().settings.skritpad = L"/opt/pad";
+    openInScriptEditor(viewed(true, true));  // cancelled
+    gProgram().settings.skritpad.clear();
+    openInScriptEditor(viewed(false, false));  // no program chosen
+    gProgram().settings.skritpad = L"/opt/pad";
+    text = L"\u0416";
+    openInScriptEditor(viewed(false, false));  // no file could be written
+    EXPECT_EQ(host.logged("run"), Lines{});
+    EXPECT_EQ(host.logged("open").size(), 1U);
+    EXPECT_EQ(host.logged("ask: Error (5)").size(), 1U);
+}
+
+TEST_F(ViewedTexts, AsksForTheTextToFind) {
+    host.prompts = {L"abc", std::nullopt};
+    EXPECT_EQ(askForSearchText(L"before"), L"abc");
+    EXPECT_EQ(askForSearchText(L"abc"), L"");
+    EXPECT_EQ(
+        host.log[0],
+        "prompt: Please enter the text to search for:\\r\\n\\r\\nNote: This sub-string search "
+        "is not case sensitive and does not support regular expressions or wildcards. | Find "
+        "Text | before");
+    tellNotFound(L"abc");
+    EXPECT_EQ(host.log.back(), "ask: Substring not found: abc | Find Text | exclamation | ok");
+}
+
+}  // namespace
+}  // namespace kestrel
