@@ -12,6 +12,7 @@
 
 #include "services/errors.h"
 #include "services/files.h"
+#include "ui/common/desktop.h"
 #include "ui/common/strings.h"
 #include "ui/frmProgress/frmProgress.h"
 
@@ -22,6 +23,13 @@ namespace {
 wxWindow* frontWindow() {
     wxWindow* window = wxGetActiveWindow();
     return window == nullptr ? nullptr : wxGetTopLevelParent(window);
+}
+
+// The toolkit breaks a line at CR and at LF.
+wxString shownMessage(std::wstring_view text) {
+    wxString shown = toWx(text);
+    shown.Replace("\r\n", "\n");
+    return shown;
 }
 
 long iconStyle(Icon icon) {
@@ -39,7 +47,7 @@ long buttonStyle(Buttons buttons) {
 
 Answer MessagesWx::ask(std::wstring_view text, std::wstring_view title, Icon icon,
                        Buttons buttons) {
-    wxMessageDialog dialog(frontWindow(), toWx(text), toWx(title),
+    wxMessageDialog dialog(frontWindow(), shownMessage(text), toWx(title),
                            iconStyle(icon) | buttonStyle(buttons) | wxCENTRE);
     switch (dialog.ShowModal()) {
         case wxID_OK:
@@ -55,7 +63,10 @@ Answer MessagesWx::ask(std::wstring_view text, std::wstring_view title, Icon ico
 
 std::optional<std::wstring> MessagesWx::prompt(std::wstring_view text, std::wstring_view title,
                                                std::wstring_view initial) {
-    wxTextEntryDialog dialog(frontWindow(), toWx(text), toWx(title), toWx(initial));
+    wxWindow* const front = frontWindow();
+    wxTextEntryDialog dialog(front, shownMessage(text), toWx(title), toWx(initial),
+                             wxTextEntryDialogStyle,
+                             front == nullptr ? wxDefaultPosition : front->GetPosition());
     if (dialog.ShowModal() != wxID_OK) return std::nullopt;
     return fromWx(dialog.GetValue());
 }
@@ -67,7 +78,8 @@ std::optional<std::wstring> FolderPickerWx::chooseFolder(std::wstring_view title
     return fromWx(dialog.GetPath());
 }
 
-void ShellWx::perform(std::wstring_view file, std::wstring_view) {
+void ShellWx::perform(std::wstring_view file, std::wstring_view verb) {
+    if (verb == L"edit") return openTextEditor(std::wstring(file));
     const wxString target = toWx(file);
     const bool address =
         target.StartsWith("http:") || target.StartsWith("https:") || target.StartsWith("mailto:");

@@ -6,6 +6,7 @@
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 
+#include "ui/common/desktop.h"
 #include "ui/common/host_wx.h"
 #include "ui/common/strings.h"
 

@@ -15,7 +15,4 @@ std::vector<std::pair<std::wstring, std::wstring>> fileFacts(const std::wstring&
 // Shows fileFacts() in a small sheet.
 void showOwnProperties(wxWindow* parent, const std::wstring& path);
 
-// Asks the desktop's file manager for its own sheet; false when there is none.
-bool showDesktopProperties(const std::wstring& path);
-
 }  // namespace kestrel

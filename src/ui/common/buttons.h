@@ -1,0 +1,17 @@
+#pragma once
+
+#include <wx/button.h>
+
+#include <string_view>
+
+namespace kestrel {
+
+// A button with the icon `iconName` and its name in words: `label`, which is
+// shown beside the icon only when `showsLabel`.
+wxButton* addPictureButton(wxWindow* parent, std::string_view iconName, const wxString& label,
+                           const wxString& tooltip, bool showsLabel = false);
+
+// Tells assistive programs the name of a control that does not show it.
+void setAccessibleName(wxWindow& control, const wxString& name);
+
+}  // namespace kestrel

@@ -1,0 +1,56 @@
+#include <gio/gio.h>
+
+#include <memory>
+
+#include "services/bytes.h"
+#include "services/errors.h"
+#include "ui/common/desktop.h"
+
+namespace kestrel {
+namespace {
+
+// A file manager that is only now started may take its time; the user waits.
+constexpr int kLimitMilliseconds = 2000;
+
+struct Unref {
+    void operator()(gpointer object) const { g_object_unref(object); }
+};
+struct Free {
+    void operator()(gpointer text) const { g_free(text); }
+};
+
+}  // namespace
+
+bool showDesktopProperties(const std::wstring& path) {
+    const std::unique_ptr<char, Free> uri(
+        g_filename_to_uri(toUtf8(path).c_str(), nullptr, nullptr));
+    if (!uri) return false;
+    const std::unique_ptr<GDBusConnection, Unref> bus(
+        g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+    if (!bus) return false;
+    const char* const uris[] = {uri.get(), nullptr};
+    GVariant* answer = g_dbus_connection_call_sync(
+        bus.get(), "org.freedesktop.FileManager1", "/org/freedesktop/FileManager1",
+        "org.freedesktop.FileManager1", "ShowItemProperties", g_variant_new("(^ass)", uris, ""),
+        nullptr, G_DBUS_CALL_FLAGS_NONE, kLimitMilliseconds, nullptr, nullptr);
+    if (answer == nullptr) return false;
+    g_variant_unref(answer);
+    return true;
+}
+
+void openTextEditor(const std::wstring& path) {
+    const std::unique_ptr<GAppInfo, Unref> editor(
+        g_app_info_get_default_for_type("text/plain", FALSE));
+    if (!editor) {
+        throw RunTimeError(kFileNotFound, L"This desktop has no text editor for plain text");
+    }
+    const std::unique_ptr<GFile, Unref> file(g_file_new_for_path(toUtf8(path).c_str()));
+    GList files{file.get(), nullptr, nullptr};
+    GError* error = nullptr;
+    if (g_app_info_launch(editor.get(), &files, nullptr, &error)) return;
+    const std::wstring reason = fromUtf8(error->message);
+    g_error_free(error);
+    throw RunTimeError(kFileNotFound, L"Cannot start the text editor: " + reason);
+}
+
+}  // namespace kestrel
