@@ -1,0 +1,195 @@
+#include "ui/common/textcommands.h"
+
+#include <wx/dcclient.h>
+#include <wx/settings.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "services/errors.h"
+#include "ui/common/buttons.h"
+#include "ui/common/strings.h"
+
+namespace kestrel {
+namespace {
+
+constexpr int kMargin = 6;
+
+constexpr int kNoIndex = -1;
+
+}  // namespace
+
+// The buttons from left to right.
+const std::array<TextCommands::Row, 7> TextCommands::kRows = {{
+    {kScriptEditor, "skritpad", "ScritPad", "ScritPad (Ctl+E)", 'E', wxMOD_CONTROL,
+     &TextCommands::openEditor},
+    {kFind, "find", "Find", "Find (Ctrl+F)", 'F', wxMOD_CONTROL, &TextCommands::find},
+    {kFindAgain, "find-again", "Find Again", "Find Again (F3)", WXK_F3, wxMOD_NONE,
+     &TextCommands::findAgain},
+    {kCopy, "copy", "Copy", "Copy selected (all if no selection)", 'C', wxMOD_CONTROL,
+     &TextCommands::copy},
+    {kSave, "save", "Save to file...", "Save to file... (Ctl+S)", 'S', wxMOD_CONTROL,
+     &TextCommands::save},
+    {kDone, "done", "&Done", "Done (Esc)", WXK_ESCAPE, wxMOD_NONE, &TextCommands::done},
+    {kNoIndex, nullptr, nullptr, nullptr, 'A', wxMOD_CONTROL, &TextCommands::selectAll},
+}};
+
+TextCommands::TextCommands(wxTopLevelWindow& window, OpenFile openFile)
+    : window_(window), openFile_(std::move(openFile)) {
+    addControls();
+    window_.Bind(wxEVT_CHAR_HOOK, &TextCommands::keyPressed, this);
+    window_.Bind(wxEVT_ACTIVATE, &TextCommands::activated, this);
+    window_.Bind(wxEVT_PAINT, &TextCommands::paintBorder, this);
+    txtView->Bind(wxEVT_SET_FOCUS, &TextCommands::caretMoved, this);
+    txtView->Bind(wxEVT_LEFT_UP, &TextCommands::caretMoved, this);
+    txtView->Bind(wxEVT_STC_UPDATEUI, &TextCommands::caretMoved, this);
+}
+
+void TextCommands::activated(wxActivateEvent& event) {
+    pressed_ = nullptr;
+    if (event.GetActive()) takeCaption();
+    event.Skip();
+}
+
+void TextCommands::caretMoved(wxEvent& event) {
+    refresh();
+    event.Skip();
+}
+
+// The border that toolkits draw around such a pane cannot be seen everywhere.
+void TextCommands::paintBorder(wxPaintEvent&) {
+    wxPaintDC canvas(&window_);
+    canvas.SetPen(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNSHADOW));
+    canvas.SetBrush(*wxTRANSPARENT_BRUSH);
+    canvas.DrawRectangle(txtView->GetRect().Inflate(1));
+}
+
+void TextCommands::addControls() {
+    txtView = new TextPane(&window_, "txtView");
+    for (const Row& row : kRows) {
+        if (row.index == kNoIndex) continue;
+        wxButton* button =
+            addPictureButton(&window_, row.icon, row.label, row.tooltip, row.index == kDone);
+        button->SetName(wxString::Format("cmdCommands%d", row.index));
+        button->Bind(wxEVT_BUTTON, [this, &row](wxCommandEvent&) { run(row); });
+        cmdCommands[static_cast<std::size_t>(row.index)] = button;
+    }
+    addStatusBar();
+}
+
+void TextCommands::addStatusBar() {
+    constexpr std::array<int, kPanels> kWidths = {-3, -2, -4, -4, -3};
+    stbMain = new wxStatusBar(&window_, wxID_ANY,
+                              wxSTB_SIZEGRIP | wxSTB_SHOW_TIPS | wxSTB_ELLIPSIZE_END, "stbMain");
+    stbMain->SetFieldsCount(kPanels, kWidths.data());
+}
+
+int TextCommands::margin() const {
+    return window_.FromDIP(kMargin);
+}
+
+wxSizer* TextCommands::buttonRow() {
+    auto* row = new wxBoxSizer(wxHORIZONTAL);
+    row->AddStretchSpacer();
+    for (const Row& command : kRows) {
+        if (command.index == kNoIndex) continue;
+        row->Add(cmdCommands[static_cast<std::size_t>(command.index)],
+                 wxSizerFlags().Expand().Border(wxLEFT, margin()));
+    }
+    return row;
+}
+
+void TextCommands::watchKeys() {
+    watchKeys(window_);
+}
+
+void TextCommands::watchKeys(wxWindow& window) {
+    window.Bind(wxEVT_KEY_UP, &TextCommands::keyReleased, this);
+    for (wxWindow* child : window.GetChildren()) {
+        if (!child->IsTopLevel()) watchKeys(*child);
+    }
+}
+
+// A key counts where it was pressed: one that is only released here has closed a
+// dialog in front of this window.
+void TextCommands::keyPressed(wxKeyEvent& event) {
+    const auto* row = std::find_if(kRows.begin(), kRows.end(), [&event](const Row& one) {
+        return one.key == event.GetKeyCode() && one.modifiers == event.GetModifiers();
+    });
+    pressed_ = row == kRows.end() ? nullptr : row;
+    event.Skip();
+}
+
+void TextCommands::keyReleased(wxKeyEvent& event) {
+    if (event.GetEventObject() == txtView) refresh();
+    if (pressed_ == nullptr || pressed_->key != event.GetKeyCode()) {
+        event.Skip();
+        return;
+    }
+    run(*std::exchange(pressed_, nullptr));
+}
+
+void TextCommands::run(const Row& row) {
+    guarded(L"cmdCommands", [&] { (this->*row.handler)(); });
+}
+
+void TextCommands::done() {
+    window_.Close();
+}
+
+void TextCommands::save() {
+    saveViewedText(viewed(), openFile_);
+}
+
+// NOLINTNEXTLINE(readability-make-member-function-const): a row of the table.
+void TextCommands::copy() {
+    txtView->copyText();
+}
+
+void TextCommands::find() {
+    searchText_ = askForSearchText(searchText_);
+    search();
+}
+
+void TextCommands::findAgain() {
+    if (searchText_.empty()) searchText_ = askForSearchText(searchText_);
+    search();
+}
+
+void TextCommands::search() {
+    if (!searchText_.empty() && !txtView->find(searchText_)) tellNotFound(searchText_);
+    refresh();
+}
+
+void TextCommands::openEditor() {
+    openInScriptEditor(viewed());
+}
+
+void TextCommands::selectAll() {
+    txtView->selectEverything();
+    refresh();
+}
+
+ViewedText TextCommands::viewed() const {
+    return {[this] { return txtView->text(); }, txtView->canEdit(), txtView->changed()};
+}
+
+void TextCommands::refresh() {
+    const auto texts = readOutTexts(txtView->readOuts());
+    for (int panel = 0; panel < kPanels; ++panel) {
+        stbMain->SetStatusText(toWx(texts[static_cast<std::size_t>(panel)]), panel);
+    }
+    if (!caption_) return;
+    const wxString caption = toWx(markedCaption(fromWx(*caption_), txtView->changed()));
+    if (window_.GetTitle() != caption) window_.SetTitle(caption);
+}
+
+void TextCommands::takeCaption() {
+    if (!caption_) caption_ = window_.GetTitle();
+}
+
+bool TextCommands::mayClose() const {
+    return mayDiscard(viewed());
+}
+
+}  // namespace kestrel

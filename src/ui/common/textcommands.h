@@ -1,0 +1,91 @@
+#pragma once
+
+#include <wx/button.h>
+#include <wx/sizer.h>
+#include <wx/statusbr.h>
+#include <wx/toplevel.h>
+
+#include <array>
+#include <optional>
+#include <string>
+
+#include "ui/common/textpane.h"
+
+namespace kestrel {
+
+// What every window that shows a text has: the pane, the buttons and keys of its
+// six commands, the read-outs and the mark of a changed text in the caption. The
+// controls are children of the window. As an event handler it hears nothing more of
+// them once it has ended, which it does before they do.
+class TextCommands final : public wxEvtHandler {
+  public:
+    enum Button { kDone, kSave, kCopy, kFind, kFindAgain, kScriptEditor, kButtons };
+    enum Panel { pnlLine, pnlCol, pnlChar, pnlChars, pnlLines, kPanels };
+
+    TextCommands(wxTopLevelWindow& window, OpenFile openFile);
+
+    TextPane* txtView;
+    std::array<wxButton*, kButtons> cmdCommands;
+    wxStatusBar* stbMain;
+
+    // The distance of the controls from each other and from the window's edges.
+    int margin() const;
+
+    // A space that takes the width left, then the buttons from SkritPad to Done. A
+    // window may put its own buttons between them.
+    wxSizer* buttonRow();
+
+    // Hears the keys of all controls that the window has now. To be called once,
+    // when it has them all.
+    void watchKeys();
+
+    // Shows the read-outs and the caption's mark.
+    void refresh();
+
+    // Takes the window's caption as the base of the marked one, unless one was
+    // taken before.
+    void takeCaption();
+
+    // Asks when the changes would be lost; true when the window may close.
+    bool mayClose() const;
+
+  private:
+    struct Row {
+        int index;  // of its button
+        const char* icon;
+        const char* label;
+        const char* tooltip;
+        int key;
+        int modifiers;
+        void (TextCommands::*handler)();
+    };
+    static const std::array<Row, 7> kRows;
+
+    void addControls();
+    void addStatusBar();
+    void watchKeys(wxWindow& window);
+    void activated(wxActivateEvent& event);
+    void caretMoved(wxEvent& event);
+    void paintBorder(wxPaintEvent& event);
+    void keyPressed(wxKeyEvent& event);
+    void keyReleased(wxKeyEvent& event);
+
+    void run(const Row& row);
+    void done();
+    void save();
+    void copy();
+    void find();
+    void findAgain();
+    void openEditor();
+    void selectAll();
+    void search();
+    ViewedText viewed() const;
+
+    wxTopLevelWindow& window_;
+    OpenFile openFile_;
+    std::optional<wxString> caption_;
+    std::wstring searchText_;
+    const Row* pressed_ = nullptr;  // the command whose key is down
+};
+
+}  // namespace kestrel

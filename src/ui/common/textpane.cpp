@@ -1,0 +1,233 @@
+#include "ui/common/textpane.h"
+
+#include <wx/menu.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "services/bytes.h"
+#include "services/errors.h"
+#include "ui/common/gaslexer.h"
+#include "ui/common/strings.h"
+
+namespace kestrel {
+namespace {
+
+constexpr int kEdge = 4;
+constexpr int kModifications = wxSTC_MOD_INSERTTEXT | wxSTC_MOD_DELETETEXT;
+
+void copyToClipboard(std::wstring_view text) {
+    if (gProgram().host.clipboard != nullptr) gProgram().host.clipboard->setText(text);
+}
+
+}  // namespace
+
+TextPane::TextPane(wxWindow* parent, const wxString& name)
+    : wxStyledTextCtrl(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, name) {
+    SetLexer(wxSTC_LEX_CONTAINER);
+    SetModEventMask(kModifications);
+    SetMultipleSelection(false);
+    SetEOLMode(wxSTC_EOL_CRLF);
+    SetScrollWidthTracking(true);
+    SetLayoutCache(wxSTC_CACHE_PAGE);
+    for (int margin = 0; margin < GetMarginCount(); ++margin) SetMarginWidth(margin, 0);
+    SetMargins(FromDIP(kEdge), FromDIP(kEdge));
+    UsePopUp(wxSTC_POPUP_NEVER);
+    clearUnusualKeys();
+    applyFont();
+    applyColours();
+    textFormat(0);
+    bindEvents();
+}
+
+void TextPane::bindEvents() {
+    Bind(wxEVT_STC_MODIFIED, [this](wxStyledTextEvent& event) { textModified(event); });
+    Bind(wxEVT_STC_STYLENEEDED, [this](wxStyledTextEvent& event) {
+        showLines();
+        // The rest is coloured when it comes into view.
+        if (GetEndStyled() < event.GetPosition()) StartStyling(event.GetPosition());
+    });
+    Bind(wxEVT_STC_UPDATEUI, [this](wxStyledTextEvent& event) {
+        showLines();
+        showBraces();
+        event.Skip();
+    });
+    Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
+        CallAfter([this] {
+            fitScrollWidth();
+            showLines();
+        });
+        event.Skip();
+    });
+    Bind(wxEVT_SYS_COLOUR_CHANGED, [this](wxSysColourChangedEvent& event) {
+        applyColours();
+        event.Skip();
+    });
+    Bind(wxEVT_KEY_DOWN, &TextPane::keyPressed, this);
+    Bind(wxEVT_CONTEXT_MENU, [this](wxContextMenuEvent&) { showMenu(); });
+}
+
+// What edits or copies in ways that a text box does not, and what the window's
+// own commands do.
+void TextPane::clearUnusualKeys() {
+    const auto clear = [this](std::string_view letters, int modifiers) {
+        for (const char letter : letters)
+            CmdKeyClear(static_cast<unsigned char>(letter), modifiers);
+    };
+    clear("ACDLTUX", wxSTC_KEYMOD_CTRL);
+    clear("LTU", wxSTC_KEYMOD_CTRL | wxSTC_KEYMOD_SHIFT);
+    CmdKeyClear(wxSTC_KEY_INSERT, wxSTC_KEYMOD_CTRL);
+    CmdKeyClear(wxSTC_KEY_DELETE, wxSTC_KEYMOD_SHIFT);
+    CmdKeyAssign('Z', wxSTC_KEYMOD_CTRL | wxSTC_KEYMOD_SHIFT, wxSTC_CMD_REDO);
+    SetRectangularSelectionModifier(0);
+}
+
+void TextPane::setText(std::wstring_view text) {
+    kept_.reset();
+    const std::optional<std::wstring> shown = standIn(text);
+    if (shown) kept_.emplace(text);
+    reference_ = toUtf8(shown ? std::wstring_view(*shown) : text);
+    if (reference_.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
+        throw RunTimeError(kOutOfMemory, L"The text is too long to be shown");
+    }
+    surplus_ = reference_.size() - text.size();
+
+    SetModEventMask(0);
+    SetReadOnly(false);
+    SetUndoCollection(false);
+    ClearAll();
+    AddTextRaw(reference_.data(), static_cast<int>(reference_.size()));
+    SetUndoCollection(true);
+    EmptyUndoBuffer();
+    SetSavePoint();
+    SetReadOnly(!canEdit_);
+    SetModEventMask(kModifications);
+
+    SetEOLMode(endsLinesInLf(reference_) ? wxSTC_EOL_LF : wxSTC_EOL_CRLF);
+    chooseColours();
+    fitScrollWidth();
+    GotoPos(0);
+    SetXOffset(0);
+    showLines();
+}
+
+std::wstring TextPane::text() const {
+    return kept_ && !changed() ? *kept_ : fromUtf8(bytes());
+}
+
+// A width below the visible one makes GTK draw an edge as if it were scrolled too
+// far. Lines that are wider make it grow.
+void TextPane::fitScrollWidth() {
+    SetScrollWidth(std::max(1, GetClientSize().x - 2 * FromDIP(kEdge)));
+}
+
+bool TextPane::changed() const {
+    if (!GetModify()) return false;
+    // Looking at the bytes moves them together, which takes long in a long text.
+    return static_cast<std::size_t>(GetLength()) != reference_.size() || bytes() != reference_;
+}
+
+void TextPane::canEdit(bool can) {
+    canEdit_ = can;
+    SetReadOnly(!can);
+    applyColours();
+}
+
+void TextPane::textModified(const wxStyledTextEvent& event) {
+    colouredRange_ = {};
+    const auto length = static_cast<std::size_t>(event.GetLength());
+    const std::size_t beyond = length - event.GetString().length();
+    const bool inserted = (event.GetModificationType() & wxSTC_MOD_INSERTTEXT) != 0;
+    surplus_ = inserted ? surplus_ + beyond : surplus_ - beyond;
+}
+
+std::string_view TextPane::bytes(int begin, int end) const {
+    if (begin >= end) return {};
+    return {GetRangePointer(begin, end - begin), static_cast<std::size_t>(end - begin)};
+}
+
+std::size_t TextPane::offsetOf(int position) const {
+    // A text of ASCII alone, however long, need not be counted.
+    if (surplus_ == 0) return static_cast<std::size_t>(position);
+    return characterCount(bytes(0, position));
+}
+
+ReadOuts TextPane::readOuts() const {
+    const int caret = GetSelectionEnd();
+    const int line = LineFromPosition(caret);
+    ReadOuts readOuts;
+    readOuts.line = static_cast<std::size_t>(line) + 1;
+    readOuts.column = characterCount(bytes(PositionFromLine(line), caret)) + 1;
+    readOuts.caret = offsetOf(caret);
+    readOuts.characters = static_cast<std::size_t>(GetLength()) - surplus_;
+    readOuts.lines = static_cast<std::size_t>(GetLineCount());
+    return readOuts;
+}
+
+std::wstring TextPane::selectedText() const {
+    const int begin = GetSelectionStart();
+    const int end = GetSelectionEnd();
+    if (!kept_ || changed()) return fromUtf8(bytes(begin, end));
+    return kept_->substr(offsetOf(begin), characterCount(bytes(begin, end)));
+}
+
+void TextPane::copyText() const {
+    copyToClipboard(hasSelection() ? selectedText() : text());
+}
+
+void TextPane::selectEverything() {
+    SetSelection(0, GetLength());
+    EnsureCaretVisible();
+}
+
+bool TextPane::find(std::wstring_view what) {
+    const auto end = static_cast<std::size_t>(GetSelectionEnd());
+    const std::optional<TextRange> found = findText(bytes(), what, end);
+    if (!found) return false;
+    SetSelection(static_cast<int>(found->begin), static_cast<int>(found->end));
+    EnsureCaretVisible();
+    SetFocus();
+    return true;
+}
+
+void TextPane::cutSelection() {
+    if (!canEdit_ || !hasSelection()) return;
+    copyToClipboard(selectedText());
+    ReplaceSelection(wxString());
+}
+
+void TextPane::keyPressed(wxKeyEvent& event) {
+    const int code = event.GetKeyCode();
+    const int modifiers = event.GetModifiers();
+    const bool ctrl = modifiers == wxMOD_CONTROL;
+    if ((ctrl && code == 'X') || (modifiers == wxMOD_SHIFT && code == WXK_DELETE)) {
+        cutSelection();
+    } else if (ctrl && code == WXK_INSERT) {
+        copyText();
+    } else if (code == WXK_TAB && (ctrl || !canEdit_)) {
+        Navigate(event.ShiftDown() ? wxNavigationKeyEvent::IsBackward
+                                   : wxNavigationKeyEvent::IsForward);
+    } else {
+        event.Skip();
+    }
+}
+
+void TextPane::showMenu() {
+    wxMenu menu;
+    const auto add = [&menu](int id, bool enabled, const std::function<void()>& run) {
+        menu.Append(id)->Enable(enabled);
+        menu.Bind(
+            wxEVT_MENU, [run](wxCommandEvent&) { run(); }, id);
+    };
+    add(wxID_UNDO, CanUndo() && canEdit_, [this] { Undo(); });
+    add(wxID_REDO, CanRedo() && canEdit_, [this] { Redo(); });
+    menu.AppendSeparator();
+    add(wxID_CUT, canEdit_ && hasSelection(), [this] { cutSelection(); });
+    add(wxID_COPY, hasSelection(), [this] { copyText(); });
+    add(wxID_PASTE, CanPaste(), [this] { Paste(); });
+    menu.AppendSeparator();
+    add(wxID_SELECTALL, GetLength() > 0, [this] { selectEverything(); });
+    PopupMenu(&menu);
+}
+
+}  // namespace kestrel
