@@ -231,8 +231,9 @@ TEST_F(MainWindow, LaysOutInRowsAndPanes) {
     EXPECT_LT(on(window->fraTemplate).GetRight(), on(window->fraInfo).x);
     EXPECT_LT(on(window->tvwInfo).GetRight(), on(window->lvwProperties).x);
     EXPECT_FALSE(window->cmdCommands.at(frmMain::kTest)->IsShown());
+    const int before = on(window->fraInfo).width;
     window->SetSize(window->GetSize() + wxSize(600, 300));
-    settle();
+    waitUntil("the panes have grown", [&] { return on(window->fraInfo).width >= before + 600; });
     const int row = on(window->chkTree).y + on(window->chkTree).height / 2;
     for (const int index :
          {frmMain::kSource, frmMain::kParsed, frmMain::kListed, frmMain::kChain}) {
@@ -278,7 +279,7 @@ TEST_F(MainWindow, MinimisesOrdinarilyWithoutANotificationArea) {
     waitUntil("the window is minimised", [&] { return window->IsIconized(); });
     EXPECT_TRUE(window->IsShown()) << "a window must never vanish";
     wxCommandEvent restore(wxEVT_MENU, window->mnuFile->FindItem("Restore"));
-    window->ProcessWindowEvent(restore);
+    window->mnuFile->ProcessEvent(restore);
     waitUntil("the window is back", [&] { return !window->IsIconized(); });
 }
 

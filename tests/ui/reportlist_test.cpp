@@ -11,7 +11,7 @@ namespace {
 class Report : public UiTest {
   protected:
     Report() : frame(new wxFrame(nullptr, wxID_ANY, "list")) {
-        list = new ReportList(frame, "lvwRows", {{L"Name", 50, false}, {L"Value", 50, true}},
+        list = new ReportList(frame, "lvwRows", {{L"Name", 50, 0}, {L"Value", 50, 1}},
                               [this](std::size_t position, std::size_t column) {
                                   return rows.at(position).at(column);
                               });

@@ -35,9 +35,13 @@ ReportList::ReportList(wxWindow* parent, const wxString& name, std::vector<Colum
     Bind(wxEVT_LIST_COL_CLICK, [this](wxListEvent& event) { sortBy(event.GetColumn()); });
     Bind(wxEVT_LIST_ITEM_SELECTED, [this](wxListEvent& event) { userSelected(event.GetIndex()); });
     Bind(wxEVT_LIST_ITEM_DESELECTED, [this](wxListEvent&) { userDeselected(); });
+    Bind(wxEVT_LIST_COL_END_DRAG, [this](wxListEvent&) { dragged_ = true; });
+    Bind(wxEVT_LIST_ITEM_ACTIVATED, [this](wxListEvent&) {
+        if (onActivate) onActivate();
+    });
     Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
         event.Skip();
-        stretchColumn();
+        stretchColumns();
     });
 }
 
@@ -61,7 +65,7 @@ void ReportList::show(RowOrder rows) {
     rows_ = std::move(rows);
     SetItemCount(static_cast<long>(rows_.size()));
     if (!rows_.empty()) EnsureVisible(0);
-    stretchColumn();
+    stretchColumns();
     Refresh();
 }
 
@@ -112,6 +116,10 @@ std::optional<std::size_t> ReportList::rowOf(std::size_t position) const {
     return static_cast<std::size_t>(found - rows_.begin());
 }
 
+std::optional<std::size_t> ReportList::selectedRow() const {
+    return selected_ ? rowOf(*selected_) : std::nullopt;
+}
+
 void ReportList::sortBy(int column) {
     if (column < 0) return;
     const auto selected = selected_;
@@ -126,15 +134,22 @@ void ReportList::sortBy(int column) {
     if (selected) selectPosition(*selected);
 }
 
-void ReportList::stretchColumn() {
-    const auto stretched = std::find_if(columns_.begin(), columns_.end(),
-                                        [](const Column& column) { return column.stretch; });
-    if (stretched == columns_.end() || GetColumnCount() < static_cast<int>(columns_.size())) return;
-    const int index = static_cast<int>(stretched - columns_.begin());
-    int width = rowsWidth(*this) - FromDIP(2);
-    for (int i = 0; i < GetColumnCount(); ++i) width -= i == index ? 0 : GetColumnWidth(i);
-    width = std::max(width, FromDIP(stretched->width));
-    if (width != GetColumnWidth(index)) SetColumnWidth(index, width);
+// The widths that the user gave the columns stay.
+void ReportList::stretchColumns() {
+    if (dragged_ || GetColumnCount() < static_cast<int>(columns_.size())) return;
+    int left = rowsWidth(*this) - FromDIP(2);
+    int shares = 0;
+    for (const Column& column : columns_) {
+        left -= FromDIP(column.width);
+        shares += column.share;
+    }
+    left = std::max(left, 0);
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+        const Column& column = columns_[i];
+        const int width = FromDIP(column.width) + left * column.share / std::max(shares, 1);
+        const int index = static_cast<int>(i);
+        if (width != GetColumnWidth(index)) SetColumnWidth(index, width);
+    }
 }
 
 wxString ReportList::OnGetItemText(long row, long column) const {

@@ -22,8 +22,8 @@ class ReportList final : public wxListCtrl {
   public:
     struct Column {
         const wchar_t* header;
-        int width;     // at first, in DIP; of the stretched one the least
-        bool stretch;  // takes the width that the others leave
+        int width;  // the least, in DIP
+        int share;  // of the width that all of them leave
     };
     using Text = std::function<std::wstring(std::size_t position, std::size_t column)>;
 
@@ -40,6 +40,9 @@ class ReportList final : public wxListCtrl {
     // The positions shown, and that of the selected row.
     const RowOrder& rows() const { return rows_; }
     std::optional<std::size_t> selected() const { return selected_; }
+    std::optional<std::size_t> selectedRow() const;
+    // The text in the first column of a row.
+    std::wstring firstText(std::size_t row) const { return text_(rows_.at(row), 0); }
 
     // Select a row and scroll it into view, without calling onSelect. False when
     // there is no such row.
@@ -49,8 +52,10 @@ class ReportList final : public wxListCtrl {
     // What the list shows; `tag` is the file that it comes from.
     ListShot shot(std::wstring_view tag) const;
 
-    // Called when the user has selected another row.
+    // Called when the user has selected another row, and when a row was double
+    // clicked or Enter pressed on it.
     std::function<void()> onSelect;
+    std::function<void()> onActivate;
 
   private:
     wxString OnGetItemText(long row, long column) const override;
@@ -60,7 +65,7 @@ class ReportList final : public wxListCtrl {
     void select(std::optional<std::size_t> row);
     void userSelected(long row);
     void userDeselected();
-    void stretchColumn();
+    void stretchColumns();
     std::optional<std::size_t> rowOf(std::size_t position) const;
 
     std::vector<Column> columns_;
@@ -70,6 +75,7 @@ class ReportList final : public wxListCtrl {
     RowOrder rows_;   // those of it that are shown
     std::optional<std::size_t> selected_;
     bool selecting_ = false;  // by the program, not by the user
+    bool dragged_ = false;    // the user has set the columns' widths
 };
 
 }  // namespace kestrel

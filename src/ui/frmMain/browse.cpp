@@ -34,6 +34,9 @@ const NodeTag* tagOf(const wxTreeCtrl& tree, const wxTreeItemId& item) {
 
 void frmMain::bindBrowsing() {
     lvwTemplates->onSelect = [this] { templateSelected(); };
+    lvwProperties->onActivate = [this] {
+        if (!busy()) guarded(L"lvwProperties_DblClick", [this] { propertyActivated(); });
+    };
     tvwInfo->Bind(wxEVT_TREE_SEL_CHANGED, [this](wxTreeEvent&) {
         if (!filling_) nodeClicked();
     });
@@ -67,6 +70,12 @@ bool frmMain::mSelectFile(std::wstring path) {
     templateSelected();
     gAddHistoryItem(*cboHistory, path);
     return true;
+}
+
+void frmMain::reloadOpenFile() {
+    const auto selected = lvwTemplates->selected();
+    if (!openFile(document_.path) || !selected) return;
+    if (lvwTemplates->selectPosition(*selected)) templateSelected();
 }
 
 void frmMain::clearViews() {

@@ -11,6 +11,7 @@
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
 #include "ui/frmProgress/frmProgress.h"
+#include "ui/icons/icons.h"
 
 namespace kestrel {
 namespace {
@@ -18,9 +19,6 @@ namespace {
 constexpr int kWidthTwips = 9000;
 constexpr int kHeightTwips = 6250;
 constexpr std::wstring_view kHistoryFile = L"info.his";
-
-// Entries of the File menu.
-enum MenuItem { kMenuSkrit = wxID_HIGHEST + 1, kMenuZeltor, kMenuOrvane, kMenuRestore, kMenuExit };
 
 // Opens a dropped `.gas` file.
 class GasDropTarget final : public wxFileDropTarget {
@@ -47,7 +45,9 @@ class GasDropTarget final : public wxFileDropTarget {
 frmMain::frmMain()
     : wxFrame(nullptr, wxID_ANY, toWx(mainCaption(gProgram().version)), wxDefaultPosition,
               wxDefaultSize, wxDEFAULT_FRAME_STYLE, "frmMain") {
+    SetIcons(programIcon());
     buildMenu();
+    buildToolBar();
     buildControls();
     buildStatusBar();
     bindBrowsing();
@@ -68,6 +68,7 @@ frmMain::~frmMain() {
 
 void frmMain::start(const std::wstring& commandFile) {
     gReadSettings();
+    showToolCaptions();
     gLoadHistory(*cboHistory, kHistoryFile);
     if (commandFile.empty()) {
         cboHistory->SetFocus();
@@ -79,19 +80,6 @@ void frmMain::start(const std::wstring& commandFile) {
     }
 }
 
-wxMenu* frmMain::makeFileMenu() const {
-    auto* menu = new wxMenu;
-    menu->Append(kMenuSkrit, "&SkritEdit");
-    menu->Append(kMenuZeltor, "&Zeltor");
-    menu->Append(kMenuOrvane, "&Orvane");
-    menu->AppendSeparator();
-    menu->Append(kMenuRestore, "&Restore");
-    menu->AppendSeparator();
-    menu->Append(kMenuExit, "&Exit");
-    for (const int item : {kMenuSkrit, kMenuZeltor, kMenuOrvane}) menu->Enable(item, false);
-    return menu;
-}
-
 void frmMain::buildMenu() {
     auto* bar = new wxMenuBar;
     mnuFile = makeFileMenu();
@@ -101,11 +89,12 @@ void frmMain::buildMenu() {
 
 void frmMain::bindWindow() {
     SetDropTarget(new GasDropTarget(*this));
-    Bind(
-        wxEVT_MENU, [this](wxCommandEvent&) { restore(); }, kMenuRestore);
-    Bind(
-        wxEVT_MENU, [this](wxCommandEvent&) { Close(); }, kMenuExit);
     Bind(wxEVT_CLOSE_WINDOW, &frmMain::closing, this);
+    Bind(wxEVT_CHAR_HOOK, &frmMain::keyPressed, this);
+    Bind(wxEVT_SYS_COLOUR_CHANGED, [this](wxSysColourChangedEvent& event) {
+        refreshIcons();
+        event.Skip();
+    });
     Bind(wxEVT_ICONIZE, [this](wxIconizeEvent& event) {
         iconized(event.IsIconized());
         event.Skip();
@@ -126,16 +115,10 @@ void frmMain::historyChanged() {
     cmdCommands[kReload]->Enable(!trim(cboHistory->text()).empty());
 }
 
-void frmMain::reload() {
+bool frmMain::reload() {
     const std::wstring text = cboHistory->text();
     const std::wstring_view path = trim(text);
-    if (!path.empty()) openFile(std::wstring(path));
-}
-
-void frmMain::run(int item) {
-    if (busy()) return;
-    if (item == kReload) reload();
-    if (item == kDone) Close();
+    return !path.empty() && openFile(std::wstring(path));
 }
 
 bool frmMain::busy() const {

@@ -7,6 +7,7 @@
 #include <wx/splitter.h>
 #include <wx/statbox.h>
 #include <wx/statusbr.h>
+#include <wx/toolbar.h>
 #include <wx/treectrl.h>
 
 #include <map>
@@ -18,6 +19,7 @@
 #include "ui/common/combo.h"
 #include "ui/common/host_wx.h"
 #include "ui/common/reportlist.h"
+#include "ui/frmMain/commands.h"
 #include "ui/frmMain/modTray.h"
 
 namespace kestrel {
@@ -55,8 +57,43 @@ class frmMain final : public wxFrame {
     // was opened.
     bool openFile(std::wstring path);
 
-    // Opens the file whose path stands in the history box.
-    void reload();
+    // Opens the file whose path stands in the history box; true when it was
+    // opened.
+    bool reload();
+
+    // Loads the open file again, as another window has changed it. The template
+    // at the selected one's place is selected again.
+    void reloadOpenFile();
+
+    // The commands of the table. Each is true when it did its work; one that
+    // cannot be done now does nothing or tells why.
+    bool previewAll();
+    bool notImplemented();
+    bool saveCurrent();
+    enum class SearchKind { none, properties, templates };
+    bool find(SearchKind kind);
+    bool findAgain();
+    bool copyProperties();
+    bool copyTemplates();
+    bool showProperties();
+    bool runSkritPad();
+    bool runNotepad();
+    bool startOrvane();
+    bool buildArchive();
+    bool runTool(std::size_t index);
+    bool resetTools();
+    bool help();
+    bool editSource();
+    bool viewParsed();
+    bool viewListed();
+    bool viewChain();
+    bool test();
+
+    // Gives the user tools' entries the captions of the settings.
+    void showToolCaptions();
+
+    // Runs a command as its button, entry or key does.
+    void run(const Command& command);
 
     const Document& document() const noexcept { return document_; }
 
@@ -74,17 +111,20 @@ class frmMain final : public wxFrame {
     wxCheckBox* chkTree;
     ReportList* lvwProperties;
     wxStatusBar* stbMain;
+    wxToolBar* tbrMain;
     wxMenu* mnuFile;
     std::map<int, wxButton*> cmdCommands;
 
   private:
     // Building it (layout.cpp).
     void buildMenu();
+    void buildToolBar();
+    void addTool(const Command& command);
+    void refreshIcons();
     void buildControls();
     wxWindow* buildTemplatePane(wxWindow* parent);
     wxWindow* buildInfoPane(wxWindow* parent);
-    wxButton* addButton(wxWindow* parent, Button index, const wxString& caption,
-                        const wxString& tip = {});
+    wxButton* addButton(wxWindow* parent, Button index);
     void buildStatusBar();
     void tellPanel(const wxPoint& mouse);
 
@@ -105,13 +145,28 @@ class frmMain final : public wxFrame {
     void restore();
     void closing(wxCloseEvent& event);
     void shutDown();
-    void run(int item);
-    wxMenu* makeFileMenu() const;
+    wxMenu* makeFileMenu();
+    void keyPressed(wxKeyEvent& event);
     bool busy() const;
+    bool isOpen() const noexcept { return !document_.path.empty(); }
+
+    // Running commands (dispatch.cpp) and their work (work.cpp, search.cpp).
+    void repeat(const Command& button);
+    void choose(const Command& entry);
+    enum class View { rendered, listed, editable };
+    void view(std::wstring_view caption, std::wstring_view text, View kind);
+    std::wstring fileText();
+    void propertyActivated();
+    bool search(SearchKind kind, bool again);
 
     Document document_;
     std::unique_ptr<TrayIcon> tray_;
-    bool filling_ = false;  // the tree changes by code, not by the user
+    std::map<std::string_view, int> toolIds_;
+    std::map<std::string_view, wxMenuItem*> entryItems_;
+    std::map<std::string_view, std::size_t> repeat_;  // 1-based; 0: nothing chosen yet
+    SearchKind searchKind_ = SearchKind::none;
+    std::wstring lastSearch_[2];  // of the templates and the properties
+    bool filling_ = false;        // the tree changes by code, not by the user
 };
 
 }  // namespace kestrel

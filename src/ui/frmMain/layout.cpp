@@ -4,6 +4,8 @@
 #include <wx/sizer.h>
 #include <wx/wrapsizer.h>
 
+#include <algorithm>
+
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
 #include "ui/frmMain/frmMain.h"
@@ -34,8 +36,7 @@ void frmMain::buildControls() {
     cboHistory->SetToolTip("Path of the .gas file to open");
     auto* top = new wxBoxSizer(wxHORIZONTAL);
     top->Add(cboHistory, wxSizerFlags(1).CentreVertical());
-    top->Add(addButton(panel, kReload, "Reload"),
-             wxSizerFlags().CentreVertical().Border(wxLEFT, gap));
+    top->Add(addButton(panel, kReload), wxSizerFlags().CentreVertical().Border(wxLEFT, gap));
 
     wxSplitterWindow* panes = makeSplitter(panel);
     wxWindow* templates = buildTemplatePane(panes);
@@ -52,14 +53,14 @@ wxWindow* frmMain::buildTemplatePane(wxWindow* parent) {
     auto* pane = new wxPanel(parent);
     auto* box = new wxStaticBoxSizer(wxVERTICAL, pane);
     fraTemplate = box->GetStaticBox();
-    lvwTemplates = new ReportList(fraTemplate, "lvwTemplates", {{L"Template", 60, true}},
+    lvwTemplates = new ReportList(fraTemplate, "lvwTemplates", {{L"Template", 60, 1}},
                                   [this](std::size_t position, std::size_t) {
                                       return document_.templates.at(position).Name;
                                   });
     auto* buttons = new wxBoxSizer(wxHORIZONTAL);
-    buttons->Add(addButton(fraTemplate, kTest, "&Test"));
+    buttons->Add(addButton(fraTemplate, kTest));
     buttons->AddStretchSpacer();
-    buttons->Add(addButton(fraTemplate, kDone, "&Done"));
+    buttons->Add(addButton(fraTemplate, kDone));
     box->Add(lvwTemplates, wxSizerFlags(1).Expand().Border(wxALL, gap));
     box->Add(buttons, wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxBOTTOM, gap));
     pane->SetSizer(box);
@@ -76,7 +77,7 @@ wxWindow* frmMain::buildInfoPane(wxWindow* parent) {
                              wxTR_DEFAULT_STYLE | wxTR_SINGLE, wxDefaultValidator, "tvwInfo");
     lvwProperties = new ReportList(
         views, "lvwProperties",
-        {{L"Property", 110, false}, {L"Value", 90, true}, {L"Group", 120, false}},
+        {{L"Property", 90, 1}, {L"Value", 80, 2}, {L"Group", 105, 2}},
         [this](std::size_t position, std::size_t column) {
             const GasTemplate* record = selectedTemplate();
             return record == nullptr ? std::wstring()
@@ -92,21 +93,23 @@ wxWindow* frmMain::buildInfoPane(wxWindow* parent) {
         row->Add(control, wxSizerFlags().CentreVertical().Border(wxRIGHT | wxBOTTOM, gap));
     };
     put(chkTree);
-    put(addButton(fraInfo, kChain, "View Specializes Chain"));
-    put(addButton(fraInfo, kListed, "As &Listed", "View As Listed"));
-    put(addButton(fraInfo, kParsed, "&Parsed", "View as Parsed"));
-    put(addButton(fraInfo, kSource, "Source"));
+    put(addButton(fraInfo, kChain));
+    put(addButton(fraInfo, kListed));
+    put(addButton(fraInfo, kParsed));
+    put(addButton(fraInfo, kSource));
     box->Add(views, wxSizerFlags(1).Expand().Border(wxALL, gap));
     box->Add(row, wxSizerFlags().Expand().Border(wxLEFT, gap));
     pane->SetSizer(box);
     return pane;
 }
 
-wxButton* frmMain::addButton(wxWindow* parent, Button index, const wxString& caption,
-                             const wxString& tip) {
-    auto* button = new wxButton(parent, wxID_ANY, caption);
-    if (!tip.empty()) button->SetToolTip(tip);
-    button->Bind(wxEVT_BUTTON, [this, index](wxCommandEvent&) { run(index); });
+wxButton* frmMain::addButton(wxWindow* parent, Button index) {
+    const auto& table = mainCommands();
+    const Command& command = *std::find_if(table.begin(), table.end(),
+                                           [&](const Command& row) { return row.index == index; });
+    auto* button = new wxButton(parent, wxID_ANY, command.caption);
+    if (*command.tooltip != '\0') button->SetToolTip(command.tooltip);
+    button->Bind(wxEVT_BUTTON, [this, &command](wxCommandEvent&) { run(command); });
     cmdCommands[index] = button;
     return button;
 }
@@ -114,6 +117,8 @@ wxButton* frmMain::addButton(wxWindow* parent, Button index, const wxString& cap
 void frmMain::buildStatusBar() {
     stbMain =
         CreateStatusBar(kPanelCount, wxSTB_DEFAULT_STYLE & ~wxSTB_SHOW_TIPS, wxID_ANY, "stbMain");
+    // The panels tell of the file; help on menus and tools would overwrite them.
+    SetStatusBarPane(-1);
     const int widths[kPanelCount] = {-4, -2, -2, -2};
     stbMain->SetStatusWidths(kPanelCount, widths);
     stbMain->Bind(wxEVT_MOTION, [this](wxMouseEvent& event) {

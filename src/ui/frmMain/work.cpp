@@ -1,0 +1,177 @@
+#include <wx/utils.h>
+
+#include "gas/browse.h"
+#include "gas/query.h"
+#include "services/errors.h"
+#include "services/files.h"
+#include "services/pickers.h"
+#include "services/program.h"
+#include "services/shell.h"
+#include "services/tools.h"
+#include "text/listtext.h"
+#include "text/render.h"
+#include "ui/common/strings.h"
+#include "ui/frmAbout/frmAbout.h"
+#include "ui/frmMain/frmMain.h"
+#include "ui/frmView/frmView.h"
+
+namespace kestrel {
+namespace {
+
+// The caller goes on where no clipboard is there.
+void copyText(std::wstring_view text) {
+    if (gProgram().host.clipboard != nullptr) gProgram().host.clipboard->setText(text);
+}
+
+}  // namespace
+
+bool frmMain::notImplemented() {
+    tellUser(L"Not implemented at this time.", Icon::information);
+    return false;
+}
+
+bool frmMain::test() {
+    tellUser(L"Nothing in texting...", Icon::information);
+    return true;
+}
+
+bool frmMain::help() {
+    showAbout(this);
+    return true;
+}
+
+std::wstring frmMain::fileText() {
+    OwnerWx owner(*this);
+    return gstrMakeFileText(document_.path, document_.templates, &owner, 0, nullptr);
+}
+
+bool frmMain::previewAll() {
+    if (lvwTemplates->rows().empty()) return false;
+    const std::wstring text = fileText();
+    if (text.empty()) return false;
+    view(L"View All Templates", text, View::rendered);
+    return true;
+}
+
+bool frmMain::saveCurrent() {
+    if (lvwTemplates->rows().empty()) return false;
+    const std::wstring path =
+        askForFile(L"Please specify a filename", L"Text files (*.tab)|*.tab", true);
+    if (path.empty()) return false;
+    {
+        const wxBusyCursor busyCursor;
+        const std::wstring text = fileText();
+        if (text.empty() || !writeFile(path, text, backupPath(path))) return false;
+    }
+    const Answer edit = askUser(L"File saved successfully. Do you wish to edit the file?",
+                                Icon::information, Buttons::yesNo);
+    if (edit == Answer::yes) openInNotepad(path);
+    return true;
+}
+
+bool frmMain::copyProperties() {
+    if (selectedTemplate() == nullptr) return false;
+    copyText(gstrMakeListText(lvwProperties->shot(document_.path)));
+    return true;
+}
+
+bool frmMain::copyTemplates() {
+    copyText(gstrMakeListText(lvwTemplates->shot(document_.path)));
+    return true;
+}
+
+bool frmMain::showProperties() {
+    if (!isOpen()) return false;
+    OwnerWx owner(*this);
+    gShowProps(document_.path, &owner);
+    return true;
+}
+
+bool frmMain::runSkritPad() {
+    return isOpen() && openInSkritPad(document_.path);
+}
+
+bool frmMain::runNotepad() {
+    if (isOpen()) openInNotepad(document_.path);
+    return isOpen();
+}
+
+bool frmMain::startOrvane() {
+    return runOrvane();
+}
+
+bool frmMain::buildArchive() {
+    return !zeltorPath().empty() && notImplemented();
+}
+
+bool frmMain::runTool(std::size_t index) {
+    const bool done = runUserTool(index);
+    showToolCaptions();
+    return done;
+}
+
+bool frmMain::resetTools() {
+    if (!resetUserTools()) return false;
+    showToolCaptions();
+    return true;
+}
+
+bool frmMain::editSource() {
+    const GasTemplate* record = selectedTemplate();
+    if (record == nullptr) return false;
+    view(L"Edit Source: " + record->Name, record->Text, View::editable);
+    return true;
+}
+
+bool frmMain::viewListed() {
+    const GasTemplate* record = selectedTemplate();
+    if (record == nullptr) return false;
+    view(L"View Listed Text: " + record->Name, record->Text, View::listed);
+    return true;
+}
+
+bool frmMain::viewParsed() {
+    const GasTemplate* record = selectedTemplate();
+    if (record == nullptr) return false;
+    std::wstring branch = selectedBranch();
+    OwnerWx owner(*this);
+    const std::wstring text = gstrMakeText(*record, &owner, branch, chkTree->GetValue(), nullptr);
+    if (text.empty()) return false;
+    view(L"View Parsed Text: " + record->Name, text, View::rendered);
+    return true;
+}
+
+bool frmMain::viewChain() {
+    const GasTemplate* record = selectedTemplate();
+    if (record == nullptr) return false;
+    if (gstrFindPropertyVal(*record, L"specializes").empty()) {
+        tellUser(L"Current template does not specialize anything.", Icon::information);
+        return false;
+    }
+    return notImplemented();
+}
+
+void frmMain::view(std::wstring_view caption, std::wstring_view text, View kind) {
+    frmView viewer(this, {[this] { return document_.path; }, [this] { reloadOpenFile(); }});
+    viewer.TextBlock(text);
+    viewer.CanEdit(kind == View::editable);
+    viewer.TextFormat(kind == View::rendered ? 1 : 0);
+    viewer.SetTitle(shownLine(caption));
+    viewer.ShowModal();
+}
+
+void frmMain::propertyActivated() {
+    const GasTemplate* record = selectedTemplate();
+    const auto position = lvwProperties->selected();
+    if (record == nullptr || !position) return;
+    const GasProperty& property = record->Properties.at(*position);
+    if (property.Name == L"specializes") {
+        const GasTemplate* parent = findTemplate(document_.templates, L"name", property.Value);
+        if (parent == nullptr) return;
+        view(L"View Source: " + parent->Name, parent->Text, View::listed);
+    } else if (property.Name == L"name") {
+        setPanel(pnlInfo, chainText(gstrGetTemplateHistory(document_.templates, property.Value)));
+    }
+}
+
+}  // namespace kestrel
