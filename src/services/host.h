@@ -95,7 +95,7 @@ struct ListShot {
 struct FileQuestion {
     std::wstring title;
     std::wstring filter;  // "description|pattern" pairs joined by "|"
-    std::wstring folder;  // where the dialog starts
+    std::wstring folder;  // where the dialog starts: a folder, or a file of one
     bool save = false;    // save: the path must exist; open: the file too
 };
 

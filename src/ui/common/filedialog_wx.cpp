@@ -69,8 +69,11 @@ std::wstring extensionOf(std::wstring_view pattern) {
 
 bool FileDialogWx::show(const FileQuestion& question) {
     const long style = question.save ? wxFD_SAVE : wxFD_OPEN | wxFD_FILE_MUST_EXIST;
-    wxFileDialog dialog(wxGetActiveWindow(), toWx(question.title), toWx(question.folder),
-                        wxString(), toWx(toolkitFilter(question.filter)), style);
+    const bool startsAtFile = fileExists(question.folder);
+    const std::wstring_view folder = startsAtFile ? folderOf(question.folder) : question.folder;
+    const std::wstring_view name = startsAtFile ? fileName(question.folder) : std::wstring_view();
+    wxFileDialog dialog(wxGetActiveWindow(), toWx(question.title), toWx(folder), toWx(name),
+                        toWx(toolkitFilter(question.filter)), style);
     if (dialog.ShowModal() != wxID_OK) return false;
     path_ = fromWx(dialog.GetPath());
     const bool bare = fileName(path_).find(L'.') == std::wstring_view::npos;

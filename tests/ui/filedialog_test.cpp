@@ -1,0 +1,45 @@
+#include <wx/filedlg.h>
+
+#include "services/filesystem.h"
+#include "ui/common/host_wx.h"
+#include "ui/common/strings.h"
+#include "ui/harness.h"
+
+namespace kestrel::test {
+namespace {
+
+TEST(FileFilters, AreWhatTheToolkitUnderstands) {
+    if (filesystem::separator() == L'\\') GTEST_SKIP() << "the system's own dialog ignores case";
+    EXPECT_EQ(toolkitPattern(L"*.gas"), L"*.[Gg][Aa][Ss]");
+    EXPECT_EQ(toolkitPattern(L" *.ds*"), L"*.[Dd][Ss]*") << "no blank at the start";
+    EXPECT_EQ(toolkitPattern(L"*.*"), L"*") << "files without a dot too";
+    EXPECT_EQ(toolkitFilter(L"Save (*.a;*.b)|*.a;*.b|All (*.*)|*.*"),
+              L"Save (*.a;*.b)|*.[Aa];*.[Bb]|All (*.*)|*");
+}
+
+TEST(FileFilters, GiveABareNameItsExtension) {
+    EXPECT_EQ(extensionOf(L"*.tab"), L".tab");
+    for (const wchar_t* pattern : {L"*.*", L"*.a;*.b", L"name.tab", L"*.t*", L""}) {
+        EXPECT_EQ(extensionOf(pattern), L"") << toWx(pattern);
+    }
+}
+
+class FileDialogs : public UiTest {};
+
+TEST_F(FileDialogs, StartAtAFolderOrAtAFileOfIt) {
+    FileDialogWx dialog;
+    const std::wstring file = folder.put(L"a.gas", "x");
+    for (const bool atFile : {true, false}) {
+        const ExpectDialog expected([&](wxDialog& shownDialog) {
+            const auto& picker = dynamic_cast<wxFileDialog&>(shownDialog);
+            EXPECT_EQ(fromWx(picker.GetDirectory()), folder.path());
+            EXPECT_EQ(picker.GetFilename(), atFile ? "a.gas" : "");
+            return wxID_CANCEL;
+        });
+        EXPECT_FALSE(dialog.show({L"Title", L"All|*.*", atFile ? file : folder.path(), true}));
+        EXPECT_EQ(dialog.path(), L"");
+    }
+}
+
+}  // namespace
+}  // namespace kestrel::test
