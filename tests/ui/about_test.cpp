@@ -92,12 +92,12 @@ TEST_F(AboutBox, IsClosedByEscAndByItsDefaultButton) {
     frmAbout& byKey = shown(L"");
     EXPECT_EQ(byKey.GetDefaultItem(), byKey.cmdCommands[0]);
     key(*byKey.cmdCommands[1], WXK_ESCAPE);
-    EXPECT_FALSE(byKey.IsShown());
+    waitUntil("Esc has closed the box", [&] { return !byKey.IsShown(); });
     frmAbout& byButton = shown(L"");
     EXPECT_EQ(byButton.cmdCommands[0]->GetLabel(), "Close");
     EXPECT_EQ(byButton.cmdCommands[1]->GetLabel(), "&Copy");
     click(*byButton.cmdCommands[0]);
-    EXPECT_FALSE(byButton.IsShown());
+    waitUntil("the button has closed the box", [&] { return !byButton.IsShown(); });
 }
 
 TEST_F(AboutBox, IsModal) {

@@ -216,32 +216,42 @@ TEST_F(MainWindow, RefusesCommandsAndClosingWhileWorkGoesOn) {
 
 TEST_F(MainWindow, IsNeverSmallerThanItsContentNeeds) {
     const wxSize least(fromTwips(*window, 9000), fromTwips(*window, 6250));
-    EXPECT_EQ(window->GetSize(), least);
+    waitUntil("the window opens at its least size", [&] { return window->GetSize() == least; });
     window->SetSize(least / 2);
-    settle();
-    EXPECT_GE(window->GetSize().x, least.x);
-    EXPECT_GE(window->GetSize().y, least.y);
+    waitUntil("the window has its least size again",
+              [&] { return window->GetSize().x >= least.x && window->GetSize().y >= least.y; });
+}
+
+// The control's place in its window.
+wxRect placeOf(const wxWindow* control) {
+    wxRect place = control->GetRect();
+    for (control = control->GetParent(); !control->IsTopLevel(); control = control->GetParent()) {
+        place.Offset(control->GetPosition());
+    }
+    return place;
 }
 
 TEST_F(MainWindow, LaysOutInRowsAndPanes) {
-    const auto on = [](const wxWindow* control) { return control->GetScreenRect(); };
-    const wxButton& reload = *window->cmdCommands.at(frmMain::kReload);
-    EXPECT_EQ(on(&reload).x - on(window->cboHistory).GetRight() - 1, fromTwips(*window, 40));
-    EXPECT_LT(on(window->cboHistory).GetBottom(), on(window->fraInfo).y);
-    EXPECT_LT(on(window->fraTemplate).GetRight(), on(window->fraInfo).x);
-    EXPECT_LT(on(window->tvwInfo).GetRight(), on(window->lvwProperties).x);
     EXPECT_FALSE(window->cmdCommands.at(frmMain::kTest)->IsShown());
-    const int before = on(window->fraInfo).width;
+    waitUntil("Reload stands 40 twips right of the history", [&] {
+        return placeOf(window->cmdCommands.at(frmMain::kReload)).x ==
+               placeOf(window->cboHistory).GetRight() + 1 + fromTwips(*window, 40);
+    });
+    waitUntil("the panes stand side by side below it", [&] {
+        return placeOf(window->cboHistory).GetBottom() < placeOf(window->fraInfo).y &&
+               placeOf(window->fraTemplate).GetRight() < placeOf(window->fraInfo).x &&
+               placeOf(window->tvwInfo).GetRight() < placeOf(window->lvwProperties).x;
+    });
     window->SetSize(window->GetSize() + wxSize(600, 300));
-    waitUntil("the panes have grown", [&] { return on(window->fraInfo).width >= before + 600; });
-    const int row = on(window->chkTree).y + on(window->chkTree).height / 2;
     for (const int index :
          {frmMain::kSource, frmMain::kParsed, frmMain::kListed, frmMain::kChain}) {
-        const wxRect button = on(window->cmdCommands.at(index));
-        EXPECT_TRUE(button.y < row && row < button.GetBottom())
-            << "in one row with the box: " << index;
-        EXPECT_GT(button.y, on(window->lvwProperties).GetBottom());
-        EXPECT_LE(button.GetRight(), on(window->fraInfo).GetRight());
+        waitUntil("the button is in one row with the box, below the list", [&] {
+            const wxRect box = placeOf(window->chkTree);
+            const wxRect button = placeOf(window->cmdCommands.at(index));
+            return button.Contains(button.x, box.y + box.height / 2) &&
+                   button.y > placeOf(window->lvwProperties).GetBottom() &&
+                   button.GetRight() <= placeOf(window->fraInfo).GetRight();
+        });
     }
 }
 
