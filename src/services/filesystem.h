@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // The seam to the operating system's files, implemented by
 // filesystem_posix.cpp and filesystem_win32.cpp. Failures throw RunTimeError.
@@ -12,6 +13,10 @@ namespace kestrel::filesystem {
 bool isFile(std::wstring_view path) noexcept;
 
 bool isFolder(std::wstring_view path) noexcept;
+
+// The names of the files in `folder` that isFile() knows, in the order in which
+// the file system has them; none when there is no such folder.
+std::vector<std::wstring> fileNames(std::wstring_view folder);
 
 // True when a new file can be made in `folder`.
 bool isWritableFolder(std::wstring_view folder) noexcept;

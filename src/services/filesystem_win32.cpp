@@ -93,6 +93,13 @@ DWORD attributesOf(std::wstring_view path) {
     return ::GetFileAttributesW(nameOf(path).c_str());
 }
 
+// True for the attributes of an ordinary file.
+bool isFileState(DWORD attributes) noexcept {
+    constexpr DWORD kOther = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE |
+                             FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & kOther) == 0;
+}
+
 bool isMissing(DWORD code) noexcept {
     return code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND ||
            code == ERROR_INVALID_NAME || code == ERROR_BAD_PATHNAME || code == ERROR_BAD_NETPATH ||
@@ -301,15 +308,31 @@ void removeLeftBehind(const std::wstring& name) {
 }  // namespace
 
 bool isFile(std::wstring_view path) noexcept {
-    constexpr DWORD kOther = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE |
-                             FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
-    const DWORD attributes = attributesOf(path);
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & kOther) == 0;
+    return isFileState(attributesOf(path));
 }
 
 bool isFolder(std::wstring_view path) noexcept {
     const DWORD attributes = attributesOf(path);
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+std::vector<std::wstring> fileNames(std::wstring_view folder) {
+    WIN32_FIND_DATAW found{};
+    const std::wstring pattern = nameOf(joinPath(folder, L"*"));
+    const HANDLE search = ::FindFirstFileW(pattern.c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) {
+        const DWORD code = ::GetLastError();
+        if (isMissing(code) || code == ERROR_DIRECTORY) return {};
+        raise(code, kRead, folder);
+    }
+    std::vector<std::wstring> names;
+    do {
+        if (isFileState(found.dwFileAttributes)) names.emplace_back(found.cFileName);
+    } while (::FindNextFileW(search, &found) != 0);
+    const DWORD code = ::GetLastError();
+    ::FindClose(search);
+    if (code != ERROR_NO_MORE_FILES) raise(code, kRead, folder);
+    return names;
 }
 
 bool isWritableFolder(std::wstring_view folder) noexcept {

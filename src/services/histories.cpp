@@ -5,6 +5,7 @@
 #include "services/bytes.h"
 #include "services/errors.h"
 #include "services/files.h"
+#include "services/filesystem.h"
 #include "services/text.h"
 
 namespace kestrel {
@@ -68,6 +69,27 @@ void gRemoveHistoryItem(TextList& list, std::wstring_view text) {
         for (std::size_t i = 0; i < list.count(); ++i) {
             if (list.at(i) == text) list.removeAt(i);
         }
+    });
+}
+
+std::vector<std::wstring> loadFileHistory(std::wstring_view path) {
+    return guarded(L"loadFileHistory", [&] {
+        const std::wstring text = gstrReadFile(path);
+        const auto lines = split(text, kLineEnd);
+        return std::vector<std::wstring>(lines.begin(), lines.end());
+    });
+}
+
+void mSaveFileHistory(const std::vector<std::wstring>& files, std::wstring_view name) {
+    guarded(L"mSaveFileHistory", [&] {
+        std::wstring text;
+        for (const std::wstring& file : files) {
+            if (isNarrow(file)) text.append(file).append(kLineEnd);
+        }
+        if (text.size() <= kLineEnd.size()) return;
+        text.resize(text.size() - kLineEnd.size());
+        const std::wstring path = programFile(name);
+        filesystem::replace(path, narrow(text), backupPath(path));
     });
 }
 

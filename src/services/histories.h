@@ -1,6 +1,8 @@
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "services/host.h"
 
@@ -22,5 +24,14 @@ void gAddHistoryItem(TextList& list, std::wstring_view text);
 // Removes the entries equal to `text`; of two that stand next to each other
 // only the first.
 void gRemoveHistoryItem(TextList& list, std::wstring_view text);
+
+// All lines of the file at `path`, blank ones too. Unlike the others it does not
+// look in the program's folder: a bare name is that of the current folder.
+std::vector<std::wstring> loadFileHistory(std::wstring_view path);
+
+// Writes all of `files`, each but the last one with a line end, to the file `name`
+// of the program's folder, and keeps the file that it replaces as ".bak". An entry
+// that 8-bit text cannot hold is left out. Nothing is written when no text is left.
+void mSaveFileHistory(const std::vector<std::wstring>& files, std::wstring_view name);
 
 }  // namespace kestrel

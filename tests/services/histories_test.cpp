@@ -102,6 +102,38 @@ TEST_F(Histories, AnEntryWithoutBytesCostsNoOther) {
     EXPECT_EQ(host.log, Lines{});
 }
 
+TEST_F(Histories, FileListsKeepAllTheirLines) {
+    const struct {
+        std::string bytes;
+        Items items;
+        std::string saved;
+    } cases[] = {
+        {"a\r\n\r\n b \r\na", {L"a", L"", L" b ", L"a"}, "a\r\n\r\n b \r\na"},
+        {"a\r\n", {L"a", L""}, "a\r\n"},
+        {lines(20, "x") + "x", Items(21, L"x"), lines(20, "x") + "x"},
+        {"\r\n", {L"", L""}, "\r\n"},
+        {"", {}, "before"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(loadFileHistory(folder.put(L"list", c.bytes)), c.items);
+        folder.put(L"spec.his", "before");
+        mSaveFileHistory(c.items, L"spec.his");
+        EXPECT_EQ(folder.bytes(L"spec.his"), c.saved);
+    }
+    EXPECT_EQ(folder.bytes(L"spec.his.bak"), "before");
+    mSaveFileHistory({L"", L"\u0416"}, L"spec.his");
+    EXPECT_EQ(folder.bytes(L"spec.his"), "before");
+    EXPECT_EQ(loadFileHistory(folder.path(L"none")), Items{});
+    EXPECT_EQ(host.log, Lines{});
+}
+
+TEST_F(Histories, AFileListThatCannotBeSavedIsReported) {
+    gProgram().folder = folder.path(L"none");
+    mSaveFileHistory({L"a"}, L"spec.his");
+    ASSERT_EQ(host.log.size(), 1U);
+    EXPECT_NE(host.log[0].find(" in 'mSaveFileHistory'"), std::string::npos) << host.log[0];
+}
+
 TEST_F(Histories, AddAndRemove) {
     test::VectorTextList list({L"a", L"b"});
     gAddHistoryItem(list, L"b");
