@@ -1,7 +1,6 @@
 #include "gas/load.h"
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 
 #include "gas/statements.h"
@@ -9,74 +8,47 @@
 #include "services/errors.h"
 #include "services/files.h"
 #include "services/keys.h"
+#include "services/text.h"
 
 namespace kestrel {
 namespace {
 
-using loading::Widener;
+using loading::FieldMaker;
 
 constexpr std::string_view kCrLf = "\r\n";
 
-// The text of a file after normalisation. The memory is not cleared first: all
-// of it is written.
-class Normalised {
-  public:
-    explicit Normalised(std::string_view text);
-    std::string_view view() const noexcept { return {text_.get(), size_}; }
-
-  private:
-    void appendLine(std::string_view line, bool tabs);
-
-    std::unique_ptr<char[]> text_;
-    std::size_t size_ = 0;
+// The text that is cut into blocks. Its line ends are CR LF, the last line has
+// one, and the first line is not empty.
+struct Source {
+    std::shared_ptr<const std::string> bytes;
+    std::string_view text;    // of `bytes`
+    SourceText::Form form{};  // raw: it still has tabs, and lines without any character
 };
 
-std::size_t countOf(std::string_view text, char c) {
-    std::size_t count = 0;
-    for (std::size_t at = text.find(c); at != text.npos; at = text.find(c, at + 1)) ++count;
-    return count;
+std::string withCrLf(std::string_view text) {
+    std::string out;
+    out.reserve(text.size() + static_cast<std::size_t>(std::ranges::count(text, '\n')));
+    for (std::size_t end; (end = text.find('\n')) != text.npos; text.remove_prefix(end + 1)) {
+        out.append(text.substr(0, end)).append(kCrLf);
+    }
+    return out.append(text);
 }
 
-// The end of the line that begins at `start`: the next line end, or the end of
-// the text. A text without any CR LF has its lines end in LF alone; in any other
-// one a lone LF is part of its line.
-std::size_t findLineEnd(std::string_view text, std::size_t start, bool bare) {
-    for (std::size_t at = text.find('\n', start); at != text.npos; at = text.find('\n', at + 1)) {
-        if (bare) return at;
-        if (at > start && text[at - 1] == '\r') return at - 1;
-    }
-    return text.size();
+// A text without any CR LF has its lines end in LF alone; in any other one a
+// lone LF is part of its line.
+Source prepare(std::string bytes, bool utf8) {
+    if (bytes.find(kCrLf) == bytes.npos) bytes = withCrLf(bytes);
+    if (!bytes.ends_with(kCrLf)) bytes += kCrLf;
+    auto owner = std::make_shared<const std::string>(std::move(bytes));
+    std::string_view text = *owner;
+    while (text.starts_with(kCrLf)) text.remove_prefix(kCrLf.size());
+    return {std::move(owner), text, {utf8, true}};
 }
 
-// Line ends become CR LF, tabs four spaces; lines without any character are left
-// out; the last line gets a line end.
-Normalised::Normalised(std::string_view text) {
-    const bool bare = text.find(kCrLf) == text.npos;
-    const std::size_t tabs = countOf(text, '\t');
-    const std::size_t lineFeeds = bare ? countOf(text, '\n') : 0;
-    text_ = std::make_unique_for_overwrite<char[]>(text.size() + 3 * tabs + lineFeeds + 2);
-    const std::size_t endLength = bare ? 1 : kCrLf.size();
-    for (std::size_t start = 0; start < text.size();) {
-        const std::size_t end = findLineEnd(text, start, bare);
-        if (end > start) appendLine(text.substr(start, end - start), tabs > 0);
-        start = end + endLength;
-    }
-}
-
-void Normalised::appendLine(std::string_view line, bool tabs) {
-    char* out = text_.get() + size_;
-    while (tabs) {
-        const std::size_t tab = line.find('\t');
-        if (tab == line.npos) break;
-        out = std::copy_n(line.data(), tab, out);
-        out = std::fill_n(out, 4, ' ');
-        line.remove_prefix(tab + 1);
-    }
-    std::memcpy(out, line.data(), line.size());
-    out += line.size();
-    *out++ = '\r';
-    *out++ = '\n';
-    size_ = static_cast<std::size_t>(out - text_.get());
+void normalise(Source& source) {
+    source.bytes = std::make_shared<const std::string>(normalised(source.text));
+    source.text = *source.bytes;
+    source.form.raw = false;
 }
 
 // What a file's first header decides for the whole file.
@@ -84,7 +56,8 @@ struct Cut {
     std::string_view prefix;  // of every block's header
     std::wstring kind;
     std::vector<std::string_view> blocks;
-    bool found = false;  // there is a header
+    bool found = false;      // there is a header
+    std::size_t headed = 0;  // the first block that the prefix stands before
 };
 
 std::vector<std::string_view> splitOn(std::string_view text, std::string_view prefix) {
@@ -118,14 +91,14 @@ bool cutOnKnownKind(std::string_view text, Cut& cut) {
     const std::string_view first = bracket == text.npos ? text : text.substr(bracket);
     for (const BlockKind& row : kBlockKinds) {
         if (!first.starts_with(row.prefix)) continue;
-        cut = {row.prefix, std::wstring(row.name), splitOn(text, row.prefix), true};
+        cut = {row.prefix, std::wstring(row.name), splitOn(text, row.prefix), true, 1};
         return true;
     }
     return false;
 }
 
 // The first header itself names the kind. What precedes it is dropped.
-void cutOnUnknownKind(std::string_view text, const Widener& widen, Cut& cut) {
+void cutOnUnknownKind(std::string_view text, const FieldMaker& fields, Cut& cut) {
     const std::size_t end = text.find(']');
     if (end == text.npos) return;
     std::string_view header = text.substr(0, end + 1);
@@ -135,15 +108,35 @@ void cutOnUnknownKind(std::string_view text, const Widener& widen, Cut& cut) {
         name.remove_prefix(bracket + 1);
     }
     cut.prefix = header;
-    cut.kind = name.empty() ? std::wstring(kBlockKinds.back().name) : widen(name);
+    cut.kind = name.empty() ? std::wstring(kBlockKinds.back().name) : fields.wide(name);
     cut.blocks = splitOnHeader(text.substr(end + 1), header);
     cut.found = true;
+}
+
+Cut cutBlocks(std::string_view text, const FieldMaker& fields) {
+    Cut cut;
+    if (!cutOnKnownKind(text, cut)) cutOnUnknownKind(text, fields, cut);
+    return cut;
+}
+
+bool isJoined(const Cut& cut) {
+    return cut.kind == L"Party" && cut.blocks.size() >= 3;
+}
+
+// True when the raw text does not cut as the normalised one would: a header may
+// be written in several ways that become one, and the line ends where parties
+// are joined must stay.
+bool needsNormalText(const Cut& cut) {
+    const auto has = [&](std::string_view some) {
+        return cut.prefix.find(some) != cut.prefix.npos;
+    };
+    return isJoined(cut) || has("\t") || has("    ") || has(kCrLf);
 }
 
 // The two first sections of a party are loaded once more, joined, as the first
 // block. `joined` keeps the text of that block.
 void joinParties(Cut& cut, std::string& joined) {
-    if (cut.kind != L"Party" || cut.blocks.size() < 3) return;
+    if (!isJoined(cut)) return;
     joined = cut.blocks[1];
     joined.append(cut.prefix).append(kCrLf).append(cut.blocks[2]);
     cut.blocks[0] = joined;
@@ -152,16 +145,21 @@ void joinParties(Cut& cut, std::string& joined) {
 // Reads the blocks of one file, one record each.
 class BlockLoader {
   public:
-    BlockLoader(const Cut& cut, const Widener& widen, TemplateList* list)
-        : cut_(cut), widen_(widen), list_(list), docNames_(cut.prefix.starts_with("[t:")) {}
+    BlockLoader(const Cut& cut, const Source& source, FieldMaker& fields, TemplateList* list)
+        : cut_(cut),
+          source_(source),
+          fields_(fields),
+          list_(list),
+          docNames_(cut.prefix.starts_with("[t:")) {}
 
-    void load(std::string_view block, std::size_t index, GasTemplate& record);
+    void load(std::size_t block, std::size_t index, GasTemplate& record);
 
   private:
-    std::wstring sourceText(std::string_view block) const;
+    SourceText sourceText(std::size_t block) const;
 
     const Cut& cut_;
-    const Widener& widen_;
+    const Source& source_;
+    FieldMaker& fields_;
     TemplateList* list_;
     bool docNames_;
     // Never reset between the blocks of a file.
@@ -169,34 +167,50 @@ class BlockLoader {
     loading::StatementList statements_;
 };
 
-void BlockLoader::load(std::string_view block, std::size_t index, GasTemplate& record) {
-    record.Name = cut_.kind + std::to_wstring(index);
+void BlockLoader::load(std::size_t block, std::size_t index, GasTemplate& record) {
+    record.Name = cut_.kind;
+    appendNumber(record.Name, static_cast<long long>(index));
     if (list_ != nullptr) list_->add(makeKey(index), record.Name);
     record.Text = sourceText(block);
     record.Kind = cut_.kind;
-    cutStatements(block, statements_);
-    loading::BlockReader reader(record, braces_, widen_, docNames_);
+    cutStatements(cut_.blocks[block], source_.form.raw, statements_);
+    loading::BlockReader reader(record, braces_, fields_, docNames_);
     reader.read(statements_);
     if (list_ != nullptr && reader.renamed()) list_->setText(makeKey(index), record.Name);
 }
 
-std::wstring BlockLoader::sourceText(std::string_view block) const {
-    std::wstring text;
-    text.reserve(cut_.prefix.size() + block.size() + 1);
-    widen_.append(text, cut_.prefix);
-    widen_.append(text, block);
-    if (!text.ends_with(L"}\r\n")) text += L'}';
-    return text;
+// True when a closing brace and a line end are the last of `block`.
+bool isClosed(std::string_view block, bool raw) {
+    if (!block.ends_with(kCrLf)) return false;
+    do block.remove_suffix(kCrLf.size());
+    while (raw && block.ends_with(kCrLf));
+    return block.ends_with('}');
 }
 
-bool loadBlocks(const Cut& cut, const Widener& widen, std::vector<GasTemplate>& templates,
-                TemplateList* list) {
+// The prefix, the block and, unless a closing brace ends it, one. Mostly that is
+// a part of the file as it stands.
+SourceText BlockLoader::sourceText(std::size_t block) const {
+    const std::string_view text = cut_.blocks[block];
+    const bool closed = isClosed(text, source_.form.raw);
+    if (closed && block >= cut_.headed) {
+        const char* start = text.data() - cut_.prefix.size();
+        return {source_.bytes, {start, text.data() + text.size()}, source_.form};
+    }
+    auto own = std::make_shared<std::string>(cut_.prefix);
+    own->append(text);
+    if (!closed) *own += '}';
+    const std::string_view view = *own;
+    return {std::move(own), view, source_.form};
+}
+
+bool loadBlocks(const Cut& cut, const Source& source, FieldMaker& fields,
+                std::vector<GasTemplate>& templates, TemplateList* list) {
     if (!cut.found) return false;
     templates.clear();
     templates.reserve(cut.blocks.size());
-    BlockLoader loader(cut, widen, list);
-    for (const std::string_view block : cut.blocks) {
-        if (block.empty()) continue;
+    BlockLoader loader(cut, source, fields, list);
+    for (std::size_t block = 0; block < cut.blocks.size(); ++block) {
+        if (cut.blocks[block].empty()) continue;
         const std::size_t index = templates.size();
         loader.load(block, index, templates.emplace_back());
     }
@@ -212,17 +226,19 @@ void reportNoData(std::vector<GasTemplate>& templates, TemplateList* list) {
 
 // True when a block was loaded. `hasHeader` is false when the text holds no
 // header of any kind.
-bool loadBytes(std::string bytes, const Widener& widen, std::vector<GasTemplate>& templates,
+bool loadBytes(std::string bytes, bool utf8, std::vector<GasTemplate>& templates,
                TemplateList* list, bool& hasHeader) {
-    const Normalised normalised(bytes);
-    std::string().swap(bytes);
-    const std::string_view text = normalised.view();
-    Cut cut;
-    if (!cutOnKnownKind(text, cut)) cutOnUnknownKind(text, widen, cut);
+    Source source = prepare(std::move(bytes), utf8);
+    FieldMaker fields(utf8);
+    Cut cut = cutBlocks(source.text, fields);
+    if (needsNormalText(cut)) {
+        normalise(source);
+        cut = cutBlocks(source.text, fields);
+    }
     hasHeader = cut.found;
     std::string joined;
     joinParties(cut, joined);
-    const bool loaded = loadBlocks(cut, widen, templates, list);
+    const bool loaded = loadBlocks(cut, source, fields, templates, list);
     if (!loaded) reportNoData(templates, list);
     return loaded;
 }
@@ -247,8 +263,7 @@ bool guardedLoad(std::vector<GasTemplate>& templates, TemplateList* list, Body&&
 bool gblnLoadGas(std::wstring& path, std::vector<GasTemplate>& templates, TemplateList* list) {
     return guardedLoad(templates, list, [&] {
         bool hasHeader = true;
-        const bool loaded =
-            loadBytes(readFileBytes(path), Widener(false), templates, list, hasHeader);
+        const bool loaded = loadBytes(readFileBytes(path), false, templates, list, hasHeader);
         if (!hasHeader) path.clear();
         return loaded;
     });
@@ -258,8 +273,7 @@ bool loadGasText(std::wstring_view text, std::vector<GasTemplate>& templates, Te
     return guardedLoad(templates, list, [&] {
         bool hasHeader = true;
         const bool utf8 = !isNarrow(text);
-        return loadBytes(utf8 ? toUtf8(text) : narrow(text), Widener(utf8), templates, list,
-                         hasHeader);
+        return loadBytes(utf8 ? toUtf8(text) : narrow(text), utf8, templates, list, hasHeader);
     });
 }
 

@@ -4,16 +4,15 @@
 #include <cstring>
 #include <limits>
 
-#include "services/bytes.h"
+#include "gas/marks.h"
 #include "services/errors.h"
 #include "services/text.h"
 
 namespace kestrel::loading {
 namespace {
 
-// What a statement contains. The last four are told from a single character;
-// kSlash and kColon only say that the markers of two characters may be there.
-enum Mark : std::uint16_t {
+// What a statement contains, as far as the rules ask for it.
+enum Content : std::uint8_t {
     kComment = 1 << 0,     // "//"
     kNameKey = 1 << 1,     // "n:"
     kTypeKey = 1 << 2,     // "t:"
@@ -22,10 +21,6 @@ enum Mark : std::uint16_t {
     kBraceOpen = 1 << 5,   // "{"
     kBraceClose = 1 << 6,  // "}"
     kEquals = 1 << 7,      // "="
-    kSlash = 1 << 8,
-    kColon = 1 << 9,
-    kCut = 1 << 10,     // ";"
-    kReturn = 1 << 11,  // CR
 };
 
 struct Rule {
@@ -52,99 +47,26 @@ constexpr Rule kRules[] = {
     {kEquals, 0, &BlockReader::property, 1, false},
 };
 constexpr std::uint8_t kNoRule = std::size(kRules);
+constexpr std::uint8_t kCommentRule = 0;
 
-constexpr std::uint8_t firstRule(unsigned marks) {
+// Room for what a comment's line holds beside the comment.
+constexpr std::size_t kCommentFrame = 16;
+
+constexpr std::uint8_t firstRule(unsigned content) {
     for (std::uint8_t i = 0; i < kNoRule; ++i) {
         const Rule& rule = kRules[i];
-        if ((marks & rule.required) == rule.required && (marks & rule.forbidden) == 0) return i;
+        if ((content & rule.required) == rule.required && (content & rule.forbidden) == 0) return i;
     }
     return kNoRule;
 }
 
-constexpr auto kRuleOfMarks = [] {
+constexpr auto kRuleOfContent = [] {
     std::array<std::uint8_t, 256> rules{};
-    for (unsigned marks = 0; marks < rules.size(); ++marks) rules[marks] = firstRule(marks);
+    for (unsigned content = 0; content < rules.size(); ++content) {
+        rules[content] = firstRule(content);
+    }
     return rules;
 }();
-
-constexpr auto kMarkOfByte = [] {
-    std::array<std::uint16_t, 256> marks{};
-    marks['['] = kOpen;
-    marks[']'] = kClose;
-    marks['{'] = kBraceOpen;
-    marks['}'] = kBraceClose;
-    marks['='] = kEquals;
-    marks['/'] = kSlash;
-    marks[':'] = kColon;
-    marks[';'] = kCut;
-    marks['\r'] = kReturn;
-    return marks;
-}();
-
-// Characters that cleaning removes, and those it removes from the ends.
-enum Junk : std::uint8_t { kRemoved = 1, kBlank = 2 };
-
-constexpr auto kJunkOfByte = [] {
-    std::array<std::uint8_t, 256> junk{};
-    for (const char c : {'\t', ';', '"', '[', ']', '{', '}'}) {
-        junk[static_cast<unsigned char>(c)] = kRemoved;
-    }
-    junk[' '] = kBlank;
-    return junk;
-}();
-
-unsigned markOf(char c) {
-    return kMarkOfByte[static_cast<unsigned char>(c)];
-}
-unsigned junkOf(char c) {
-    return kJunkOfByte[static_cast<unsigned char>(c)];
-}
-
-bool contains(std::string_view text, const char* marker) {
-    return text.find(marker) != std::string_view::npos;
-}
-
-// The marks of two characters, told from the single ones found in `text`.
-unsigned pairMarks(std::string_view text, unsigned marks) {
-    unsigned pairs = 0;
-    if ((marks & kSlash) != 0 && contains(text, "//")) pairs |= kComment;
-    if ((marks & kColon) != 0 && contains(text, "n:")) pairs |= kNameKey;
-    if ((marks & kColon) != 0 && contains(text, "t:")) pairs |= kTypeKey;
-    return pairs;
-}
-
-std::string_view trimStart(std::string_view text) {
-    const std::size_t start = text.find_first_not_of(' ');
-    return start == std::string_view::npos ? std::string_view{} : text.substr(start);
-}
-
-std::string_view trimSpaces(std::string_view text) {
-    text = trimStart(text);
-    while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-    return text;
-}
-
-// `text` without the characters that cleaning removes at its ends. What is left
-// inside is for cleaned() to remove.
-std::string_view trimJunk(std::string_view text) {
-    while (!text.empty() && junkOf(text.front()) != 0) text.remove_prefix(1);
-    while (!text.empty() && junkOf(text.back()) != 0) text.remove_suffix(1);
-    return text;
-}
-
-// The cleaned form of `text`: a part of `text` itself, or of `buffer` when
-// something had to be removed from its middle.
-std::string_view cleaned(std::string_view text, std::string& buffer) {
-    text = trimJunk(text);
-    unsigned junk = 0;
-    for (const char c : text) junk |= junkOf(c);
-    if ((junk & kRemoved) == 0) return text;
-    buffer.clear();
-    for (const char c : text) {
-        if (junkOf(c) != kRemoved) buffer += c;
-    }
-    return buffer;
-}
 
 bool equalsWithoutCase(std::string_view text, std::string_view lower) {
     if (text.size() != lower.size()) return false;
@@ -172,63 +94,107 @@ Pair splitPair(std::string_view text, char mark) {
     return {text.substr(0, at), rest.substr(0, rest.find(mark)), true};
 }
 
-void addStatement(StatementList& list, std::string_view text, unsigned marks, bool cut) {
-    const std::size_t index = list.count++;
-    if ((marks & (kSlash | kColon)) != 0) marks |= pairMarks(text, marks);
-    const std::uint8_t rule = kRuleOfMarks[marks & 0xFF];
-    if (rule == kNoRule) return;
-    list.entries += kRules[rule].entries;
-    list.headers += kRules[rule].opens ? 1 : 0;
-    list.statements.push_back({text, static_cast<std::uint32_t>(index), rule, cut});
-}
+// Cuts one block, from mark to mark.
+class Cutter {
+  public:
+    Cutter(std::string_view block, bool squeeze, StatementList& list)
+        : start_(block.data()), end_(start_ + block.size()), squeeze_(squeeze), list_(list) {}
+
+    void take(const char* at) {
+        switch (*at) {
+            case '\r':
+                if (at >= start_ && isLineEnd(at)) endLine(at);
+                return;
+            case ';':
+                cut_ = true;
+                addStatement(at);
+                start_ = at + 1;
+                return;
+            case '=':
+                if (equals_ == nullptr) {
+                    equals_ = at;
+                } else if (more_ == nullptr) {
+                    more_ = at;
+                }
+                content_ |= kEquals;
+                return;
+            case '[':
+                content_ |= kOpen;
+                return;
+            case ']':
+                content_ |= kClose;
+                return;
+            case '{':
+                content_ |= kBraceOpen;
+                return;
+            case '}':
+                content_ |= kBraceClose;
+                return;
+            default:
+                content_ |= pairAt(at);
+        }
+    }
+
+    // The end of the block ends its last statement.
+    void addStatement(const char* end) {
+        const std::uint8_t rule = kRuleOfContent[content_];
+        const Statement statement{
+            {start_, end}, equals_, more_, static_cast<std::uint32_t>(list_.count++), rule, cut_};
+        content_ = 0;
+        equals_ = more_ = nullptr;
+        if (rule == kNoRule) return;
+        list_.entries += kRules[rule].entries;
+        list_.headers += kRules[rule].opens ? 1 : 0;
+        if (rule == kCommentRule) list_.comments += statement.text.size() + kCommentFrame;
+        list_.statements.push_back(statement);
+    }
+
+  private:
+    // The marker of two characters that "/" or ":" is a part of.
+    std::uint8_t pairAt(const char* at) const {
+        if (*at == '/') return at + 1 != end_ && at[1] == '/' ? kComment : 0;
+        if (at == start_) return 0;
+        return at[-1] == 'n' ? kNameKey : at[-1] == 't' ? kTypeKey : 0;
+    }
+
+    void endLine(const char* at) {
+        addStatement(at);
+        cut_ = false;
+        start_ = at + 2;
+        while (squeeze_ && start_ != end_ && isLineEnd(start_)) start_ += 2;
+    }
+
+    bool isLineEnd(const char* at) const { return *at == '\r' && at + 1 != end_ && at[1] == '\n'; }
+
+    const char* start_;  // of the statement
+    const char* end_;
+    bool squeeze_;
+    StatementList& list_;
+    const char* equals_ = nullptr;
+    const char* more_ = nullptr;
+    std::uint8_t content_ = 0;
+    bool cut_ = false;  // its line has been cut before
+};
 
 }  // namespace
 
-std::wstring Widener::operator()(std::string_view bytes) const {
-    return utf8_ ? fromUtf8(bytes) : widen(bytes);
-}
-
-void Widener::append(std::wstring& text, std::string_view bytes) const {
-    if (utf8_) {
-        text += fromUtf8(bytes);
-    } else {
-        appendWide(text, bytes);
-    }
-}
-
-void cutStatements(std::string_view block, StatementList& list) {
+void cutStatements(std::string_view block, bool squeeze, StatementList& list) {
     list.statements.clear();
-    list.count = list.entries = list.headers = 0;
-    const char* const end = block.data() + block.size();
-    const char* start = block.data();  // of the statement
-    bool cut = false;                  // whether its line has been cut before
-    unsigned marks = 0;
-    for (const char* at = start; at != end; ++at) {
-        const unsigned mark = markOf(*at);
-        if (mark == 0) continue;
-        const bool lineEnd = mark == kReturn && at + 1 != end && at[1] == '\n';
-        if (mark != kCut && !lineEnd) {
-            marks |= mark;
-            continue;
-        }
-        cut = cut || mark == kCut;
-        addStatement(list, {start, at}, marks, cut);
-        marks = 0;
-        cut = cut && !lineEnd;
-        if (lineEnd) ++at;
-        start = at + 1;
-    }
-    addStatement(list, {start, end}, marks, cut);
+    list.count = list.entries = list.headers = list.comments = 0;
+    Cutter cutter(block, squeeze, list);
+    forEachMark(block, [&](const char* at) { cutter.take(at); });
+    cutter.addStatement(block.data() + block.size());
 }
 
-BlockReader::BlockReader(GasTemplate& record, Braces& braces, const Widener& widen, bool docNames)
-    : record_(record), braces_(braces), widen_(widen), docNames_(docNames) {}
+BlockReader::BlockReader(GasTemplate& record, Braces& braces, FieldMaker& fields, bool docNames)
+    : record_(record), braces_(braces), fields_(fields), docNames_(docNames) {}
 
 void BlockReader::read(const StatementList& list) {
     if (list.headers > static_cast<std::size_t>(std::numeric_limits<std::int16_t>::max())) {
         throw RunTimeError(kOverflow, L"Overflow");
     }
     record_.Properties.reserve(list.entries);
+    record_.Comments.reserve(list.comments);
     for (const Statement& statement : list.statements) {
         (this->*kRules[statement.rule].apply)(statement);
     }
@@ -236,18 +202,18 @@ void BlockReader::read(const StatementList& list) {
 }
 
 void BlockReader::comment(const Statement& statement) {
-    std::string text;
+    std::wstring& comments = record_.Comments;
+    appendNumber(comments += L"Line ", statement.index);
+    comments += L":\t";
     for (std::string_view rest = statement.cut ? trimStart(statement.text)
-                                               : trimSpaces(statement.text);
+                                               : trimBlanks(statement.text);
          !rest.empty();) {
         const std::size_t at = rest.find("//");
-        text += rest.substr(0, at);
+        fields_.append(comments, rest.substr(0, at));
         rest.remove_prefix(at == std::string_view::npos ? rest.size() : at + 2);
     }
-    if (statement.cut) text += ';';
-    record_.Comments += L"Line " + std::to_wstring(statement.index) + L":\t";
-    widen_.append(record_.Comments, text);
-    record_.Comments += L"\r\n";
+    if (statement.cut) comments += L';';
+    comments += kLineEnd;
 }
 
 void BlockReader::namedHeader(const Statement& statement) {
@@ -307,7 +273,10 @@ void BlockReader::closingBrace(const Statement&) {
 }
 
 void BlockReader::property(const Statement& statement) {
-    storeProperty(statement.text);
+    const char* const begin = statement.text.data();
+    const char* const end =
+        statement.more != nullptr ? statement.more : begin + statement.text.size();
+    storeProperty({begin, statement.equals}, {statement.equals + 1, end});
 }
 
 void BlockReader::openSubBlock() {
@@ -317,27 +286,29 @@ void BlockReader::openSubBlock() {
 
 void BlockReader::extendGroup(std::string_view name) {
     std::string buffer;
-    std::wstring path(group_.text());
-    if (!path.empty()) path += L'\\';
-    widen_.append(path, cleaned(name, buffer));
-    group_ = std::move(path);
+    if (!path_.empty()) path_ += '\\';
+    path_ += cleaned(name, buffer);
+    groupIsCurrent_ = false;
 }
 
 void BlockReader::closeBrace() {
     if (--braces_.open >= braces_.mark) return;
     // The mark stays where it is: every further closing brace drops one more.
-    const std::wstring_view path = group_;
-    const std::size_t last = path.rfind(L'\\');
-    group_ = std::wstring(path.substr(0, last == path.npos ? 0 : last));
+    const std::size_t last = path_.rfind('\\');
+    path_.resize(last == path_.npos ? 0 : last);
+    groupIsCurrent_ = false;
 }
 
 void BlockReader::storeProperty(std::string_view text) {
     const Pair pair = splitPair(text, '=');
-    if (!pair.whole) return;
-    const GasProperty& entry = store(pair.first, pair.second);
+    if (pair.whole) storeProperty(pair.first, pair.second);
+}
+
+void BlockReader::storeProperty(std::string_view name, std::string_view value) {
+    const GasProperty& entry = store(name, value);
     // A record without a name is no record, so an empty `doc` names nothing.
     if (!docNames_ || entry.Value.empty()) return;
-    if (entry.Name.size() != 3 || lowerCase(entry.Name) != L"doc") return;
+    if (entry.Name.text().size() != 3 || lowerCase(entry.Name) != L"doc") return;
     record_.Name = entry.Value;
     renamed_ = true;
 }
@@ -353,10 +324,11 @@ void BlockReader::storeHeaderPart(std::string_view part) {
 }
 
 GasProperty& BlockReader::store(std::string_view name, std::string_view value) {
-    std::string buffer;
+    if (!groupIsCurrent_) group_ = fields_.path(path_);
+    groupIsCurrent_ = true;
     GasProperty& entry = record_.Properties.emplace_back();
-    entry.Name = widen_(cleaned(name, buffer));
-    entry.Value = widen_(cleaned(value, buffer));
+    entry.Name = fields_.name(name);
+    entry.Value = fields_.value(value);
     entry.Group = group_;
     entry.Level = level_;
     return entry;

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "gas/fields.h"
 #include "gas/template.h"
 
 // How the loader reads the statements of one block. Private to the loader.
@@ -14,17 +15,6 @@
 // field is stored. All characters that structure a `.gas` text are ASCII, so the
 // bytes may be of the 8-bit code page or UTF-8 alike.
 namespace kestrel::loading {
-
-// How the bytes of one load become wide text.
-class Widener {
-  public:
-    explicit Widener(bool utf8) noexcept : utf8_(utf8) {}
-    std::wstring operator()(std::string_view bytes) const;
-    void append(std::wstring& text, std::string_view bytes) const;
-
-  private:
-    bool utf8_;
-};
 
 // The part of the block's state that runs on over all blocks of a file: the
 // braces open, and the depth of the body of the sub-block opened last.
@@ -36,6 +26,8 @@ struct Braces {
 // A statement that some rule does something with.
 struct Statement {
     std::string_view text;  // without the ";" that it was cut at; blanks not trimmed
+    const char* equals;     // its first "="; null without one
+    const char* more;       // its second one
     std::uint32_t index;    // among all statements of the block
     std::uint8_t rule;      // row of the rule table
     bool cut;               // was cut at a ";", so that one belongs to its end
@@ -43,20 +35,21 @@ struct Statement {
 
 struct StatementList {
     std::vector<Statement> statements;
-    std::size_t count = 0;    // of all statements, those that no rule wants too
-    std::size_t entries = 0;  // properties that the rules will store, at a guess
-    std::size_t headers = 0;  // sub-block headers
+    std::size_t count = 0;     // of all statements, those that no rule wants too
+    std::size_t entries = 0;   // properties that the rules will store, at a guess
+    std::size_t headers = 0;   // sub-block headers
+    std::size_t comments = 0;  // characters of the comment lines, at a guess
 };
 
-// Cuts `block` into statements and finds the rule of each. The list is
-// overwritten; it points into `block`.
-void cutStatements(std::string_view block, StatementList& list);
+// Cuts `block` into statements and finds the rule of each. A run of line ends
+// counts as one when `squeeze`. The list is overwritten; it points into `block`.
+void cutStatements(std::string_view block, bool squeeze, StatementList& list);
 
 // Applies the rules to the statements of one block and fills `record`'s
 // Properties and Comments.
 class BlockReader {
   public:
-    BlockReader(GasTemplate& record, Braces& braces, const Widener& widen, bool docNames);
+    BlockReader(GasTemplate& record, Braces& braces, FieldMaker& fields, bool docNames);
 
     // Throws RunTimeError (overflow) when the block has more sub-blocks than a
     // Level can count; nothing is stored then.
@@ -81,15 +74,21 @@ class BlockReader {
     void extendGroup(std::string_view name);
     void closeBrace();
     void storeProperty(std::string_view text);
+    void storeProperty(std::string_view name, std::string_view value);
     void storeHeaderPart(std::string_view part);
     GasProperty& store(std::string_view name, std::string_view value);
 
     GasTemplate& record_;
     Braces& braces_;
-    const Widener& widen_;
+    FieldMaker& fields_;
     bool docNames_;
     bool renamed_ = false;
-    GroupPath group_;
+    // The group as bytes, and as the text that entries share. The text is made
+    // when an entry is stored: most groups that braces and headers lead through
+    // hold none.
+    std::string path_;
+    SharedText group_;
+    bool groupIsCurrent_ = true;
     std::int16_t level_ = 0;
 };
 

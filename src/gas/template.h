@@ -2,42 +2,23 @@
 
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "gas/sharedtext.h"
+#include "gas/sourcetext.h"
 
 // The document model: a loaded `.gas` file is an array of GasTemplate, one for
 // each top-level block. An empty text is the absent value throughout. Records
 // are plain values.
 namespace kestrel {
 
-// The sub-blocks around a property, outermost first, joined by "\"; empty at the
-// top level. A value like any text, but its properties share one copy: most of a
-// file's properties stand in few sub-blocks.
-class GroupPath {
-  public:
-    GroupPath() = default;
-    GroupPath(std::wstring text);
-    GroupPath(const wchar_t* text) : GroupPath(std::wstring(text)) {}
-    std::wstring_view text() const noexcept;
-    operator std::wstring_view() const noexcept { return text(); }
-    bool empty() const noexcept { return shared_ == nullptr; }
-    bool operator==(const GroupPath& other) const noexcept {
-        return shared_ == other.shared_ || text() == other.text();
-    }
-    bool operator==(std::wstring_view other) const noexcept { return text() == other; }
-    bool operator==(const wchar_t* other) const noexcept { return text() == other; }
-
-  private:
-    std::shared_ptr<const std::wstring> shared_;  // null for the empty path
-};
-
 // A property, or the header of a sub-block, inside a block.
 struct GasProperty {
-    std::wstring Name;       // as written, cleaned; a header's sub-block name
+    SharedText Name;         // as written, cleaned; a header's sub-block name
     std::wstring Value;      // cleaned; empty for a header
-    GroupPath Group;         // of a header: with the sub-block that it opens
+    SharedText Group;        // sub-blocks around it, outermost first, joined by "\"
     bool IsBlock = false;    // stands for a sub-block header
     std::int16_t Level = 0;  // sub-block headers met so far in the block
 
@@ -49,7 +30,7 @@ struct GasTemplate {
     std::wstring Name;  // shown name: the kind and the index, or its `doc` value
     std::wstring Kind;  // display name of the block's kind
     std::vector<GasProperty> Properties;
-    std::wstring Text;      // the block's source text after normalisation
+    SourceText Text;        // the block's source text after normalisation
     std::wstring Comments;  // "Line n:" TAB text CR LF for each comment
 
     bool operator==(const GasTemplate&) const = default;

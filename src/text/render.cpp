@@ -18,16 +18,24 @@ std::size_t expectedSize(const GasTemplate& record) {
     constexpr std::size_t kColumnsAndLevel = 12;
     std::size_t size = kFixed + record.Comments.size();
     for (const GasProperty& property : record.Properties) {
-        size += property.Name.size() + property.Value.size() + record.Name.size() +
+        size += property.Name.text().size() + property.Value.size() + record.Name.size() +
                 property.Group.text().size() + kColumnsAndLevel;
     }
     return size;
 }
 
+// As above for all templates, told from a sample of them where they are many:
+// looking at every property would take as long as a part of the rendering.
 std::size_t expectedSize(const std::vector<GasTemplate>& templates) {
+    constexpr std::size_t kSample = 256;
+    const std::size_t step = templates.size() / kSample + 1;
     std::size_t size = 0;
-    for (const GasTemplate& record : templates) size += expectedSize(record);
-    return size;
+    std::size_t seen = 0;
+    for (std::size_t i = 0; i < templates.size(); i += step, ++seen) {
+        size += expectedSize(templates[i]);
+    }
+    if (step == 1) return size;
+    return size / seen * templates.size() / 8 * 9;
 }
 
 // Appends the rows of one template's text; false once the dialog was cancelled.
@@ -40,7 +48,10 @@ class RowWriter {
     bool writeAll() {
         const std::size_t count = record_.Properties.size();
         for (std::size_t i = 0; i < count; ++i) {
-            write(record_.Properties[i]);
+            const bool written = write(record_.Properties[i]);
+            if (progress_.dialog() == nullptr) continue;
+            if (written)
+                message_.replace(kMessage.size(), message_.npos, record_.Properties[i].Name);
             progress_.show(percentage(i, count), message_);
             if (progress_.didCancel()) return false;
         }
@@ -48,24 +59,28 @@ class RowWriter {
     }
 
   private:
-    void write(const GasProperty& property) {
-        updatePath(property);
-        if (filter_ != nullptr && path_ != *filter_) return;
-        text_.append(property.Name) += L'\t';
-        text_.append(property.Value) += L'\t';
-        text_.append(path_).append(kLineEnd);
-        message_.resize(kMessage.size());
-        message_ += property.Name;
+    bool write(const GasProperty& property) {
+        updateTail(property);
+        if (filter_ != nullptr && path() != *filter_) return false;
+        text_.append(property.Name.text()) += L'\t';
+        text_.append(property.Value).append(tail_);
+        return true;
     }
 
-    // Neighbours mostly share their group: its path is made once for all of them.
-    void updatePath(const GasProperty& property) {
+    std::wstring_view path() const {
+        return std::wstring_view(tail_).substr(1, tail_.size() - 1 - kLineEnd.size());
+    }
+
+    // Neighbours mostly share their group: the end of the row, which holds its
+    // path, is made once for all of them.
+    void updateTail(const GasProperty& property) {
         if (last_ != nullptr && last_->Level == property.Level && last_->Group == property.Group) {
             return;
         }
         last_ = &property;
-        path_.clear();
-        appendGroupPath(path_, record_.Name, property);
+        tail_ = L'\t';
+        appendGroupPath(tail_, record_.Name, property);
+        tail_ += kLineEnd;
     }
 
     static constexpr std::wstring_view kMessage = L"Property: ";
@@ -75,7 +90,7 @@ class RowWriter {
     const std::wstring* filter_;
     ProgressScope& progress_;
     const GasProperty* last_ = nullptr;
-    std::wstring path_;
+    std::wstring tail_;
     std::wstring message_{kMessage};
 };
 

@@ -10,8 +10,8 @@
 namespace kestrel {
 
 inline std::wstring dump(const GasProperty& property) {
-    std::wstring line =
-        property.IsBlock ? L"[" + property.Name + L"]" : property.Name + L"=" + property.Value;
+    const std::wstring& name = property.Name;
+    std::wstring line = property.IsBlock ? L"[" + name + L"]" : name + L"=" + property.Value;
     return line.append(L" @").append(property.Group.text()) + L"#" +
            std::to_wstring(property.Level);
 }

@@ -20,7 +20,7 @@ inline void PrintTo(const GasTemplate& record, std::ostream* out) {
         *out << "\n  ";
         PrintTo(property, out);
     }
-    *out << "\n  text " << test::shown(record.Text) << "\n  comments "
+    *out << "\n  text " << test::shown(record.Text.wide()) << "\n  comments "
          << test::shown(record.Comments) << "}";
 }
 

@@ -119,14 +119,14 @@ bool frmMain::resetTools() {
 bool frmMain::editSource() {
     const GasTemplate* record = selectedTemplate();
     if (record == nullptr) return false;
-    view(L"Edit Source: " + record->Name, record->Text, View::editable);
+    view(L"Edit Source: " + record->Name, std::wstring(record->Text), View::editable);
     return true;
 }
 
 bool frmMain::viewListed() {
     const GasTemplate* record = selectedTemplate();
     if (record == nullptr) return false;
-    view(L"View Listed Text: " + record->Name, record->Text, View::listed);
+    view(L"View Listed Text: " + record->Name, std::wstring(record->Text), View::listed);
     return true;
 }
 
@@ -168,7 +168,7 @@ void frmMain::propertyActivated() {
     if (property.Name == L"specializes") {
         const GasTemplate* parent = findTemplate(document_.templates, L"name", property.Value);
         if (parent == nullptr) return;
-        view(L"View Source: " + parent->Name, parent->Text, View::listed);
+        view(L"View Source: " + parent->Name, std::wstring(parent->Text), View::listed);
     } else if (property.Name == L"name") {
         setPanel(pnlInfo, chainText(gstrGetTemplateHistory(document_.templates, property.Value)));
     }

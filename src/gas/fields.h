@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "gas/sharedtext.h"
+
+// How the bytes of statements become the texts of records. Private to the
+// loader. Tabs stand for four spaces.
+namespace kestrel::loading {
+
+std::string_view trimStart(std::string_view text);
+std::string_view trimBlanks(std::string_view text);
+
+// The cleaned form of `text`, which holds no ";": without quotes and brackets,
+// then without blanks at its ends. It is a part of `text` itself, or of `buffer`
+// when its middle had to change.
+std::string_view cleaned(std::string_view text, std::string& buffer);
+
+// Makes the texts of one load.
+class FieldMaker {
+  public:
+    explicit FieldMaker(bool utf8) noexcept : utf8_(utf8) {}
+    bool utf8() const noexcept { return utf8_; }
+
+    // All of `bytes`, as they are.
+    std::wstring wide(std::string_view bytes) const;
+    SharedText path(std::string_view bytes);
+
+    // All of `bytes`, a part of a line, with four spaces for each tab.
+    void append(std::wstring& text, std::string_view bytes) const;
+
+    // The cleaned form of `bytes`.
+    std::wstring value(std::string_view bytes) const;
+    SharedText name(std::string_view bytes);
+
+  private:
+    bool utf8_;
+    TextPool paths_;
+    TextPool names_;  // by their bytes before cleaning
+};
+
+}  // namespace kestrel::loading

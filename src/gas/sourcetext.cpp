@@ -1,0 +1,45 @@
+#include "gas/sourcetext.h"
+
+#include <algorithm>
+
+#include "services/bytes.h"
+
+namespace kestrel {
+namespace {
+
+constexpr std::string_view kCrLf = "\r\n";
+
+void appendExpanded(std::string& out, std::string_view line) {
+    for (std::size_t tab; (tab = line.find('\t')) != line.npos; line.remove_prefix(tab + 1)) {
+        out.append(line.substr(0, tab)).append(4, ' ');
+    }
+    out += line;
+}
+
+}  // namespace
+
+std::string normalised(std::string_view text) {
+    std::string out;
+    out.reserve(text.size() + 3 * static_cast<std::size_t>(std::ranges::count(text, '\t')));
+    while (!text.empty()) {
+        const std::size_t end = text.find(kCrLf);
+        appendExpanded(out, text.substr(0, end));
+        if (end == text.npos) break;
+        out += kCrLf;
+        text.remove_prefix(end);
+        while (text.starts_with(kCrLf)) text.remove_prefix(kCrLf.size());
+    }
+    return out;
+}
+
+SourceText::SourceText(const std::wstring& text) : form_{!isNarrow(text), false} {
+    owner_ = std::make_shared<const std::string>(form_.utf8 ? toUtf8(text) : narrow(text));
+    bytes_ = *owner_;
+}
+
+std::wstring SourceText::wide() const {
+    const std::string text = form_.raw ? normalised(bytes_) : std::string(bytes_);
+    return form_.utf8 ? fromUtf8(text) : widen(text);
+}
+
+}  // namespace kestrel
