@@ -1,5 +1,7 @@
 #include "ui/frmSpecialize/frmSpecialize.h"
 
+#include <wx/uiaction.h>
+
 #include <filesystem>
 
 #include "services/files.h"
@@ -66,8 +68,11 @@ class Specialize : public UiTest {
     void press(std::size_t level) {
         wxRect label;
         ASSERT_TRUE(window->tvwTemplates->GetBoundingRect(node(level), label, true));
+        press(wxPoint(label.x + label.width / 2, label.y + label.height / 2));
+    }
+    void press(wxPoint point) {
         wxMouseEvent event(wxEVT_LEFT_DOWN);
-        event.SetPosition(wxPoint(label.x + label.width / 2, label.y + label.height / 2));
+        event.SetPosition(point);
         event.SetEventObject(window->tvwTemplates);
         window->tvwTemplates->ProcessWindowEvent(event);
         settle();
@@ -102,12 +107,14 @@ TEST_F(Specialize, TheChainGrowsOverThreeFiles) {
     EXPECT_EQ(labels(), (Tree{L"Tender of the cutter", L"dinghy_painted"}));
     EXPECT_EQ(window->tvwTemplates->GetSelection(), window->tvwTemplates->GetRootItem());
     EXPECT_TRUE(window->TextBlock().starts_with(L"[t:template,n:dinghy_tender]\r\n{"));
-    EXPECT_TRUE(window->tvwTemplates->IsVisible(node(1)));
+    waitUntil("its node is in view", [this] { return window->tvwTemplates->IsVisible(node(1)); });
 
-    key(*window->tvwTemplates, WXK_DOWN);
+    wxUIActionSimulator().Char(WXK_DOWN);
+    waitUntil("the next node is selected",
+              [this] { return window->tvwTemplates->GetSelection() == node(1); });
     EXPECT_EQ(labels(), (Tree{L"Tender of the cutter", L"dinghy_painted", L"dinghy_plain"}));
     EXPECT_TRUE(window->TextBlock().starts_with(L"[t:template,n:dinghy_painted]\r\n{"));
-    EXPECT_TRUE(window->tvwTemplates->IsVisible(node(2)));
+    waitUntil("its node is in view", [this] { return window->tvwTemplates->IsVisible(node(2)); });
     EXPECT_EQ(host.log, Lines{});
 
     host.files = {std::nullopt, c};
@@ -167,23 +174,28 @@ TEST_F(Specialize, AFileThatCannotBeLoadedLeavesBothSidesEmpty) {
     EXPECT_FALSE(window->tvwTemplates->GetRootItem().IsOk());
     EXPECT_EQ(window->TextBlock(), L"");
     EXPECT_EQ(host.log.back(), "ask: Error loading gas file! | Kestrel | exclamation | ok");
-    press(0);
+    press(wxPoint(10, 10));
     key(*window->tvwTemplates, WXK_ESCAPE);
     EXPECT_FALSE(isOpen());
 }
 
-TEST_F(Specialize, SavesOverTheOpenFileReloadsItAndShowsWhatItHolds) {
-    open(L"dinghy_tender", sample(L"chain-a.gas"));
-    type("// mended\r\n");
+TEST_F(Specialize, SavesOverTheOpenFileAndShowsWhatItHoldsNow) {
+    const std::string text = "[t:template,n:a]\r\n{\r\nspecializes = b;\r\n}\r\n";
+    open(L"a", folder.put(L"open.gas", text));
+    window->txtView->SetTargetRange(14, 15);
+    EXPECT_EQ(window->GetTitle(), "Specializes Browser");
+    window->txtView->ReplaceTarget("c]\r\n{\r\n}\r\n[t:template,n:a");
+    key(*window->txtView, WXK_SHIFT);
     EXPECT_EQ(window->GetTitle(), "Specializes Browser *");
     host.files = {openPath};
-    const std::string before = folder.bytes(L"chain-a.gas");
     key(*window->txtView, 'S', wxMOD_CONTROL);
-    EXPECT_EQ(folder.bytes(L"chain-a.gas"),
-              shown(L"") + std::string("// mended\r\n") +
-                  before.substr(0, before.find("[t:template,n:d", 9)));
-    EXPECT_EQ(folder.bytes(L"chain-a.gas.bak"), before);
+    EXPECT_EQ(folder.bytes(L"open.gas"), "[t:template,n:c]\r\n{\r\n}\r\n" + text);
+    EXPECT_EQ(folder.bytes(L"open.gas.bak"), text);
     EXPECT_EQ(reloads, 1);
+    folder.put(L"open.gas", "[t:template,n:b]\r\n{\r\n}\r\n");
+    press(1);
+    EXPECT_EQ(window->TextBlock(), L"[t:template,n:b]\r\n{\r\n}\r\n");
+    EXPECT_EQ(host.logged("open").size(), 0U);
 }
 
 TEST_F(Specialize, AsksBeforeANodeReplacesAChangedText) {

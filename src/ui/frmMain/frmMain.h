@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "gas/template.h"
+#include "services/viewtext.h"
 #include "ui/common/combo.h"
 #include "ui/common/host_wx.h"
 #include "ui/common/reportlist.h"
@@ -156,6 +157,8 @@ class frmMain final : public wxFrame {
     enum class View { rendered, listed, editable };
     void view(std::wstring_view caption, std::wstring_view text, View kind);
     std::wstring fileText();
+    // The open file for the windows that show its texts.
+    OpenFile openFileHooks();
     void propertyActivated();
     bool search(SearchKind kind, bool again);
 

@@ -1,6 +1,7 @@
 #include <wx/utils.h>
 
 #include "gas/browse.h"
+#include "gas/chain.h"
 #include "gas/query.h"
 #include "services/errors.h"
 #include "services/files.h"
@@ -13,6 +14,7 @@
 #include "ui/common/strings.h"
 #include "ui/frmAbout/frmAbout.h"
 #include "ui/frmMain/frmMain.h"
+#include "ui/frmSpecialize/frmSpecialize.h"
 #include "ui/frmView/frmView.h"
 
 namespace kestrel {
@@ -148,11 +150,18 @@ bool frmMain::viewChain() {
         tellUser(L"Current template does not specialize anything.", Icon::information);
         return false;
     }
-    return notImplemented();
+    frmSpecialize browser(this, openFileHooks());
+    browser.BaseTemplateName(chainName(*record));
+    browser.ShowModal();
+    return true;
+}
+
+OpenFile frmMain::openFileHooks() {
+    return {[this] { return document_.path; }, [this] { reloadOpenFile(); }};
 }
 
 void frmMain::view(std::wstring_view caption, std::wstring_view text, View kind) {
-    frmView viewer(this, {[this] { return document_.path; }, [this] { reloadOpenFile(); }});
+    frmView viewer(this, openFileHooks());
     viewer.TextBlock(text);
     viewer.CanEdit(kind == View::editable);
     viewer.TextFormat(kind == View::rendered ? 1 : 0);

@@ -1,0 +1,205 @@
+#include "gas/chain.h"
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+
+#include "gas/load.h"
+#include "gas/query.h"
+#include "services/bytes.h"
+#include "services/errors.h"
+#include "services/files.h"
+#include "services/histories.h"
+#include "services/keys.h"
+#include "services/pickers.h"
+#include "services/text.h"
+
+namespace kestrel {
+namespace {
+
+constexpr std::wstring_view kFileList = L"spec.his";
+constexpr std::wstring_view kNoSource = L"Source not available.";
+
+// Some 16 MB: far more than any set of files has.
+constexpr std::size_t kMostKnownValues = 2'000'000;
+
+// The coarsest clock of a file system: a file written later than this ago may
+// change once more under the same time.
+constexpr std::chrono::seconds kClockTick{2};
+
+std::size_t hashOf(std::wstring_view text) noexcept {
+    return std::hash<std::wstring_view>()(text);
+}
+
+const GasTemplate* findSource(const std::vector<GasTemplate>& templates, std::wstring_view name) {
+    const GasTemplate* record = findTemplate(templates, L"doc", name);
+    return record != nullptr ? record : findTemplate(templates, L"name", name);
+}
+
+// The hash of every value by which findSource() finds a record.
+std::vector<std::size_t> sourceValues(const std::vector<GasTemplate>& templates) {
+    std::vector<std::size_t> values;
+    for (const GasTemplate& record : templates) {
+        if (record.Name.empty()) continue;
+        for (const GasProperty& property : record.Properties) {
+            if (property.Name == L"doc" || property.Name == L"name") {
+                values.push_back(hashOf(property.Value));
+            }
+        }
+    }
+    std::ranges::sort(values);
+    return values;
+}
+
+}  // namespace
+
+std::wstring chainName(const GasTemplate& record) {
+    const std::wstring name = gstrFindPropertyVal(record, L"name");
+    return name.empty() ? record.Name : name;
+}
+
+std::optional<ChainDocument::Stamp> ChainDocument::stampOf(std::wstring_view file) {
+    const std::string bytes = toUtf8(file);
+    const std::filesystem::path path(std::u8string(bytes.begin(), bytes.end()));
+    std::error_code error;
+    Stamp stamp;
+    stamp.size = std::filesystem::file_size(path, error);
+    if (!error) stamp.written = std::filesystem::last_write_time(path, error);
+    return error ? std::nullopt : std::optional(stamp);
+}
+
+bool ChainDocument::load(const std::wstring& file) {
+    const std::optional<Stamp> stamp = stampOf(file);
+    std::vector<GasTemplate> templates;
+    std::wstring path = file;
+    if (!gblnLoadGas(path, templates, nullptr)) {
+        tellUser(L"Error loading gas file!", Icon::exclamation);
+        return false;
+    }
+    file_ = file;
+    templates_ = std::move(templates);
+    stamp_ = stamp;
+    remember();
+    return true;
+}
+
+void ChainDocument::remember() {
+    using FileClock = std::filesystem::file_time_type::clock;
+    if (!stamp_ || stamp_->written > FileClock::now() - kClockTick) return;
+    Known& known = known_[file_];
+    knownValues_ -= known.values.size();
+    known = {*stamp_, sourceValues(templates_)};
+    knownValues_ += known.values.size();
+    if (knownValues_ <= kMostKnownValues) return;
+    known_.clear();
+    knownValues_ = 0;
+}
+
+bool ChainDocument::lacks(const std::wstring& file, std::wstring_view name) const {
+    const auto known = known_.find(file);
+    return known != known_.end() && known->second.stamp == stampOf(file) &&
+           !std::ranges::binary_search(known->second.values, hashOf(name));
+}
+
+const GasTemplate* ChainDocument::find(std::wstring_view name) {
+    if (lacks(file_, name)) return nullptr;
+    const std::optional<Stamp> stamp = stampOf(file_);
+    if (stamp && stamp != stamp_) load(file_);
+    return findSource(templates_, name);
+}
+
+const GasTemplate* ChainDocument::loadAndFind(const std::wstring& file, std::wstring_view name) {
+    if (!lacks(file, name)) return load(file) ? findSource(templates_, name) : nullptr;
+    file_ = file;
+    templates_.clear();
+    stamp_.reset();
+    return nullptr;
+}
+
+void SpecializesChain::open(std::wstring_view name, std::wstring_view startFile) {
+    guarded(L"BaseTemplateName", [&] {
+        files_ = loadFileHistory(kFileList);
+        baseName_ = name;
+        startFile_ = startFile;
+        addFile(startFile_);
+        if (!document_.load(startFile_) || !nodes_.empty()) return;
+        mLoadTree(gstrGetTemplateHistory(document_.templates(), baseName_), startFile_);
+    });
+}
+
+void SpecializesChain::mLoadTree(std::wstring_view chain, const std::wstring& file) {
+    guarded(L"mLoadTree", [&] {
+        const auto pieces = split(chain, L"|");
+        if (pieces.empty()) return;
+        nodes_.assign(1, {std::wstring(pieces[0]), L"root", file});
+        for (std::size_t i = 1; i < pieces.size(); ++i) {
+            if (pieces[i].empty()) continue;
+            nodes_.push_back({std::wstring(pieces[i]), makeKey(i), file, nodes_.size() - 1});
+        }
+    });
+    if (!nodes_.empty()) click(0);
+}
+
+void SpecializesChain::addFile(const std::wstring& file) {
+    const auto isSame = [&](const std::wstring& one) { return compareWithoutCase(one, file) == 0; };
+    if (!file.empty() && std::ranges::none_of(files_, isSame)) files_.push_back(file);
+}
+
+void SpecializesChain::click(std::size_t index) {
+    constexpr std::wstring_view kRoutine = L"tvwTemplates_NodeClick";
+    const GasTemplate* record = guarded(kRoutine, [&] { return lookUp(index); });
+    if (record != nullptr) {
+        guarded(kRoutine, [&] { grow(index, *record); });
+        text_ = guarded(kRoutine, [&] { return std::wstring(record->Text); });
+    } else {
+        text_ = kNoSource;
+        nodes_[index].tag.clear();
+    }
+}
+
+const GasTemplate* SpecializesChain::lookUp(std::size_t index) {
+    const ChainNode& node = nodes_[index];
+    if (const GasTemplate* record = document_.find(node.text)) return record;
+    if (!node.tag.empty() && node.tag != currentFile()) {
+        if (const GasTemplate* record = lookInto(node.tag, index)) return record;
+    }
+    // Each file that is looked into becomes the current one, so a second entry of
+    // a file is skipped only right behind the first.
+    for (const std::wstring& file : files_) {
+        if (file.empty() || file == currentFile()) continue;
+        if (const GasTemplate* record = lookInto(file, index)) return record;
+    }
+    const std::wstring chosen =
+        askForFile(L"Select the node's source file", {}, false, folderOf(startFile_));
+    return chosen.empty() ? nullptr : lookInto(chosen, index);
+}
+
+const GasTemplate* SpecializesChain::lookInto(std::wstring file, std::size_t index) {
+    ChainNode& node = nodes_[index];
+    const GasTemplate* record = document_.loadAndFind(file, node.text);
+    if (record == nullptr) return nullptr;
+    addFile(file);
+    node.tag = std::move(file);
+    return record;
+}
+
+void SpecializesChain::grow(std::size_t index, const GasTemplate& record) {
+    const auto isChild = [&](const ChainNode& node) { return node.parent == index; };
+    std::wstring parent = gstrFindPropertyVal(record, L"specializes");
+    if (parent.empty() || std::ranges::any_of(nodes_, isChild)) return;
+    nodes_.push_back({std::move(parent), makeKey(nodes_.size() + 1), currentFile(), index});
+}
+
+void SpecializesChain::resetFiles() {
+    const Answer answer = askUser(L"Really reset the list of files that are searched for source?",
+                                  Icon::question, Buttons::yesNo);
+    // Kept: the name stands where a file belongs. No source is found by it, so a
+    // walk asks the user again; the next opening adds the open file.
+    if (answer == Answer::yes) files_.assign(1, baseName_);
+}
+
+void SpecializesChain::saveFiles() const {
+    mSaveFileHistory(files_, kFileList);
+}
+
+}  // namespace kestrel

@@ -1,0 +1,115 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "gas/template.h"
+
+// The chain of templates that a template specializes, followed over several
+// files: what the Specializes browser does, without its window.
+namespace kestrel {
+
+// The name to ask the chain of `record` by: its `name`, or else what it is shown as.
+std::wstring chainName(const GasTemplate& record);
+
+// The one loaded file of a chain. It remembers of the files before it what can be
+// found in them, so that looking through many files again costs no loading.
+class ChainDocument {
+  public:
+    // The file loaded last; empty at first.
+    const std::wstring& file() const noexcept { return file_; }
+    const std::vector<GasTemplate>& templates() const noexcept { return templates_; }
+
+    // Loads `file`. A failure is told to the user and false; file and templates
+    // are then as they were.
+    bool load(const std::wstring& file);
+
+    // The template whose "doc", or else whose "name", is `name`; null when there is
+    // none. It lives until the next call. A file that has changed is loaded again.
+    const GasTemplate* find(std::wstring_view name);
+
+    // As load(), then find().
+    const GasTemplate* loadAndFind(const std::wstring& file, std::wstring_view name);
+
+  private:
+    // Equal as long as a file was not written.
+    struct Stamp {
+        std::uintmax_t size = 0;
+        std::filesystem::file_time_type written;
+
+        bool operator==(const Stamp&) const = default;
+    };
+    struct Known {
+        Stamp stamp;
+        std::vector<std::size_t> values;  // hashes of its docs and names, sorted
+    };
+
+    static std::optional<Stamp> stampOf(std::wstring_view file);
+    bool lacks(const std::wstring& file, std::wstring_view name) const;
+    void remember();
+
+    std::wstring file_;
+    std::vector<GasTemplate> templates_;
+    std::optional<Stamp> stamp_;  // none: nobody needed the templates of file_ yet
+    std::unordered_map<std::wstring, Known> known_;
+    std::size_t knownValues_ = 0;
+};
+
+struct ChainNode {
+    static constexpr std::size_t kNoParent = static_cast<std::size_t>(-1);
+    std::wstring text;               // the template's doc or name
+    std::wstring key;                // "root", or "K" and a number
+    std::wstring tag;                // its file; empty when there is known to be none
+    std::size_t parent = kNoParent;  // index of the node above
+};
+
+class SpecializesChain {
+  public:
+    // Reads the files to search from the current folder's "spec.his", adds
+    // `startFile`, loads it and builds the chain of the template `name`. The root is
+    // then clicked. The chain stays empty when the file cannot be loaded.
+    void open(std::wstring_view name, std::wstring_view startFile);
+
+    // Looks for the source of the node at `index` and asks the user for its file
+    // when no file of the list has it. A node without a child gets one when its
+    // template specializes something; it is then the last node.
+    void click(std::size_t index);
+
+    // The source of the node that was clicked last.
+    const std::wstring& text() const noexcept { return text_; }
+
+    // The nodes, each behind its parent.
+    const std::vector<ChainNode>& nodes() const noexcept { return nodes_; }
+
+    // The files that are searched, in their order.
+    const std::vector<std::wstring>& files() const noexcept { return files_; }
+    // The file loaded last.
+    const std::wstring& currentFile() const noexcept { return document_.file(); }
+
+    // Asks, and then replaces the files by one entry.
+    void resetFiles();
+
+    // Writes the files into the program's folder.
+    void saveFiles() const;
+
+  private:
+    void mLoadTree(std::wstring_view chain, const std::wstring& file);
+    void addFile(const std::wstring& file);
+    const GasTemplate* lookUp(std::size_t index);
+    const GasTemplate* lookInto(std::wstring file, std::size_t index);
+    void grow(std::size_t index, const GasTemplate& record);
+
+    std::wstring baseName_;
+    std::wstring startFile_;
+    std::vector<std::wstring> files_;
+    ChainDocument document_;
+    std::vector<ChainNode> nodes_;
+    std::wstring text_;
+};
+
+}  // namespace kestrel

@@ -1,0 +1,259 @@
+#include "ui/frmSpecialize/frmSpecialize.h"
+
+#include <wx/dcclient.h>
+#include <wx/settings.h>
+#include <wx/wupdlock.h>
+
+#include <algorithm>
+#include <functional>
+#include <utility>
+
+#include "services/errors.h"
+#include "ui/common/strings.h"
+#include "ui/common/twips.h"
+
+namespace kestrel {
+namespace {
+
+constexpr long kStyle = wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER | wxMAXIMIZE_BOX;
+constexpr int kLeastTwips = 5000;
+constexpr int kFirstWidth = 860;
+constexpr int kFirstHeight = 560;
+constexpr int kTreeWidth = 240;
+constexpr int kLeastPane = 90;
+
+// Far more than any chain that people write. A tree of many more is wider than
+// toolkits can draw.
+constexpr std::size_t kMostLevels = 250;
+
+// The gap between two neighbours that can be dragged; `drag` gets the position
+// of the mouse in the parent.
+class Sash final : public wxWindow {
+  public:
+    Sash(wxWindow* parent, int width, std::function<void(int)> drag)
+        : wxWindow(parent, wxID_ANY, wxDefaultPosition, wxSize(width, -1)), drag_(std::move(drag)) {
+        SetCursor(wxCursor(wxCURSOR_SIZEWE));
+        Bind(wxEVT_LEFT_DOWN, [this](wxMouseEvent&) { CaptureMouse(); });
+        Bind(wxEVT_LEFT_UP, [this](wxMouseEvent&) {
+            if (HasCapture()) ReleaseMouse();
+        });
+        Bind(wxEVT_MOUSE_CAPTURE_LOST, [](wxMouseCaptureLostEvent&) {});
+        Bind(wxEVT_MOTION, [this](wxMouseEvent& event) {
+            if (HasCapture()) drag_(GetPosition().x + event.GetX());
+        });
+    }
+    bool AcceptsFocus() const override { return false; }
+
+  private:
+    std::function<void(int)> drag_;
+};
+
+wxButton* addResetButton(wxWindow* parent) {
+    auto* button = new wxButton(parent, wxID_ANY, "&Reset File List", wxDefaultPosition,
+                                wxDefaultSize, 0, wxDefaultValidator, "cmdCommands6");
+    button->SetToolTip("Forget the files that are searched for source");
+    return button;
+}
+
+std::array<wxButton*, TextCommands::kButtons + 1> withReset(const TextCommands& commands,
+                                                            wxButton* reset) {
+    std::array<wxButton*, TextCommands::kButtons + 1> buttons{};
+    std::ranges::copy(commands.cmdCommands, buttons.begin());
+    buttons.back() = reset;
+    return buttons;
+}
+
+}  // namespace
+
+frmSpecialize::frmSpecialize(wxWindow* parent, OpenFile openFile)
+    : wxDialog(parent, wxID_ANY, "Specializes Browser", wxDefaultPosition, wxDefaultSize, kStyle,
+               "frmSpecialize"),
+      openFile_(std::move(openFile)),
+      commands_(*this, openFile_),
+      treeWidth_(FromDIP(kTreeWidth)),
+      txtView(commands_.txtView),
+      tvwTemplates(new wxTreeCtrl(this, wxID_ANY, wxDefaultPosition, wxDefaultSize,
+                                  wxTR_DEFAULT_STYLE | wxTR_SINGLE | wxBORDER_NONE,
+                                  wxDefaultValidator, "tvwTemplates")),
+      cmdCommands(withReset(commands_, addResetButton(this))),
+      stbMain(commands_.stbMain) {
+    // Esc is one of the commands' keys, on its release.
+    SetEscapeId(wxID_NONE);
+    tvwTemplates->MoveBeforeInTabOrder(txtView);
+    cmdCommands.back()->MoveBeforeInTabOrder(cmdCommands[TextCommands::kScriptEditor]);
+    layOut();
+    bindTree();
+    cmdCommands.back()->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) {
+        guarded(L"cmdCommands", [this] { chain_.resetFiles(); });
+    });
+    commands_.watchKeys();
+    Bind(wxEVT_CLOSE_WINDOW, &frmSpecialize::closing, this);
+    tvwTemplates->SetFocus();
+}
+
+frmSpecialize::~frmSpecialize() {
+    saveFiles();
+    // A tree may select while it is taken apart.
+    tvwTemplates->Unbind(wxEVT_TREE_SEL_CHANGED, &frmSpecialize::selected, this);
+}
+
+void frmSpecialize::layOut() {
+    const int margin = commands_.margin();
+    wxSizer* buttons = buttonRow();
+    auto* column = new wxBoxSizer(wxVERTICAL);
+    column->Add(panes(), wxSizerFlags(1).Expand().Border(wxALL, margin));
+    column->Add(buttons, wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxBOTTOM, margin));
+    column->Add(stbMain, wxSizerFlags().Expand());
+    SetSizer(column);
+    Bind(wxEVT_PAINT, &frmSpecialize::paintBorder, this);
+    Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
+        fitTree();
+        event.Skip();
+    });
+    const int least = fromTwips(*this, kLeastTwips);
+    SetMinSize(wxSize(std::max(least, buttons->CalcMin().x + 2 * margin), least));
+    SetSize(FromDIP(wxSize(kFirstWidth, kFirstHeight)));
+    CentreOnParent();
+}
+
+wxSizer* frmSpecialize::panes() {
+    const int margin = commands_.margin();
+    auto* sash = new Sash(this, margin, [this, margin](int x) {
+        treeWidth_ = x - margin;
+        fitTree();
+        Layout();
+        Refresh();
+    });
+    auto* row = new wxBoxSizer(wxHORIZONTAL);
+    treeItem_ = row->Add(tvwTemplates, wxSizerFlags().Expand());
+    row->Add(sash, wxSizerFlags().Expand());
+    row->Add(txtView, wxSizerFlags(1).Expand());
+    return row;
+}
+
+wxSizer* frmSpecialize::buttonRow() {
+    wxSizer* row = commands_.buttonRow();
+    row->Insert(1, cmdCommands.back(), wxSizerFlags().Expand().Border(wxLEFT, commands_.margin()));
+    return row;
+}
+
+// The tree looks as the pane beside it, whose border is painted after this.
+void frmSpecialize::paintBorder(wxPaintEvent& event) {
+    wxPaintDC canvas(this);
+    canvas.SetPen(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNSHADOW));
+    canvas.SetBrush(*wxTRANSPARENT_BRUSH);
+    canvas.DrawRectangle(tvwTemplates->GetRect().Inflate(1));
+    event.Skip();
+}
+
+void frmSpecialize::fitTree() {
+    const int least = FromDIP(kLeastPane);
+    const int most = GetClientSize().x - 3 * commands_.margin() - least;
+    treeItem_->SetMinSize(std::max(least, std::min(treeWidth_, most)), -1);
+}
+
+void frmSpecialize::bindTree() {
+    tvwTemplates->Bind(wxEVT_TREE_SEL_CHANGED, &frmSpecialize::selected, this);
+    tvwTemplates->Bind(wxEVT_TREE_ITEM_ACTIVATED, &frmSpecialize::activated, this);
+    tvwTemplates->Bind(wxEVT_LEFT_DOWN, &frmSpecialize::pressed, this);
+    tvwTemplates->Bind(wxEVT_TREE_ITEM_GETTOOLTIP, [this](wxTreeEvent& event) {
+        const auto item = std::ranges::find(items_, event.GetItem());
+        if (item == items_.end()) return;
+        const auto node = static_cast<std::size_t>(item - items_.begin());
+        event.SetToolTip(shownLine(chain_.nodes()[node].tag));
+    });
+}
+
+void frmSpecialize::selected(wxTreeEvent&) {
+    clickLater();
+}
+
+void frmSpecialize::activated(wxTreeEvent&) {
+    clickLater();
+}
+
+// A click on the selected node is one too, though it selects nothing.
+void frmSpecialize::pressed(wxMouseEvent& event) {
+    int where = 0;
+    const wxTreeItemId item = tvwTemplates->HitTest(event.GetPosition(), where);
+    const bool onNode = (where & (wxTREE_HITTEST_ONITEMICON | wxTREE_HITTEST_ONITEMLABEL)) != 0;
+    if (onNode && item == tvwTemplates->GetSelection()) clickLater();
+    event.Skip();
+}
+
+// A click may ask the user. The tree has to be done with the mouse and the key
+// before.
+void frmSpecialize::clickLater() {
+    if (filling_ || std::exchange(clicked_, true)) return;
+    CallAfter([this] {
+        clicked_ = false;
+        nodeClicked();
+    });
+}
+
+void frmSpecialize::nodeClicked() {
+    const auto item = std::ranges::find(items_, tvwTemplates->GetSelection());
+    if (item == items_.end()) return;
+    if (!mayReplaceText()) return showChain(shown_);
+    shown_ = static_cast<std::size_t>(item - items_.begin());
+    chain_.click(shown_);
+    showChain(shown_);
+    TextBlock(chain_.text());
+}
+
+bool frmSpecialize::mayReplaceText() const {
+    if (!txtView->canEdit() || !txtView->changed()) return true;
+    return askUser(L"Source has been changed. Go on and discard changes?", Icon::question,
+                   Buttons::yesNo) == Answer::yes;
+}
+
+// Adds the nodes that the tree does not have yet.
+void frmSpecialize::showChain(std::size_t selectedNode) {
+    filling_ = true;
+    const wxWindowUpdateLocker noPainting(tvwTemplates);
+    const std::size_t count = std::min(chain_.nodes().size(), kMostLevels);
+    for (std::size_t i = items_.size(); i < count; ++i) {
+        const ChainNode& node = chain_.nodes()[i];
+        const wxString label = shownLine(node.text);
+        const bool root = node.parent == ChainNode::kNoParent;
+        items_.push_back(root ? tvwTemplates->AddRoot(label)
+                              : tvwTemplates->AppendItem(items_[node.parent], label));
+        if (!root) tvwTemplates->Expand(items_[node.parent]);
+    }
+    if (selectedNode < items_.size()) tvwTemplates->SelectItem(items_[selectedNode]);
+    filling_ = false;
+}
+
+void frmSpecialize::BaseTemplateName(std::wstring_view name) {
+    unsaved_ = true;
+    chain_.open(name, openFile_.path ? openFile_.path() : std::wstring());
+    if (chain_.nodes().empty()) return;
+    showChain(0);
+    TextBlock(chain_.text());
+}
+
+void frmSpecialize::TextBlock(std::wstring_view text) {
+    guarded(L"TextBlock", [&] { txtView->setText(text); });
+    commands_.refresh();
+}
+
+bool frmSpecialize::Show(bool show) {
+    if (show) commands_.takeCaption();
+    return wxDialog::Show(show);
+}
+
+void frmSpecialize::closing(wxCloseEvent& event) {
+    if (event.CanVeto() && !commands_.mayClose()) return event.Veto();
+    saveFiles();
+    if (IsModal()) {
+        EndModal(wxID_CANCEL);
+    } else {
+        Destroy();
+    }
+}
+
+void frmSpecialize::saveFiles() {
+    if (std::exchange(unsaved_, false)) chain_.saveFiles();
+}
+
+}  // namespace kestrel

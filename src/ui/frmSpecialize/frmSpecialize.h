@@ -1,0 +1,74 @@
+#pragma once
+
+#include <wx/dialog.h>
+#include <wx/treectrl.h>
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "gas/chain.h"
+#include "ui/common/textcommands.h"
+
+namespace kestrel {
+
+// The Specializes browser: the chain of a template as a tree and, beside it, the
+// source of the node that was clicked last. The caller names the template and
+// shows the window, modal or not. One that is shown modeless destroys itself when
+// it closes.
+class frmSpecialize final : public wxDialog {
+  public:
+    frmSpecialize(wxWindow* parent, OpenFile openFile);
+    ~frmSpecialize() override;
+
+    // Builds the chain of the template `name` of the open file.
+    void BaseTemplateName(std::wstring_view name);
+
+    // As those of frmView.
+    void CanEdit(bool can) { txtView->canEdit(can); }
+    void TextFormat(int format) { txtView->textFormat(format); }
+    void TextBlock(std::wstring_view text);
+    std::wstring TextBlock() const { return txtView->text(); }
+    bool TextBlockChanged() const { return txtView->changed(); }
+
+    bool Show(bool show = true) override;
+
+  private:
+    void layOut();
+    wxSizer* panes();
+    wxSizer* buttonRow();
+    void paintBorder(wxPaintEvent& event);
+    // Gives the tree the width that the user chose, as far as the text keeps some.
+    void fitTree();
+    void bindTree();
+
+    void selected(wxTreeEvent& event);
+    void activated(wxTreeEvent& event);
+    void pressed(wxMouseEvent& event);
+    void clickLater();
+    void nodeClicked();
+    bool mayReplaceText() const;
+    void showChain(std::size_t selectedNode);
+    void closing(wxCloseEvent& event);
+    void saveFiles();
+
+    OpenFile openFile_;
+    TextCommands commands_;
+    SpecializesChain chain_;
+    std::vector<wxTreeItemId> items_;  // of the chain's nodes
+    std::size_t shown_ = 0;            // the node whose source is shown
+    wxSizerItem* treeItem_ = nullptr;
+    int treeWidth_;
+    bool filling_ = false;  // the tree changes by code, not by the user
+    bool clicked_ = false;  // a click waits for its events to end
+    bool unsaved_ = false;
+
+  public:
+    TextPane* const txtView;
+    wxTreeCtrl* const tvwTemplates;
+    const std::array<wxButton*, TextCommands::kButtons + 1> cmdCommands;
+    wxStatusBar* const stbMain;
+};
+
+}  // namespace kestrel
