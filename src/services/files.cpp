@@ -28,10 +28,11 @@ std::wstring gstrReadFile(std::wstring_view path) {
     return guarded(L"gstrReadFile", [&] { return widen(readFileBytes(path)); });
 }
 
-bool writeFile(std::wstring_view path, std::wstring_view text, std::wstring_view backup) {
+bool writeFile(std::wstring_view path, std::wstring_view text, std::wstring_view backup,
+               bool tidy) {
     return guarded(L"gWriteFile", [&] {
         if (path.empty()) return false;
-        filesystem::replace(path, narrow(text), backup);
+        filesystem::replace(path, narrow(text), backup, tidy);
         return true;
     });
 }

@@ -33,7 +33,15 @@ std::optional<std::string> read(std::wstring_view path);
 // link it is the link's target that is replaced. When `backup` is not empty the
 // replaced file is kept there; at every moment one of the two is complete.
 // Throws when anything fails; the file is then as it was.
-void replace(std::wstring_view path, std::string_view bytes, std::wstring_view backup);
+//
+// With `tidy`, temporary siblings of the file that killed runs left are removed
+// as well. That looks at the whole folder: who writes many files of one folder
+// leaves it out, and calls removeLeftBehind() once.
+void replace(std::wstring_view path, std::string_view bytes, std::wstring_view backup,
+             bool tidy = true);
+
+// Removes the temporary siblings that killed runs left in `folder`.
+void removeLeftBehind(std::wstring_view folder);
 
 // A new empty file, readable by the user alone, whose name begins with
 // `prefix`, in the folder for temporary files.

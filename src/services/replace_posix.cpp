@@ -208,18 +208,24 @@ bool isLeftBehind(std::string_view rest) {
     return ::kill(static_cast<pid_t>(process), 0) != 0 && errno == ESRCH;
 }
 
-// Removes what killed runs left behind of `name`.
-void removeLeftBehind(const std::string& name) {
-    const std::string folder = folderOf(name);
-    const std::string start = temporaryStart(name);
+// Removes what killed runs left behind in `folder` of the files whose temporary
+// siblings begin with `start`; with an empty one, of all files.
+void removeSiblings(const std::string& folder, std::string_view start) {
     DIR* entries = ::opendir(folder.c_str());
     if (entries == nullptr) return;
     while (const dirent* entry = ::readdir(entries)) {
         const std::string_view found = entry->d_name;
-        if (!found.starts_with(start) || !isLeftBehind(found.substr(start.size()))) continue;
-        ::unlink((folder + entry->d_name).c_str());
+        if (!found.starts_with('.') || !found.ends_with(kTemporaryEnd)) continue;
+        const std::size_t dot = found.rfind('.', found.size() - kTemporaryEnd.size() - 1);
+        const std::string_view common = found.substr(0, dot + 1);
+        if (dot == 0 || (!start.empty() && common != start)) continue;
+        if (isLeftBehind(found.substr(dot + 1))) ::unlink((folder + entry->d_name).c_str());
     }
     ::closedir(entries);
+}
+
+void removeSiblingsOf(const std::string& name) {
+    removeSiblings(folderOf(name), temporaryStart(name));
 }
 
 // Makes the renames in the folder of `name` last. The file is whole in any case,
@@ -242,7 +248,8 @@ std::string checkedName(std::wstring_view path, const File::Failure& failure) {
 
 }  // namespace
 
-void replaceFile(std::wstring_view path, std::string_view bytes, std::wstring_view backup) {
+void replaceFile(std::wstring_view path, std::string_view bytes, std::wstring_view backup,
+                 bool tidy) {
     const File::Failure failure{kWrite, path};
     const Place old = placeBehind(checkedName(path, failure), failure);
     const Sibling fresh(old.name, failure);
@@ -251,11 +258,15 @@ void replaceFile(std::wstring_view path, std::string_view bytes, std::wstring_vi
         const File::Failure backupFailure{kWrite, backup};
         const std::string backupName = checkedName(backup, backupFailure);
         keepAt(backupName, old, backupFailure);
-        removeLeftBehind(backupName);
+        if (tidy) removeSiblingsOf(backupName);
     }
     fresh.renameTo(old.name, failure);
     syncFolder(old.name);
-    removeLeftBehind(old.name);
+    if (tidy) removeSiblingsOf(old.name);
+}
+
+void removeLeftBehind(std::wstring_view folder) {
+    removeSiblings(nameOf(folder) + "/", {});
 }
 
 }  // namespace kestrel::posix

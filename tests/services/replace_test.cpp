@@ -12,6 +12,7 @@
 #include "services/bytes.h"
 #include "services/faults.h"
 #include "services/files.h"
+#include "services/filesystem.h"
 #include "services/histories.h"
 #include "services/settings.h"
 #include "support/recordinghost.h"
@@ -314,6 +315,19 @@ TEST_F(Replace, TemporaryFilesOfLiveProcessesAndStrangersStay) {
     folder.put(L".f.2147483646-0123456789abcdef.tmp", "");
     ASSERT_TRUE(write(false));
     EXPECT_EQ(strays(), kept.size());
+    for (const std::string& name : kept) EXPECT_EQ(folder.bytes(fromUtf8(name)), "") << name;
+}
+
+TEST_F(Replace, AWholeFolderIsTidiedAtOnce) {
+    const std::string live = ".f." + std::to_string(::getpid()) + "-0123456789abcdef.tmp";
+    const Lines kept = {live, ".tmp", "f.2147483646-0123456789abcdef.tmp", "x.tmp"};
+    for (const std::string& name : kept) folder.put(fromUtf8(name), "");
+    folder.put(L".f.2147483646-0123456789abcdef.tmp", "");
+    folder.put(L".a.b.tab.2147483646-0123456789abcdef.tmp", "");
+    ASSERT_TRUE(writeFile(folder.path(L"f"), kNew, {}, false));
+    EXPECT_EQ(folder.names().size(), kept.size() + 3) << "left for later";
+    filesystem::removeLeftBehind(folder.path());
+    EXPECT_EQ(folder.names().size(), kept.size() + 1);
     for (const std::string& name : kept) EXPECT_EQ(folder.bytes(fromUtf8(name)), "") << name;
 }
 
