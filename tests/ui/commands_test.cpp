@@ -47,6 +47,17 @@ class Commands : public UiTest {
     std::wstring file;
 };
 
+// The title of the dialog that the command `run` opens.
+std::string dialogOf(const std::function<void()>& run) {
+    std::string title;
+    const ExpectDialog dialog([&](wxDialog& shownDialog) {
+        title = shownDialog.GetTitle().utf8_string();
+        return wxID_CANCEL;
+    });
+    run();
+    return title;
+}
+
 TEST_F(Commands, TableReadsAsTheProductsTexts) {
     const struct {
         const char* key;
@@ -167,10 +178,10 @@ TEST_F(Commands, SomeEntriesAreRepeatedOnlyOnceTheyWorked) {
     press("Tool");
     EXPECT_EQ(host.log.back(), "run: /opt/three | /opt/three");
 
-    choose("SaveMulti");
+    EXPECT_EQ(dialogOf([&] { choose("SaveMulti"); }), "Convert Multiple .gas to TAB Delimited");
     choose("SaveCurrent");  // cancelled
     host.log.clear();
-    press("Save");
+    EXPECT_EQ(dialogOf([&] { press("Save"); }), "Convert Multiple .gas to TAB Delimited");
     EXPECT_EQ(host.logged("save"), Lines{}) << "the last one that was stored is Multiple Files";
 }
 
@@ -301,6 +312,7 @@ TEST_F(Commands, DoubleClicksFollowTheChain) {
 
 TEST_F(Commands, ChainNeedsSomethingToSpecialize) {
     open();
+    EXPECT_EQ(dialogOf([&] { command("Chain"); }), "Specializes Browser");
     window->lvwTemplates->selectRow(1);
     window->lvwTemplates->onSelect();
     command("Chain");

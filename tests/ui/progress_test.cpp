@@ -12,7 +12,9 @@ namespace {
 // The dialog at work over the real toolkit.
 class ProgressDialog : public UiTest {
   protected:
-    ProgressDialog() : frame(new wxFrame(nullptr, wxID_ANY, "owner")), owner(*frame) {
+    ProgressDialog() : frame(new wxFrame(nullptr, wxID_ANY, "owner")) {
+        // Not the first control: what had the keyboard gets it back.
+        new wxTextCtrl(frame, wxID_ANY);
         field = new wxTextCtrl(frame, wxID_ANY);
         frame->Show();
         field->SetFocus();
@@ -23,11 +25,11 @@ class ProgressDialog : public UiTest {
     ProgressMakerWx maker;
     wxFrame* frame;
     wxTextCtrl* field;
-    OwnerWx owner;
 };
 
 TEST_F(ProgressDialog, IsShownPaintedAndGoneWithItsScope) {
     {
+        OwnerWx owner(*frame);
         ProgressScope scope(nullptr, &owner, L"Processing: two.gas");
         const frmProgress* dialog = frmProgress::current();
         ASSERT_NE(dialog, nullptr);
@@ -45,6 +47,7 @@ TEST_F(ProgressDialog, IsShownPaintedAndGoneWithItsScope) {
 }
 
 TEST_F(ProgressDialog, AnswersOnlyOnOddPercentages) {
+    OwnerWx owner(*frame);
     ProgressScope scope(nullptr, &owner, L"");
     frmProgress& dialog = *frmProgress::current();
     EXPECT_EQ(dialog.lblProces->GetLabelText(), "False");
@@ -65,6 +68,7 @@ TEST_F(ProgressDialog, AnswersOnlyOnOddPercentages) {
 
 TEST_F(ProgressDialog, EscapeAndClosingAreRequestsToCancel) {
     for (const bool escape : {true, false}) {
+        OwnerWx owner(*frame);
         ProgressScope scope(nullptr, &owner, L"x");
         frmProgress& dialog = *frmProgress::current();
         if (escape) {
@@ -90,6 +94,7 @@ TEST_F(ProgressDialog, CannotBeCancelledWhenItsWorkCannotStop) {
 }
 
 TEST_F(ProgressDialog, AMillionStepsTakeNoTime) {
+    OwnerWx owner(*frame);
     ProgressScope scope(nullptr, &owner, L"x");
     const auto start = std::chrono::steady_clock::now();
     for (int i = 0; i < 1'000'000; ++i)

@@ -109,7 +109,6 @@ std::wstring ClockWx::longDate() const {
 }
 
 void OwnerWx::enable(bool enabled) {
-    if (!enabled) focused_ = wxWindow::FindFocus();
     window_.Enable(enabled);
 }
 

@@ -63,13 +63,14 @@ class ClockWx final : public Clock {
 // A window as the owner of a progress dialog.
 class OwnerWx final : public Owner {
   public:
-    explicit OwnerWx(wxWindow& window) : window_(window) {}
+    // Remembers what has the keyboard now, before any dialog takes it.
+    explicit OwnerWx(wxWindow& window) : window_(window), focused_(wxWindow::FindFocus()) {}
     void enable(bool enabled) override;
     void focus() override;
 
   private:
     wxWindow& window_;
-    wxWindow* focused_ = nullptr;  // what had the keyboard when it was disabled
+    wxWindow* focused_;
 };
 
 // Everything above, with the lifetime of the program.

@@ -45,7 +45,7 @@ std::vector<Command> makeTable() {
         repeater("Save", "Save Template (Tab Delimited)", "save"),
         entry("Save", "SaveCurrent", "Current Only", kDone, [](W& w) { return w.saveCurrent(); }),
         entry("Save", "SaveMulti", "Multiple Files", kChosen,
-              [](W& w) { return w.notImplemented(); }),
+              [](W& w) { return w.convertFolder(); }),
         button("Find", "Find Again (dropdown for where/what)", "find-again",
                [](W& w) { return w.findAgain(); }),
         entry("Find", "FindTemplate", "Find Template Name", Repeat::never,

@@ -71,6 +71,7 @@ class frmMain final : public wxFrame {
     bool previewAll();
     bool notImplemented();
     bool saveCurrent();
+    bool convertFolder();
     enum class SearchKind { none, properties, templates };
     bool find(SearchKind kind);
     bool findAgain();

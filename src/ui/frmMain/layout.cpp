@@ -76,8 +76,7 @@ wxWindow* frmMain::buildInfoPane(wxWindow* parent) {
     tvwInfo = new wxTreeCtrl(views, wxID_ANY, wxDefaultPosition, wxDefaultSize,
                              wxTR_DEFAULT_STYLE | wxTR_SINGLE, wxDefaultValidator, "tvwInfo");
     lvwProperties = new ReportList(
-        views, "lvwProperties",
-        {{L"Property", 90, 1}, {L"Value", 80, 2}, {L"Group", 105, 2}},
+        views, "lvwProperties", {{L"Property", 90, 1}, {L"Value", 80, 2}, {L"Group", 105, 2}},
         [this](std::size_t position, std::size_t column) {
             const GasTemplate* record = selectedTemplate();
             return record == nullptr ? std::wstring()

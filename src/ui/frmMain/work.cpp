@@ -13,6 +13,7 @@
 #include "text/render.h"
 #include "ui/common/strings.h"
 #include "ui/frmAbout/frmAbout.h"
+#include "ui/frmExport/frmExport.h"
 #include "ui/frmMain/frmMain.h"
 #include "ui/frmSpecialize/frmSpecialize.h"
 #include "ui/frmView/frmView.h"
@@ -68,6 +69,11 @@ bool frmMain::saveCurrent() {
     const Answer edit = askUser(L"File saved successfully. Do you wish to edit the file?",
                                 Icon::information, Buttons::yesNo);
     if (edit == Answer::yes) openInNotepad(path);
+    return true;
+}
+
+bool frmMain::convertFolder() {
+    frmExport(this).ShowModal();
     return true;
 }
 

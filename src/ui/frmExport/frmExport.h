@@ -1,0 +1,67 @@
+#pragma once
+
+#include <wx/button.h>
+#include <wx/checkbox.h>
+#include <wx/dialog.h>
+#include <wx/sizer.h>
+#include <wx/statbox.h>
+#include <wx/stattext.h>
+#include <wx/textctrl.h>
+
+#include <array>
+#include <string>
+
+#include "ui/common/combo.h"
+
+namespace kestrel {
+
+// Asks what to convert, and converts it. Shown modal.
+class frmExport final : public wxDialog {
+  public:
+    explicit frmExport(wxWindow* parent);
+
+    enum Command { kDone, kConvert, kPickSource, kPickTarget, kCommands };
+    enum Label { lblSource, lblTarget, lblTitle, lblAuthor, lblBuild, lblCopyright, kLabels };
+
+    wxStaticBox* fraMain;
+    HistoryCombo* cboSourceFolder;
+    HistoryCombo* cboTarget;
+    wxStaticBox* fraOptional;
+    wxCheckBox* chkSingleFile;
+    wxTextCtrl* txtTitle;
+    wxTextCtrl* txtAuthor;
+    wxTextCtrl* txtBuild;
+    wxTextCtrl* txtCopyright;
+    std::array<wxStaticText*, kLabels> lblGeneric;
+    std::array<wxButton*, kCommands> cmdCommands;
+
+    // Takes over a file or folder that was dropped on the dialog: a folder, or
+    // that of a `.gas` file, becomes the source. False for anything else.
+    bool drop(const std::wstring& path);
+
+  private:
+    wxSizer* buildMain();
+    wxSizer* buildOptional();
+    wxSizer* buildButtons();
+    wxStaticText* addLabel(Label index, wxWindow* parent, const wxString& text);
+    HistoryCombo* addCombo(wxWindow* parent, const wxString& name);
+    wxTextCtrl* addText(wxFlexGridSizer& grid, Label label, const wxString& text,
+                        const wxString& name);
+    void layOut();
+    void keepHeight();
+    void bindWindow();
+
+    void sourceChanged();
+    void modeChanged();
+    void convertOnEnter();
+    void convert();
+    bool mayWrite(const std::wstring& target) const;
+    std::wstring header() const;
+    void pickSource();
+    void pickTarget();
+    void choose(HistoryCombo& box, const std::wstring& text);
+    void keyPressed(wxKeyEvent& event);
+    void closing(wxCloseEvent& event);
+};
+
+}  // namespace kestrel
