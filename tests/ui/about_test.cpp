@@ -17,8 +17,7 @@ class AboutBox : public UiTest {
 
     frmAbout& shown(std::wstring_view website) {
         auto* box = new frmAbout(nullptr, website);
-        box->Show();
-        settle();
+        show(*box);
         return *box;
     }
 };

@@ -31,10 +31,9 @@ class Export : public UiTest {
   protected:
     void open() {
         auto* parent = new wxFrame(nullptr, wxID_ANY, "owner");
-        parent->Show();
+        show(*parent);
         dialog = new frmExport(parent);
-        dialog->Show();
-        settle();
+        show(*dialog);
     }
 
     // What typing into the box does.

@@ -75,6 +75,28 @@ void waitUntil(const char* what, const std::function<bool()>& holds) {
     settle();
 }
 
+void show(wxTopLevelWindow& window) {
+    window.Show();
+    auto raised = std::chrono::steady_clock::now();
+    waitUntil("the window manager has placed the window", [&] {
+        constexpr int kNone = 30;  // less than what any placed window reads
+        const bool placed = window.GetSize().x > kNone && window.GetSize().y > kNone;
+        // One that opens while another closes may come up behind, without the keyboard.
+        if (placed && !window.IsActive() && std::chrono::steady_clock::now() - raised > 200ms) {
+            window.Raise();
+            raised = std::chrono::steady_clock::now();
+        }
+        return placed && window.IsActive();
+    });
+}
+
+void resize(wxTopLevelWindow& window, const wxSize& size) {
+    wxSize wanted = size;
+    wanted.IncTo(window.GetMinSize());
+    window.SetSize(size);
+    waitUntil("the window has its size", [&] { return window.GetSize() == wanted; });
+}
+
 void click(wxButton& button) {
     ASSERT_TRUE(usable(button)) << "nobody can press " << button.GetLabel();
     wxCommandEvent event(wxEVT_BUTTON, button.GetId());
@@ -127,7 +149,11 @@ int DialogGuard::Enter(wxDialog* dialog) {
 std::string openWindows() {
     std::string text = "open windows:";
     for (const wxWindow* window : wxTopLevelWindows) {
-        text += "\n  " + window->GetName().utf8_string() + ": " + window->GetLabel().utf8_string();
+        const wxSize size = window->GetSize();
+        text +=
+            "\n  " + window->GetName().utf8_string() + ": " + window->GetLabel().utf8_string() +
+            " (" + std::to_string(size.x) + " x " + std::to_string(size.y) +
+            (window->HasFocus() || window->IsDescendant(wxWindow::FindFocus()) ? ", active)" : ")");
     }
     return text;
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <wx/button.h>
 #include <wx/testing.h>
+#include <wx/toplevel.h>
 #include <wx/window.h>
 
 #include <functional>
@@ -32,6 +33,13 @@ void settle();
 // Lets events run until `holds`; fails with `what` when it does not within five
 // seconds.
 void waitUntil(const char* what, const std::function<bool()>& holds);
+
+// Shows the window and waits until the window manager has placed it: before that
+// its size is none that a user sees.
+void show(wxTopLevelWindow& window);
+
+// Asks for a size and waits until the window has it, or its least one.
+void resize(wxTopLevelWindow& window, const wxSize& size);
 
 // What a user can do with the control that is shown and enabled; the test fails
 // when this one is not.

@@ -19,10 +19,7 @@ constexpr const char* kTwoTemplates =
 
 class MainWindow : public UiTest {
   protected:
-    MainWindow() : window(new frmMain) {
-        window->Show();
-        settle();
-    }
+    MainWindow() : window(new frmMain) { show(*window); }
 
     // Opens two templates from a new file.
     void openTwo() {
@@ -216,10 +213,9 @@ TEST_F(MainWindow, RefusesCommandsAndClosingWhileWorkGoesOn) {
 
 TEST_F(MainWindow, IsNeverSmallerThanItsContentNeeds) {
     const wxSize least(fromTwips(*window, 9000), fromTwips(*window, 6250));
-    waitUntil("the window opens at its least size", [&] { return window->GetSize() == least; });
-    window->SetSize(least / 2);
-    waitUntil("the window has its least size again",
-              [&] { return window->GetSize().x >= least.x && window->GetSize().y >= least.y; });
+    EXPECT_EQ(window->GetSize(), least);
+    resize(*window, least / 2);
+    EXPECT_EQ(window->GetSize(), least);
 }
 
 // The control's place in its window.
@@ -242,7 +238,7 @@ TEST_F(MainWindow, LaysOutInRowsAndPanes) {
                placeOf(window->fraTemplate).GetRight() < placeOf(window->fraInfo).x &&
                placeOf(window->tvwInfo).GetRight() < placeOf(window->lvwProperties).x;
     });
-    window->SetSize(window->GetSize() + wxSize(600, 300));
+    resize(*window, window->GetSize() + wxSize(600, 300));
     for (const int index :
          {frmMain::kSource, frmMain::kParsed, frmMain::kListed, frmMain::kChain}) {
         waitUntil("the button is in one row with the box, below the list", [&] {

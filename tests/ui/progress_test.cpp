@@ -16,7 +16,7 @@ class ProgressDialog : public UiTest {
         // Not the first control: what had the keyboard gets it back.
         new wxTextCtrl(frame, wxID_ANY);
         field = new wxTextCtrl(frame, wxID_ANY);
-        frame->Show();
+        show(*frame);
         field->SetFocus();
         gProgram().host.progress = &maker;
         waitUntil("the field has the keyboard", [this] { return field->HasFocus(); });

@@ -14,9 +14,7 @@ namespace {
 class RealKeys : public UiTest {
   protected:
     static void activate(wxTopLevelWindow& window) {
-        window.Show();
-        window.Raise();
-        waitUntil("the window is active", [&] { return window.IsActive(); });
+        show(window);
         wxUIActionSimulator().MouseMove(1, 1);
         settle();
     }

@@ -16,7 +16,7 @@ class Report : public UiTest {
                                   return rows.at(position).at(column);
                               });
         list->onSelect = [this] { ++selections; };
-        frame->Show();
+        show(*frame);
         list->fill(rows.size());
         settle();
     }

@@ -36,7 +36,7 @@ class Specialize : public UiTest {
         openPath = std::move(path);
         window = new frmSpecialize(nullptr, {[this] { return openPath; }, [this] { ++reloads; }});
         window->BaseTemplateName(name);
-        window->Show();
+        show(*window);
         waitUntil("the tree has the keyboard", [this] { return window->tvwTemplates->HasFocus(); });
     }
 
@@ -227,8 +227,7 @@ TEST_F(Specialize, AsksBeforeANodeReplacesAChangedText) {
 TEST_F(Specialize, TreeAndTextShareTheWindowAboveOneRowOfButtons) {
     open(L"dinghy_tender", sample(L"chain-a.gas"));
     for (const wxSize size : {wxSize(10, 10), wxSize(900, 700)}) {
-        window->SetSize(size);
-        settle();
+        resize(*window, size);
         EXPECT_GE(window->GetSize().x, fromTwips(*window, 5000));
         EXPECT_GE(window->GetSize().y, fromTwips(*window, 5000));
         const wxRect tree = window->tvwTemplates->GetRect();
