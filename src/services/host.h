@@ -149,6 +149,9 @@ class Clock {
     virtual std::wstring longDate() const = 0;
 };
 
+// The closed library that reads archives, declared in tank/library.h.
+class TankLibrary;
+
 // The host's interfaces. A null one is a host without that ability: the core
 // then does nothing where it would have called it.
 struct Host {
@@ -159,6 +162,7 @@ struct Host {
     Shell* shell = nullptr;
     Clipboard* clipboard = nullptr;
     Clock* clock = nullptr;
+    TankLibrary* tank = nullptr;
 };
 
 }  // namespace kestrel

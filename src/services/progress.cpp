@@ -20,7 +20,8 @@ void attempt(Step step) noexcept {
 
 }  // namespace
 
-ProgressScope::ProgressScope(Progress* given, Owner* owner, std::wstring_view process)
+ProgressScope::ProgressScope(Progress* given, Owner* owner,
+                             std::optional<std::wstring_view> process)
     : owner_(owner), wasShowing_(gProgram().progressShowing), dialog_(given) {
     ProgressMaker* maker = gProgram().host.progress;
     if (given != nullptr || maker == nullptr) return;
@@ -30,7 +31,7 @@ ProgressScope::ProgressScope(Progress* given, Owner* owner, std::wstring_view pr
     gProgram().progressShowing = true;
     try {
         if (owner_ != nullptr) owner_->enable(false);
-        dialog_->Process(process);
+        if (process) dialog_->Process(*process);
         dialog_->SubProcess({});
         dialog_->show(owner_);
     } catch (...) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "services/host.h"
@@ -10,13 +11,13 @@ namespace kestrel {
 
 // The progress dialog of one long operation: the caller's own, or one made here
 // when the caller has none. One made here is shown with `process` as its text
-// while `owner` (may be null) is disabled and the program's progress flag is
-// set; the end of the scope unloads it, sets the flag back to what it was, and
-// enables and focuses the owner, on every path out. The caller's own is left as
-// it is.
+// (with nothing, it keeps the text that it was made with) while `owner` (may be
+// null) is disabled and the program's progress flag is set; the end of the scope
+// unloads it, sets the flag back to what it was, and enables and focuses the
+// owner, on every path out. The caller's own is left as it is.
 class ProgressScope {
   public:
-    ProgressScope(Progress* given, Owner* owner, std::wstring_view process);
+    ProgressScope(Progress* given, Owner* owner, std::optional<std::wstring_view> process);
     ~ProgressScope();
     ProgressScope(const ProgressScope&) = delete;
     ProgressScope& operator=(const ProgressScope&) = delete;

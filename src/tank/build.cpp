@@ -1,0 +1,97 @@
+#include "tank/build.h"
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <optional>
+
+#include "services/errors.h"
+#include "services/text.h"
+
+namespace kestrel {
+namespace {
+
+constexpr std::wstring_view kNumeric = L"0123456789+-.eE";
+
+std::optional<double> numberOf(std::wstring_view text) noexcept {
+    text = trim(text);
+    // Neither the names of numbers that are none nor more digits than one can have.
+    constexpr std::size_t kLongest = 64;
+    if (text.size() > kLongest || text.find_first_not_of(kNumeric) != text.npos) return {};
+    if (text.starts_with(L'+') && !text.starts_with(L"+-")) text.remove_prefix(1);
+    char digits[kLongest];
+    for (std::size_t i = 0; i < text.size(); ++i) digits[i] = static_cast<char>(text[i]);
+    const char* end = digits + text.size();
+    double number = 0;
+    const auto result = std::from_chars(digits, end, number);
+    if (result.ptr != end || text.empty()) return {};
+    if (result.ec == std::errc::result_out_of_range) {
+        return std::numeric_limits<double>::infinity();
+    }
+    return result.ec == std::errc() ? std::optional(number) : std::nullopt;
+}
+
+}  // namespace
+
+std::wstring quoted(std::wstring_view text) {
+    std::wstring result = L"\"";
+    return result.append(trim(text)) += L'"';
+}
+
+bool isNumber(std::wstring_view text) noexcept {
+    return numberOf(text).has_value();
+}
+
+std::int16_t priorityOf(std::wstring_view text) {
+    const double number = std::nearbyint(numberOf(text).value_or(0));
+    using Limits = std::numeric_limits<std::int16_t>;
+    if (number < Limits::min() || number > Limits::max()) {
+        throw RunTimeError(kOverflow, L"Overflow");
+    }
+    return static_cast<std::int16_t>(number);
+}
+
+std::wstring joinOptions(std::vector<std::wstring> options) {
+    std::erase(options, std::wstring());
+    std::wstring joined;
+    for (const std::wstring& option : options) {
+        if (!joined.empty()) joined += L' ';
+        joined += option;
+    }
+    // Kept: a dash that dangles is taken for the rest of an option.
+    if (joined.ends_with(L'-')) joined.pop_back();
+    return joined;
+}
+
+std::wstring zeltorCommandLine(const BuildRequest& request, std::wstring_view builder) {
+    const std::wstring options = joinOptions({
+        L"-author " + request.author,
+        L"-copyright " + request.copyright,
+        L"-build " + request.build,
+        request.devFlag,
+        request.multiPlayerFlag,
+        request.protectedFlag,
+        L"-priority " + std::to_wstring(request.priority),
+        L"-title " + request.title,
+        request.extra,
+    });
+    return std::wstring(builder) + L" -source " + request.source + L" -out " + request.target +
+           L' ' + options;
+}
+
+void gExecZeltor(BuildRequest& request, Launcher& launcher) {
+    guarded(L"gExecZeltor", [&] {
+        request.extra.clear();
+        const std::wstring& builder = gProgram().settings.zeltor;
+        switch (launcher.start(zeltorCommandLine(request, builder), builder)) {
+            case Launcher::kStillRunning:
+                throw RunTimeError(kLaunchError, L"App is already running!");
+            case Launcher::kRefused:
+                throw RunTimeError(kLaunchError, launcher.errorText());
+            default:
+                break;
+        }
+    });
+}
+
+}  // namespace kestrel

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "services/process.h"
+
+// Starting a console program and reading what it writes.
+//
+// The program writes into a nameless temporary file rather than into a pipe: it
+// never waits for a reader, and it runs on undisturbed when its log, or this
+// program, is closed. Its input is at its end. It outlives this program.
+namespace kestrel {
+
+// What a started program did since it was last asked.
+struct ProgramOutput {
+    std::wstring text;
+    bool ended = false;  // and all of its output was handed out
+    int exitCode = 0;    // once ended; -1 when the system does not tell it
+};
+
+// Runs one program at a time. It is passive: somebody asks it.
+class Launcher {
+  public:
+    enum Result { kStarted, kStillRunning, kRefused };
+
+    virtual ~Launcher() = default;
+    // Starts the program that `commandLine` (not quoted) names; `configured` is its
+    // path as the user chose it. kStillRunning: the one that was started before has
+    // not ended. kRefused: the system would not start it, see errorText().
+    virtual Result start(std::wstring_view commandLine, std::wstring_view configured) = 0;
+    // Why the last start was refused.
+    virtual std::wstring errorText() const = 0;
+    // The next piece of what the program wrote to either stream; never waits. Empty
+    // when there is nothing at this moment. Without a program: ended.
+    virtual ProgramOutput poll() = 0;
+};
+
+// A launcher of the system's programs.
+std::unique_ptr<Launcher> makeLauncher();
+
+// Bytes that come in pieces as text: UTF-8 where they are, else 8-bit text. A
+// character that is cut by the end of a piece waits for the next one.
+class OutputDecoder {
+  public:
+    std::wstring decode(std::string_view bytes);
+    // What still waits, once no more will come.
+    std::wstring rest();
+
+  private:
+    std::string waiting_;
+};
+
+// Output in pieces as the lines of a log: a line longer than any that a program
+// writes for people is broken, since a window takes the longer to show a line the
+// longer it is.
+class LogLines {
+  public:
+    static constexpr std::size_t kLongest = 4096;  // characters
+
+    std::wstring add(std::wstring_view text);
+
+  private:
+    std::size_t length_ = 0;  // of the line that has not ended
+};
+
+// `arguments` as single words, for systems whose programs get words: options and
+// quoted texts as they are, without the quotes; any other value reaches to the
+// next option, since paths with blanks are not quoted.
+std::vector<std::wstring> optionWords(std::wstring_view arguments);
+
+// A program that was started with a file for its output. The system's sources
+// implement it.
+class Child {
+  public:
+    virtual ~Child() = default;
+    // How it ended; nothing while it runs.
+    virtual std::optional<int> exitCode() = 0;
+    // The next bytes of its output, `most` at most; empty when there are none now.
+    virtual std::string read(std::size_t most) = 0;
+};
+
+// Starts `parts`, whose whole command line is `commandLine`. Throws RunTimeError
+// with the system's reason.
+std::unique_ptr<Child> startChild(const CommandParts& parts, std::wstring_view commandLine);
+
+}  // namespace kestrel

@@ -1,0 +1,125 @@
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <windows.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "services/errors.h"
+#include "services/filesystem.h"
+#include "tank/launcher.h"
+
+namespace kestrel {
+namespace {
+
+constexpr std::wstring_view kStart = L"Cannot start";
+constexpr DWORD kAnyShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+[[noreturn]] void raise(DWORD code, std::wstring_view path) {
+    throwSystemError(static_cast<int>(code), kStart, path);
+}
+
+class Handle {
+  public:
+    Handle() = default;
+    explicit Handle(HANDLE handle) : handle_(handle) {}
+    Handle(Handle&& other) noexcept : handle_(std::exchange(other.handle_, INVALID_HANDLE_VALUE)) {}
+    Handle& operator=(Handle&& other) noexcept {
+        std::swap(handle_, other.handle_);
+        return *this;
+    }
+    ~Handle() {
+        if (isOpen()) CloseHandle(handle_);
+    }
+    bool isOpen() const noexcept { return handle_ != INVALID_HANDLE_VALUE; }
+    HANDLE get() const noexcept { return handle_; }
+
+  private:
+    HANDLE handle_ = INVALID_HANDLE_VALUE;
+};
+
+// A file that is there; `inherited` for one that the started program gets.
+Handle open(const std::wstring& name, DWORD access, DWORD flags, bool inherited) {
+    SECURITY_ATTRIBUTES security{};
+    security.nLength = sizeof security;
+    security.bInheritHandle = inherited ? TRUE : FALSE;
+    Handle handle(
+        CreateFileW(name.c_str(), access, kAnyShare, &security, OPEN_EXISTING, flags, nullptr));
+    if (!handle.isOpen()) raise(GetLastError(), name);
+    return handle;
+}
+
+// The file of the program: a bare name is looked for by the system.
+std::wstring programFile(const std::wstring& program) {
+    if (program.find_first_of(L"\\/:") != program.npos) return program;
+    wchar_t found[MAX_PATH] = {};
+    const DWORD length = SearchPathW(nullptr, program.c_str(), L".exe", MAX_PATH, found, nullptr);
+    return length == 0 || length >= MAX_PATH ? program : std::wstring(found, length);
+}
+
+class WindowsChild final : public Child {
+  public:
+    WindowsChild(const CommandParts& parts, std::wstring_view commandLine) {
+        const std::wstring name = filesystem::makeTemporary(L"kst");
+        // The file goes with the last one who has it open.
+        output_ = open(name, GENERIC_READ | DELETE,
+                       FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, false);
+        const Handle input = open(L"NUL", GENERIC_READ, FILE_ATTRIBUTE_NORMAL, true);
+        const Handle output =
+            open(name, FILE_APPEND_DATA | SYNCHRONIZE, FILE_ATTRIBUTE_NORMAL, true);
+        create(parts, std::wstring(commandLine), input.get(), output.get());
+    }
+
+    std::optional<int> exitCode() override {
+        if (WaitForSingleObject(process_.get(), 0) == WAIT_TIMEOUT) return std::nullopt;
+        DWORD code = 0;
+        return GetExitCodeProcess(process_.get(), &code) ? static_cast<int>(code) : -1;
+    }
+
+    std::string read(std::size_t most) override {
+        LARGE_INTEGER size{};
+        if (!GetFileSizeEx(output_.get(), &size) || size.QuadPart <= read_) return {};
+        const auto waiting = static_cast<std::size_t>(size.QuadPart - read_);
+        std::string bytes(std::min(most, waiting), '\0');
+        DWORD count = 0;
+        if (!ReadFile(output_.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &count,
+                      nullptr)) {
+            raise(GetLastError(), L"");
+        }
+        bytes.resize(count);
+        read_ += count;
+        return bytes;
+    }
+
+  private:
+    // The program's file is named beside the line, so that the unquoted line can
+    // run no file that was planted at a shorter part of the path.
+    void create(const CommandParts& parts, std::wstring line, HANDLE input, HANDLE output) {
+        STARTUPINFOW startup{};
+        startup.cb = sizeof startup;
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdInput = input;
+        startup.hStdOutput = output;
+        startup.hStdError = output;
+        PROCESS_INFORMATION process{};
+        if (!CreateProcessW(programFile(parts.program).c_str(), line.data(), nullptr, nullptr, TRUE,
+                            CREATE_NO_WINDOW, nullptr, nullptr, &startup, &process)) {
+            raise(GetLastError(), parts.program);
+        }
+        CloseHandle(process.hThread);
+        process_ = Handle(process.hProcess);
+    }
+
+    Handle output_;
+    Handle process_;
+    LONGLONG read_ = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<Child> startChild(const CommandParts& parts, std::wstring_view commandLine) {
+    return std::make_unique<WindowsChild>(parts, commandLine);
+}
+
+}  // namespace kestrel

@@ -1,0 +1,104 @@
+// A stand-in for the archive builder: takes its command line, and plays the part
+// that the archive's title names.
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace std::chrono_literals;
+using Words = std::vector<std::string>;
+
+std::string valueOf(const Words& words, std::string_view option) {
+    for (std::size_t i = 0; i + 1 < words.size(); ++i) {
+        if (words[i] == option) return words[i + 1];
+    }
+    return {};
+}
+
+void say(std::string_view text, std::FILE* stream = stdout) {
+    std::fwrite(text.data(), 1, text.size(), stream);
+    std::fflush(stream);
+}
+
+int tellWords(const Words& words) {
+    for (const std::string& word : words) say("<" + word + ">\n");
+    return 7;
+}
+
+int useBothStreams(const Words&) {
+    for (int i = 0; i < 3; ++i) {
+        say("out " + std::to_string(i) + "\n");
+        say("err " + std::to_string(i) + "\n", stderr);
+    }
+    return 0;
+}
+
+int readInput(const Words&) {
+    const int c = std::getchar();
+    say(c == EOF ? "input at its end\n" : "some input\n");
+    return 0;
+}
+
+int crash(const Words&) {
+    say("about to crash");
+    std::abort();
+}
+
+// 50 MB in lines of 64 bytes.
+int flood(const Words&) {
+    constexpr std::size_t kLines = 50'000'000 / 64;
+    const std::string line = std::string(62, 'x') + "\r\n";
+    for (std::size_t i = 0; i < kLines; ++i) std::fwrite(line.data(), 1, line.size(), stdout);
+    return 0;
+}
+
+// 5 MB without a line end.
+int floodOneLine(const Words&) {
+    say(std::string(5'000'000, 'y'));
+    return 0;
+}
+
+// Characters of UTF-8 and bytes of an 8-bit code page, NULs and all line ends, one
+// byte at a time.
+int dribble(const Words&) {
+    constexpr char kBytes[] =
+        "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80|\xE9t\xE9|\x80\xFF\xC3(|a\0b|\r\n\n\rend\xE2\x82";
+    for (const char byte : std::string_view(kBytes, sizeof kBytes - 1)) {
+        say({&byte, 1});
+        std::this_thread::sleep_for(2ms);
+    }
+    return 0;
+}
+
+// Waits for the file OUT.go, writes more and makes the file OUT.done.
+int wait(const Words& words) {
+    const std::string out = valueOf(words, "-out");
+    say("waiting\n");
+    for (int i = 0; i < 6000 && !std::filesystem::exists(out + ".go"); ++i) {
+        std::this_thread::sleep_for(10ms);
+    }
+    for (int i = 0; i < 2000; ++i) say("late output, more than any pipe can hold of it\n");
+    std::ofstream(out + ".done") << "done";
+    return 0;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    const Words words(arguments + 1, arguments + count);
+    const std::map<std::string, std::function<int(const Words&)>> parts{
+        {"words", tellWords}, {"streams", useBothStreams}, {"input", readInput}, {"crash", crash},
+        {"flood", flood},     {"one line", floodOneLine},  {"dribble", dribble}, {"wait", wait},
+    };
+    const auto part = parts.find(valueOf(words, "-title"));
+    return part == parts.end() ? 0 : part->second(words);
+}

@@ -1,0 +1,323 @@
+// Stands in for the archive library: the same operations over a text file. It is
+// strict about its caller, to the point of ending the process, and lies in its
+// answers as the file tells it to.
+//
+// The file's first line is "tank", then flags: "|log" writes each call into a file
+// beside it, "|noroot", and fields of the root. Each further line is an entry of the root: "dir" or
+// "file" behind one dot for each directory around it, then fields:
+//
+//     .file|name=a.gas|path=\art|size=10|comp=8|crc=-5|flags=0|format=1|data=ab\0c
+//
+// A text without its field is a null pointer; "\0" in data is a zero byte. Lies:
+// bytes= and count= are what OpenChild and GetChildCount answer, isdir= what
+// IsDirectory does, up=N adds the directory N levels further out (0: itself) to
+// its own entries, repeat=N lists the entry N times, nested=N stacks N
+// directories of that name in each other, endless makes new ones for ever.
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+using Fields = std::map<std::string, std::string, std::less<>>;
+using Bytes = std::unique_ptr<char[]>;
+
+constexpr std::int32_t kFirstTank = -2'000'000'000;  // a handle is any number but 0
+constexpr std::int32_t kFirstChild = 4096;
+
+[[noreturn]] void die(const char* call, const char* fault) {
+    std::fprintf(stderr, "the stand-in archive library: %s: %s\n", call, fault);
+    std::abort();
+}
+
+struct Entry {
+    Fields fields;
+    std::vector<std::int32_t> children;
+
+    bool has(const char* field) const { return fields.count(field) != 0; }
+    std::int32_t number(const char* field, std::int32_t otherwise) const {
+        const auto at = fields.find(field);
+        return at == fields.end() ? otherwise : std::atoi(at->second.c_str());
+    }
+    const std::string* text(const char* field) const {
+        const auto at = fields.find(field);
+        return at == fields.end() ? nullptr : &at->second;
+    }
+};
+
+Fields fieldsOf(std::string_view line) {
+    Fields fields;
+    while (!line.empty()) {
+        const std::string_view field = line.substr(0, line.find('|'));
+        const std::size_t equals = field.find('=');
+        fields[std::string(field.substr(0, equals))] =
+            equals == field.npos ? "" : std::string(field.substr(equals + 1));
+        line.remove_prefix(field.size() == line.size() ? field.size() : field.size() + 1);
+    }
+    return fields;
+}
+
+std::string unescaped(std::string text) {
+    for (std::size_t at = 0; (at = text.find("\\0", at)) != text.npos; ++at) {
+        text.replace(at, 2, 1, '\0');
+    }
+    return text;
+}
+
+class Archive {
+  public:
+    explicit Archive(const std::string& path) : logPath_(path + ".log") {
+        std::ifstream file(path, std::ios::binary);
+        std::string line;
+        if (!std::getline(file, line)) return;
+        const Fields flags = fieldsOf(line);
+        whole_ = flags.count("tank") != 0;
+        logs_ = flags.count("log") != 0;
+        hasRoot_ = flags.count("noroot") == 0;
+        entries_.resize(1);
+        entries_[0].fields = flags;
+        std::vector<std::int32_t> levels{kFirstChild};
+        while (std::getline(file, line)) add(line, levels);
+    }
+
+    bool isWhole() const { return whole_; }
+    std::int32_t root() const { return hasRoot_ ? kFirstChild : 0; }
+
+    void log(std::string_view call) const {
+        if (logs_) std::ofstream(logPath_, std::ios::app) << call << "\n";
+    }
+    void log(std::string_view call, std::int32_t index) const {
+        if (logs_) log(std::string(call) + " " + std::to_string(index));
+    }
+
+    // No entry for a 0: what a caller has after an index with no entry.
+    const Entry* find(std::int32_t child, const char* call) const {
+        if (child == 0) return nullptr;
+        const auto index = static_cast<std::size_t>(child) - kFirstChild;
+        if (child < kFirstChild || index >= entries_.size()) die(call, "no such entry");
+        return &entries_[index];
+    }
+
+    std::int32_t childAt(std::int32_t directory, std::int32_t index) {
+        const Entry* entry = find(directory, "GetChild");
+        if (entry == nullptr) return 0;
+        if (entry->has("endless")) return copyOf(directory);
+        const auto at = static_cast<std::size_t>(index);
+        if (index < 0) die("GetChild", "a negative index");
+        return at < entry->children.size() ? entry->children[at] : 0;
+    }
+
+  private:
+    std::int32_t append(const Fields& fields) {
+        entries_.push_back({fields, {}});
+        return kFirstChild + static_cast<std::int32_t>(entries_.size()) - 1;
+    }
+
+    std::int32_t copyOf(std::int32_t directory) {
+        const Fields fields = entries_[static_cast<std::size_t>(directory - kFirstChild)].fields;
+        return append(fields);
+    }
+
+    std::vector<std::int32_t>& childrenOf(std::int32_t directory) {
+        return entries_[static_cast<std::size_t>(directory - kFirstChild)].children;
+    }
+
+    void add(const std::string& line, std::vector<std::int32_t>& levels) {
+        const std::size_t depth = std::min(line.find_first_not_of('.'), levels.size() - 1);
+        levels.resize(depth + 1);
+        const Fields fields = fieldsOf(std::string_view(line).substr(depth));
+        std::int32_t child = append(fields);
+        const Entry entry = entries_.back();
+        const auto times = static_cast<std::size_t>(entry.number("repeat", 1));
+        std::vector<std::int32_t>& siblings = childrenOf(levels.back());
+        siblings.insert(siblings.end(), times, child);
+        for (std::int32_t i = 1; i < entry.number("nested", 1); ++i) {
+            const std::int32_t inner = append(fields);
+            childrenOf(child).push_back(inner);
+            child = inner;
+        }
+        levels.push_back(child);
+        if (!entry.has("up")) return;
+        const auto out = static_cast<std::size_t>(entry.number("up", 0));
+        childrenOf(child).push_back(levels[levels.size() - 1 - std::min(out, depth + 1)]);
+    }
+
+    std::string logPath_;
+    bool whole_ = false;
+    bool logs_ = false;
+    bool hasRoot_ = true;
+    std::vector<Entry> entries_;
+};
+
+// All that is open. What is left open when the library is unloaded is a fault.
+struct State {
+    State() = default;
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
+    ~State() {
+        if (!archives.empty()) die("unload", "an archive was not closed");
+        if (!opened.empty()) die("unload", "data was not closed");
+    }
+
+    std::map<std::int32_t, Archive> archives;
+    std::map<const char*, Bytes> opened;
+    Bytes text;  // the last text handed out: the next one takes its place
+    std::int32_t next = kFirstTank;
+};
+
+State& state() {
+    static State all;
+    return all;
+}
+
+Archive& openArchive(std::int32_t tank, const char* call) {
+    const auto at = state().archives.find(tank);
+    if (at == state().archives.end()) die(call, "the archive is not open");
+    return at->second;
+}
+
+Archive& archiveOf(std::int32_t tank, const char* call) {
+    Archive& archive = openArchive(tank, call);
+    archive.log(call);
+    return archive;
+}
+
+const Entry* entryOf(std::int32_t tank, std::int32_t child, const char* call) {
+    return archiveOf(tank, call).find(child, call);
+}
+
+std::int32_t numberOf(std::int32_t tank, std::int32_t child, const char* call, const char* field) {
+    const Entry* entry = entryOf(tank, child, call);
+    return entry == nullptr ? 0 : entry->number(field, 0);
+}
+
+// Memory of exactly the size needed, so that reading beyond it can be seen.
+const char* handOut(const std::string* text) {
+    if (text == nullptr) return nullptr;
+    state().text = std::make_unique<char[]>(text->size() + 1);
+    return static_cast<const char*>(
+        std::memcpy(state().text.get(), text->c_str(), text->size() + 1));
+}
+
+const char* textOf(std::int32_t tank, std::int32_t child, const char* call, const char* field) {
+    const Entry* entry = entryOf(tank, child, call);
+    return entry == nullptr ? nullptr : handOut(entry->text(field));
+}
+
+}  // namespace
+
+extern "C" {
+
+std::int32_t KESTREL_TANK_CALL OpenTank(const char* path) {
+    Archive archive(path);
+    if (!archive.isWhole()) return 0;
+    archive.log("OpenTank");
+    state().archives.emplace(state().next, std::move(archive));
+    return state().next++;
+}
+
+std::int32_t KESTREL_TANK_CALL CloseTank(std::int32_t tank) {
+    archiveOf(tank, "CloseTank");
+    state().archives.erase(tank);
+    return 7;
+}
+
+std::int32_t KESTREL_TANK_CALL GetRootDir(std::int32_t tank) {
+    return archiveOf(tank, "GetRootDir").root();
+}
+
+std::int32_t KESTREL_TANK_CALL GetChildCount(std::int32_t tank, std::int32_t directory) {
+    const Entry* entry = entryOf(tank, directory, "GetChildCount");
+    if (entry == nullptr) return 0;
+    return entry->number("count", static_cast<std::int32_t>(entry->children.size()));
+}
+
+std::int32_t KESTREL_TANK_CALL GetChild(std::int32_t tank, std::int32_t directory,
+                                        std::int32_t index, std::int32_t* child) {
+    Archive& archive = openArchive(tank, "GetChild");
+    archive.log("GetChild", index);
+    const std::int32_t found = archive.childAt(directory, index);
+    if (found == 0) return -1;  // and what `child` points to stays as it was
+    *child = found;
+    return 1;
+}
+
+const char* KESTREL_TANK_CALL GetChildName(std::int32_t tank, std::int32_t child) {
+    return textOf(tank, child, "GetChildName", "name");
+}
+
+const char* KESTREL_TANK_CALL GetChildPath(std::int32_t tank, std::int32_t child) {
+    return textOf(tank, child, "GetChildPath", "path");
+}
+
+std::int32_t KESTREL_TANK_CALL IsDirectory(std::int32_t tank, std::int32_t child) {
+    const Entry* entry = entryOf(tank, child, "IsDirectory");
+    return entry == nullptr ? 0 : entry->number("isdir", entry->has("dir") ? 1 : 0);
+}
+
+std::int32_t KESTREL_TANK_CALL GetChildSize(std::int32_t tank, std::int32_t child) {
+    return numberOf(tank, child, "GetChildSize", "size");
+}
+
+std::int32_t KESTREL_TANK_CALL GetChildCompSize(std::int32_t tank, std::int32_t child) {
+    return numberOf(tank, child, "GetChildCompSize", "comp");
+}
+
+std::int32_t KESTREL_TANK_CALL GetChildCRC(std::int32_t tank, std::int32_t child) {
+    return numberOf(tank, child, "GetChildCRC", "crc");
+}
+
+std::int16_t KESTREL_TANK_CALL GetChildFlags(std::int32_t tank, std::int32_t child) {
+    return static_cast<std::int16_t>(numberOf(tank, child, "GetChildFlags", "flags"));
+}
+
+std::int16_t KESTREL_TANK_CALL GetChildFormat(std::int32_t tank, std::int32_t child) {
+    return static_cast<std::int16_t>(numberOf(tank, child, "GetChildFormat", "format"));
+}
+
+std::int32_t KESTREL_TANK_CALL OpenChild(std::int32_t tank, std::int32_t child, const char** data) {
+    const Entry* entry = entryOf(tank, child, "OpenChild");
+    if (entry == nullptr) return 0;  // and what `data` points to stays as it was
+    const std::string* text = entry->text("data");
+    if (text == nullptr) {
+        *data = nullptr;
+        return entry->number("bytes", 0);
+    }
+    const std::string bytes = unescaped(*text);
+    auto copy = std::make_unique<char[]>(bytes.size());
+    std::memcpy(copy.get(), bytes.data(), bytes.size());
+    *data = copy.get();
+    state().opened[*data] = std::move(copy);
+    return entry->number("bytes", static_cast<std::int32_t>(bytes.size()));
+}
+
+std::int32_t KESTREL_TANK_CALL CloseChild(const char* data) {
+    if (state().opened.erase(data) == 0) die("CloseChild", "the data is not open");
+    return 3;
+}
+
+// Exported by the library, used by nobody.
+std::int32_t KESTREL_TANK_CALL GetParent(std::int32_t, std::int32_t) {
+    die("GetParent", "called");
+}
+
+std::int32_t KESTREL_TANK_CALL GetChildDate(std::int32_t, std::int32_t, void*) {
+    die("GetChildDate", "called");
+}
+
+const char* KESTREL_TANK_CALL FileTimeToPChar(const void*) {
+    die("FileTimeToPChar", "called");
+}
+
+}  // extern "C"
