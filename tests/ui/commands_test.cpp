@@ -25,8 +25,7 @@ class Commands : public UiTest {
   protected:
     Commands() : window(new frmMain) {
         window->start({});
-        window->Show();
-        settle();
+        show(*window);
     }
 
     void open() {
@@ -236,6 +235,13 @@ TEST_F(Commands, ACancelledSaveWritesNothing) {
     choose("SaveCurrent");
     EXPECT_EQ(folder.bytes(L"out.tab"), "(missing)");
     EXPECT_EQ(host.logged("ask"), Lines{});
+}
+
+TEST_F(Commands, TheBuilderNeedsItsPath) {
+    press("Zeltor");
+    EXPECT_EQ(host.logged("open").size(), 1U) << "asked, and cancelled";
+    gProgram().settings.zeltor = L"/opt/zeltor";
+    EXPECT_NE(dialogOf([&] { press("Zeltor"); }), "");
 }
 
 // The viewer that the command `run` opens, as its texts.

@@ -16,7 +16,7 @@ class TextPaneTest : public UiTest {
   public:
     TextPaneTest() {
         frame->SetSize(640, 400);
-        frame->Show();
+        show(*frame);
         waitUntil("the frame is shown", [this] { return frame->IsShownOnScreen(); });
     }
 
@@ -38,6 +38,25 @@ std::wstring everyByte() {
     std::wstring text;
     for (int i = 0; i < 3; ++i) text.append(kWideOfByte.data(), kWideOfByte.size());
     return text;
+}
+
+TEST_F(TextPaneTest, AppendedTextCountsAsSet) {
+    pane->canEdit(false);
+    pane->setText(L"");
+    std::wstring all;
+    for (const std::wstring& piece :
+         {std::wstring(L"one\r"), std::wstring(L"\n\u00E9\0\u20AC\U0001F600", 5), std::wstring(),
+          std::wstring(1, static_cast<wchar_t>(0xDC80)), std::wstring(L"\nlast")}) {
+        pane->append(piece);
+        all += piece;
+        EXPECT_TRUE(pane->text() == all) << shown(pane->text());
+        EXPECT_FALSE(pane->changed());
+        EXPECT_EQ(pane->GetCurrentPos(), pane->GetLength());
+        EXPECT_EQ(pane->readOuts().characters, all.size());
+    }
+    EXPECT_FALSE(pane->CanUndo());
+    EXPECT_TRUE(pane->GetReadOnly());
+    EXPECT_EQ(readOuts(), "Line: 3, Col: 5, Char: 15, Chars: 15, Lines: 3");
 }
 
 TEST_F(TextPaneTest, GivesBackWhatWasPutIn) {

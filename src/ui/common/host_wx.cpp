@@ -119,7 +119,8 @@ void OwnerWx::focus() {
 }
 
 Host HostWx::interfaces() {
-    return {&messages, &progress, &fileDialog, &folderPicker, &shell, &clipboard, &clock};
+    return {&messages, &progress,  &fileDialog, &folderPicker,
+            &shell,    &clipboard, &clock,      tank.get()};
 }
 
 std::unique_ptr<Progress> ProgressMakerWx::makeProgress() {

@@ -5,6 +5,7 @@
 
 #include "services/host.h"
 #include "services/process.h"
+#include "tank/library.h"
 
 // The host's interfaces over wxWidgets.
 namespace kestrel {
@@ -82,6 +83,7 @@ struct HostWx {
     ShellWx shell;
     ClipboardWx clipboard;
     ClockWx clock;
+    std::unique_ptr<TankLibrary> tank = makeTankLibrary();
 
     Host interfaces();
 };

@@ -20,6 +20,12 @@ void copyToClipboard(std::wstring_view text) {
     if (gProgram().host.clipboard != nullptr) gProgram().host.clipboard->setText(text);
 }
 
+void checkLength(std::size_t bytes) {
+    if (bytes > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
+        throw RunTimeError(kOutOfMemory, L"The text is too long to be shown");
+    }
+}
+
 }  // namespace
 
 TextPane::TextPane(wxWindow* parent, const wxString& name)
@@ -87,21 +93,14 @@ void TextPane::setText(std::wstring_view text) {
     const std::optional<std::wstring> shown = standIn(text);
     if (shown) kept_.emplace(text);
     reference_ = toUtf8(shown ? std::wstring_view(*shown) : text);
-    if (reference_.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
-        throw RunTimeError(kOutOfMemory, L"The text is too long to be shown");
-    }
+    checkLength(reference_.size());
     surplus_ = reference_.size() - text.size();
 
     SetModEventMask(0);
     SetReadOnly(false);
     SetUndoCollection(false);
     ClearAll();
-    AddTextRaw(reference_.data(), static_cast<int>(reference_.size()));
-    SetUndoCollection(true);
-    EmptyUndoBuffer();
-    SetSavePoint();
-    SetReadOnly(!canEdit_);
-    SetModEventMask(kModifications);
+    addUnedited(reference_);
 
     SetEOLMode(endsLinesInLf(reference_) ? wxSTC_EOL_LF : wxSTC_EOL_CRLF);
     chooseColours();
@@ -109,6 +108,31 @@ void TextPane::setText(std::wstring_view text) {
     GotoPos(0);
     SetXOffset(0);
     showLines();
+}
+
+void TextPane::append(std::wstring_view text) {
+    const std::optional<std::wstring> shown = standIn(text);
+    const std::string bytes = toUtf8(shown ? std::wstring_view(*shown) : text);
+    checkLength(reference_.size() + bytes.size());
+    if (shown && !kept_) kept_ = fromUtf8(reference_);
+    if (kept_) kept_->append(text);
+    reference_ += bytes;
+    surplus_ += bytes.size() - text.size();
+    addUnedited(bytes);
+    GotoPos(GetLength());
+}
+
+// Puts `bytes` at the end as a part of the text that was set.
+void TextPane::addUnedited(std::string_view bytes) {
+    SetModEventMask(0);
+    SetReadOnly(false);
+    SetUndoCollection(false);
+    AppendTextRaw(bytes.data(), static_cast<int>(bytes.size()));
+    SetUndoCollection(true);
+    EmptyUndoBuffer();
+    SetSavePoint();
+    SetReadOnly(!canEdit_);
+    SetModEventMask(kModifications);
 }
 
 std::wstring TextPane::text() const {

@@ -19,6 +19,9 @@ class TextPane final : public wxStyledTextCtrl {
     // Shows `text`; it becomes what changed() compares with. Undo does not go
     // behind it.
     void setText(std::wstring_view text);
+    // Adds `text` to a pane that cannot be edited and moves the caret to the end. It
+    // counts as set. The time it takes does not depend on the text before it.
+    void append(std::wstring_view text);
     std::wstring text() const;
     // True when the text differs from the one that was set.
     bool changed() const;
@@ -62,6 +65,7 @@ class TextPane final : public wxStyledTextCtrl {
     void showBraces();
     int braceAtCaret() const;
 
+    void addUnedited(std::string_view bytes);
     void keyPressed(wxKeyEvent& event);
     void showMenu();
     void cutSelection();

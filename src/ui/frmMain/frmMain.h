@@ -22,6 +22,7 @@
 #include "ui/common/reportlist.h"
 #include "ui/frmMain/commands.h"
 #include "ui/frmMain/modTray.h"
+#include "ui/frmZeltor/timedlauncher.h"
 
 namespace kestrel {
 
@@ -168,6 +169,7 @@ class frmMain final : public wxFrame {
     std::map<std::string_view, int> toolIds_;
     std::map<std::string_view, wxMenuItem*> entryItems_;
     std::map<std::string_view, std::size_t> repeat_;  // 1-based; 0: nothing chosen yet
+    TimedLauncher redLauncher_;                       // runs the builder, whatever dialogs are open
     SearchKind searchKind_ = SearchKind::none;
     std::wstring lastSearch_[2];  // of the templates and the properties
     bool filling_ = false;        // the tree changes by code, not by the user

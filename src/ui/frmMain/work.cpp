@@ -17,6 +17,7 @@
 #include "ui/frmMain/frmMain.h"
 #include "ui/frmSpecialize/frmSpecialize.h"
 #include "ui/frmView/frmView.h"
+#include "ui/frmZeltor/frmZeltor.h"
 
 namespace kestrel {
 namespace {
@@ -109,7 +110,9 @@ bool frmMain::startOrvane() {
 }
 
 bool frmMain::buildArchive() {
-    return !zeltorPath().empty() && notImplemented();
+    if (zeltorPath().empty()) return false;
+    frmZeltor(this, redLauncher_, openFileHooks()).ShowModal();
+    return true;
 }
 
 bool frmMain::runTool(std::size_t index) {

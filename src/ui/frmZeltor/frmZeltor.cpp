@@ -1,0 +1,319 @@
+#include "ui/frmZeltor/frmZeltor.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "services/errors.h"
+#include "services/files.h"
+#include "services/filesystem.h"
+#include "services/histories.h"
+#include "services/pickers.h"
+#include "ui/common/buttons.h"
+#include "ui/common/host_wx.h"
+#include "ui/common/strings.h"
+#include "ui/frmView/frmView.h"
+
+namespace kestrel {
+namespace {
+
+constexpr long kStyle = wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER | wxMINIMIZE_BOX;
+constexpr int kWidth = 600;  // DIP
+constexpr int kMargin = 12;
+constexpr int kGap = 6;
+constexpr std::wstring_view kSourceHistory = L"zeltor1.his";
+constexpr std::wstring_view kTargetHistory = L"zeltor2.his";
+
+// Kept: the pattern of the second filter lists no save archive.
+constexpr std::wstring_view kTargetFilter =
+    L"Resource Files (*.dsres)|*.dsres|Save Files (*.dssave)|*.dsave|"
+    L"Party Files (*.dsparty)|*.dsparty";
+
+std::wstring quotedText(const wxTextCtrl& box) {
+    return quoted(fromWx(box.GetValue()));
+}
+
+std::wstring flag(const wxCheckBox& box, std::wstring_view option) {
+    return box.GetValue() ? std::wstring(option) : std::wstring();
+}
+
+bool mayBuild(const std::wstring& source, const std::wstring& target) {
+    if (!filesystem::isFolder(source)) {
+        tellUser(L"Source Folder not found. Please enter a valid Source Folder name and try again.",
+                 Icon::exclamation);
+        return false;
+    }
+    if (!fileExists(target)) return true;
+    return askUser(L"Target file already exists, do you wish to overwrite the existing file?",
+                   Icon::question, Buttons::yesNo) == Answer::yes;
+}
+
+// Lets the keys through that type nothing, and digits. Kept: Backspace is
+// refused like any other character.
+void digitTyped(wxKeyEvent& event) {
+    const wxChar typed = event.GetUnicodeKey();
+    const bool moves = typed == WXK_NONE || typed == WXK_DELETE || typed == WXK_TAB ||
+                       typed == WXK_RETURN || typed == WXK_ESCAPE;
+    if (moves || (typed >= '0' && typed <= '9')) event.Skip();
+}
+
+}  // namespace
+
+frmZeltor::frmZeltor(wxWindow* parent, TimedLauncher& launcher, OpenFile openFile,
+                     std::wstring_view website)
+    : wxDialog(parent, wxID_ANY, "Rapid Zeltor", wxDefaultPosition, wxDefaultSize, kStyle,
+               "frmZeltor"),
+      redLauncher(launcher),
+      openFile_(std::move(openFile)) {
+    layOut(website);
+    bindWindow();
+    gLoadHistory(*cboSourceFolder, kSourceHistory);
+    gLoadHistory(*cboTarget, kTargetHistory);
+    pathsChanged();
+    cboSourceFolder->SetFocus();
+}
+
+frmZeltor::~frmZeltor() {
+    redLauncher.onData = nullptr;
+}
+
+wxSizer* frmZeltor::buildMain() {
+    auto* box = new wxStaticBoxSizer(wxVERTICAL, this);
+    fraMain = box->GetStaticBox();
+    fraMain->SetName("fraMain");
+    auto* grid = new wxFlexGridSizer(3, FromDIP(wxSize(kGap, kGap)));
+    grid->AddGrowableCol(1);
+    const auto centred = wxSizerFlags().CentreVertical();
+    const auto addRow = [&](Label label, const wxString& text, HistoryCombo*& combo,
+                            const wxString& name, Command picker, const wxString& pickerName) {
+        grid->Add(addLabel(label, fraMain, text), centred);
+        combo = addCombo(fraMain, name);
+        grid->Add(combo, wxSizerFlags().Expand());
+        cmdCommands[picker] = addPictureButton(fraMain, "folder", pickerName, "Open Recent");
+        grid->Add(cmdCommands[picker], centred);
+    };
+    addRow(lblSource, "&Source Folder", cboSourceFolder, "cboSourceFolder", kPickSource,
+           "Choose the Source Folder");
+    addRow(lblTarget, "&Destination Tank Filename", cboTarget, "cboTarget", kPickTarget,
+           "Choose the Destination Tank Filename");
+    box->Add(grid, wxSizerFlags().Expand().Border(wxALL, FromDIP(kGap)));
+    return box;
+}
+
+wxSizer* frmZeltor::buildOptional() {
+    auto* box = new wxStaticBoxSizer(wxVERTICAL, this, "&Optional");
+    fraOptional = box->GetStaticBox();
+    fraOptional->SetName("fraOptional");
+    auto* grid = new wxFlexGridSizer(2, FromDIP(wxSize(kGap, kGap)));
+    grid->AddGrowableCol(1);
+    const auto add = [&](Label label, const wxString& text, wxTextCtrl*& control,
+                         const wxString& name, wxSizer& row) {
+        grid->Add(addLabel(label, fraOptional, text), wxSizerFlags().CentreVertical());
+        control = addText(row, name);
+    };
+    add(lblTitle, "Title:", txtTitle, "txtTitle", *grid);
+    add(lblAuthor, "Author:", txtAuthor, "txtAuthor", *grid);
+    auto* numbers = new wxBoxSizer(wxHORIZONTAL);
+    add(lblBuild, "Build:", txtBuild, "txtBuild", *numbers);
+    numbers->Add(addLabel(lblPriority, fraOptional, "Priority:"),
+                 wxSizerFlags().CentreVertical().Border(wxLEFT | wxRIGHT, FromDIP(kMargin)));
+    txtPriority = addText(*numbers, "txtPriority");
+    grid->Add(numbers, wxSizerFlags().Expand());
+    add(lblCopyright, "Copyright:", txtCopyright, "txtCopyright", *grid);
+    grid->AddSpacer(0);
+    grid->Add(buildFlags());
+    box->Add(grid, wxSizerFlags().Expand().Border(wxALL, FromDIP(kGap)));
+    return box;
+}
+
+wxSizer* frmZeltor::buildFlags() {
+    auto* row = new wxBoxSizer(wxHORIZONTAL);
+    const auto add = [&](const wxString& text, const wxString& name) {
+        auto* box = new wxCheckBox(fraOptional, wxID_ANY, text, wxDefaultPosition, wxDefaultSize, 0,
+                                   wxDefaultValidator, name);
+        row->Add(box, wxSizerFlags().Border(wxRIGHT, FromDIP(kMargin)));
+        return box;
+    };
+    chkDev = add("Dev. only?", "chkDev");
+    chkMPXfer = add("Multi-player Transfer?", "chkMPXfer");
+    chkProtected = add("Protected?", "chkProtected");
+    return row;
+}
+
+wxSizer* frmZeltor::buildButtons(std::wstring_view website) {
+    lblInfo = new LinkLabel(this, "Click for more info on Zeltor...", website, "lblInfo");
+    cmdCommands[kCreate] = new wxButton(this, wxID_ANY, "&Create");
+    cmdCommands[kDone] = new wxButton(this, wxID_ANY, "&Done");
+    cmdCommands[kCreate]->SetDefault();
+    auto* row = new wxBoxSizer(wxHORIZONTAL);
+    row->Add(lblInfo, wxSizerFlags().CentreVertical());
+    row->AddStretchSpacer();
+    row->Add(cmdCommands[kCreate], wxSizerFlags().Border(wxLEFT, FromDIP(kMargin)));
+    row->Add(cmdCommands[kDone], wxSizerFlags().Border(wxLEFT, FromDIP(kGap)));
+    return row;
+}
+
+wxStaticText* frmZeltor::addLabel(Label index, wxWindow* parent, const wxString& text) {
+    lblGeneric[index] = new wxStaticText(parent, wxID_ANY, text);
+    return lblGeneric[index];
+}
+
+HistoryCombo* frmZeltor::addCombo(wxWindow* parent, const wxString& name) {
+    auto* combo = new HistoryCombo(parent, name);
+    combo->onChange = [this] { pathsChanged(); };
+    combo->onEnter = [this] { createOnEnter(); };
+    return combo;
+}
+
+wxTextCtrl* frmZeltor::addText(wxSizer& row, const wxString& name) const {
+    auto* box = new wxTextCtrl(fraOptional, wxID_ANY, "", wxDefaultPosition, wxDefaultSize, 0,
+                               wxDefaultValidator, name);
+    row.Add(box, wxSizerFlags(1).Expand());
+    return box;
+}
+
+// The boxes of both frames stand below each other.
+void frmZeltor::alignLabels() {
+    const int width = lblGeneric[lblTarget]->GetBestSize().x;
+    for (const Label label : {lblSource, lblTitle, lblAuthor, lblBuild, lblCopyright}) {
+        lblGeneric[label]->SetMinSize(wxSize(width, -1));
+    }
+}
+
+void frmZeltor::layOut(std::wstring_view website) {
+    const int margin = FromDIP(kMargin);
+    auto* column = new wxBoxSizer(wxVERTICAL);
+    column->Add(buildMain(), wxSizerFlags().Expand().Border(wxALL, margin));
+    column->Add(buildOptional(), wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT, margin));
+    column->Add(buildButtons(website), wxSizerFlags().Expand().Border(wxALL, margin));
+    alignLabels();
+    SetSizerAndFit(column);
+    // More room helps long paths, but no row can use more height.
+    SetMaxSize(wxSize(-1, GetSize().y));
+    SetSize(std::max(FromDIP(kWidth), GetSize().x), -1);
+    CentreOnParent();
+}
+
+void frmZeltor::bindWindow() {
+    const auto onClick = [this](Command index, void (frmZeltor::*handler)()) {
+        cmdCommands[index]->Bind(wxEVT_BUTTON, [this, handler](wxCommandEvent&) {
+            guarded(L"cmdCommands_Click", [&] { (this->*handler)(); });
+        });
+    };
+    onClick(kCreate, &frmZeltor::create);
+    onClick(kPickSource, &frmZeltor::pickSource);
+    onClick(kPickTarget, &frmZeltor::pickTarget);
+    cmdCommands[kDone]->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Close(); });
+    txtPriority->Bind(wxEVT_CHAR, digitTyped);
+    txtPriority->Bind(wxEVT_KILL_FOCUS, [this](wxFocusEvent& event) {
+        // A box cannot be shown while the keyboard is on its way.
+        CallAfter([this] { priorityLeft(); });
+        event.Skip();
+    });
+    Bind(wxEVT_CHAR_HOOK, &frmZeltor::keyPressed, this);
+    Bind(wxEVT_CLOSE_WINDOW, &frmZeltor::closing, this);
+    // The main window knows what becomes of a minimised window.
+    Bind(wxEVT_ICONIZE, [this](wxIconizeEvent& event) {
+        auto* main = dynamic_cast<wxTopLevelWindow*>(GetParent());
+        if (event.IsIconized() && main != nullptr) main->Iconize();
+        event.Skip();
+    });
+}
+
+void frmZeltor::pathsChanged() {
+    cmdCommands[kCreate]->Enable(!cboSourceFolder->text().empty() && !cboTarget->text().empty());
+}
+
+void frmZeltor::createOnEnter() {
+    if (cmdCommands[kCreate]->IsEnabled()) guarded(L"cmdCommands_Click", [this] { create(); });
+}
+
+void frmZeltor::create() {
+    const std::wstring source = cboSourceFolder->text();
+    const std::wstring target = cboTarget->text();
+    if (source.empty() || target.empty() || !mayBuild(source, target)) return;
+    BuildRequest build = request();
+    gExecZeltor(build, redLauncher);
+    // Nothing runs after a refused start, and there is nothing to be seen.
+    if (redLauncher.running()) showLog(target);
+}
+
+BuildRequest frmZeltor::request() const {
+    BuildRequest request;
+    request.source = cboSourceFolder->text();
+    request.target = cboTarget->text();
+    request.copyright = quotedText(*txtCopyright);
+    request.build = quotedText(*txtBuild);
+    request.title = quotedText(*txtTitle);
+    request.author = quotedText(*txtAuthor);
+    request.priority = priorityOf(fromWx(txtPriority->GetValue()));
+    request.devFlag = flag(*chkDev, kFlagDev);
+    request.multiPlayerFlag = flag(*chkMPXfer, kFlagMultiPlayer);
+    request.protectedFlag = flag(*chkProtected, kFlagProtected);
+    return request;
+}
+
+// The builder runs on when its log is closed.
+void frmZeltor::showLog(const std::wstring& target) {
+    frmView viewer(this, openFile_);
+    viewer.TextBlock(L"");
+    viewer.CanEdit(false);
+    viewer.SetTitle(shownLine(L"View Log: " + target));
+    redLauncher.onData = [&viewer, lines = LogLines()](std::wstring_view text) mutable {
+        viewer.txtView->append(lines.add(text));
+    };
+    viewer.ShowModal();
+    redLauncher.onData = nullptr;
+}
+
+void frmZeltor::pickSource() {
+    OwnerWx owner(*this);
+    const auto folder = gBrowseFolder(L"Select the Source Folder of your New Tank file. ", &owner,
+                                      cboSourceFolder->text());
+    choose(*cboSourceFolder, folder.value_or(std::wstring()));
+}
+
+void frmZeltor::pickTarget() {
+    choose(*cboTarget, askForFile(L"Select Target TANK Filename and Location", kTargetFilter, true,
+                                  cboSourceFolder->text()));
+}
+
+void frmZeltor::choose(HistoryCombo& box, const std::wstring& text) {
+    if (!text.empty()) {
+        box.setText(text);
+        gAddHistoryItem(box, text);
+    }
+    pathsChanged();
+}
+
+// An empty box is left freely: it stands for 0.
+void frmZeltor::priorityLeft() {
+    wxWindow* const focus = FindFocus();
+    const bool inDialog = focus != nullptr && wxGetTopLevelParent(focus) == this;
+    const std::wstring text = fromWx(txtPriority->GetValue());
+    if (!inDialog || focus == txtPriority || text.empty() || isNumber(text)) return;
+    tellUser(L"Priority must be a number.", Icon::exclamation);
+    txtPriority->SetFocus();
+}
+
+void frmZeltor::keyPressed(wxKeyEvent& event) {
+    if (event.GetKeyCode() != WXK_ESCAPE) {
+        event.Skip();
+    } else if (cboSourceFolder->isOpen() || cboTarget->isOpen()) {
+        // The open list takes it, and the dialog must not.
+        event.DoAllowNextEvent();
+    } else {
+        Close();
+    }
+}
+
+void frmZeltor::closing(wxCloseEvent&) {
+    gSaveHistory(*cboSourceFolder, kSourceHistory);
+    gSaveHistory(*cboTarget, kTargetHistory);
+    if (IsModal()) {
+        EndModal(wxID_CANCEL);
+    } else {
+        Destroy();
+    }
+}
+
+}  // namespace kestrel

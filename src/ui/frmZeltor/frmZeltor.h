@@ -1,0 +1,89 @@
+#pragma once
+
+#include <wx/button.h>
+#include <wx/checkbox.h>
+#include <wx/dialog.h>
+#include <wx/sizer.h>
+#include <wx/statbox.h>
+#include <wx/stattext.h>
+#include <wx/textctrl.h>
+
+#include <array>
+#include <string>
+#include <string_view>
+
+#include "services/viewtext.h"
+#include "tank/build.h"
+#include "ui/common/combo.h"
+#include "ui/common/linklabel.h"
+#include "ui/frmZeltor/timedlauncher.h"
+#include "ui/frmZeltor/website.h"
+
+namespace kestrel {
+
+// Asks what archive to build, starts the builder and shows what it writes. Shown
+// modal.
+class frmZeltor final : public wxDialog {
+  public:
+    // `launcher` must outlive the dialog; `openFile` is for the log's viewer.
+    frmZeltor(wxWindow* parent, TimedLauncher& launcher, OpenFile openFile,
+              std::wstring_view website = kZeltorWebsite);
+    ~frmZeltor() override;
+
+    enum Command { kDone, kCreate, kPickSource, kPickTarget, kCommands };
+    enum Label {
+        lblSource,
+        lblTarget,
+        lblTitle,
+        lblAuthor,
+        lblBuild,
+        lblPriority,
+        lblCopyright,
+        kLabels
+    };
+
+    wxStaticBox* fraMain;
+    HistoryCombo* cboSourceFolder;
+    HistoryCombo* cboTarget;
+    wxStaticBox* fraOptional;
+    wxTextCtrl* txtTitle;
+    wxTextCtrl* txtAuthor;
+    wxTextCtrl* txtBuild;
+    wxTextCtrl* txtPriority;
+    wxTextCtrl* txtCopyright;
+    wxCheckBox* chkDev;
+    wxCheckBox* chkMPXfer;
+    wxCheckBox* chkProtected;
+    LinkLabel* lblInfo;
+    std::array<wxStaticText*, kLabels> lblGeneric;
+    std::array<wxButton*, kCommands> cmdCommands;
+    TimedLauncher& redLauncher;
+
+  private:
+    wxSizer* buildMain();
+    wxSizer* buildOptional();
+    wxSizer* buildFlags();
+    wxSizer* buildButtons(std::wstring_view website);
+    wxStaticText* addLabel(Label index, wxWindow* parent, const wxString& text);
+    HistoryCombo* addCombo(wxWindow* parent, const wxString& name);
+    wxTextCtrl* addText(wxSizer& row, const wxString& name) const;
+    void alignLabels();
+    void layOut(std::wstring_view website);
+    void bindWindow();
+
+    void pathsChanged();
+    void createOnEnter();
+    void create();
+    BuildRequest request() const;
+    void showLog(const std::wstring& target);
+    void pickSource();
+    void pickTarget();
+    void choose(HistoryCombo& box, const std::wstring& text);
+    void priorityLeft();
+    void keyPressed(wxKeyEvent& event);
+    void closing(wxCloseEvent& event);
+
+    OpenFile openFile_;
+};
+
+}  // namespace kestrel
