@@ -75,12 +75,12 @@ bool isMissing(int code) noexcept {
 
 // Asks the system for large pages behind the fresh memory of `bytes`: a fault for
 // each small one takes longer than reading what it will hold. A wish, no more.
-void wishForLargePages(const std::string& bytes) noexcept {
+void wishForLargePages(std::string& bytes) noexcept {
     constexpr std::uintptr_t kPage = std::uintptr_t{1} << 21;
     const auto start = reinterpret_cast<std::uintptr_t>(bytes.data());
     const std::uintptr_t first = (start + kPage - 1) / kPage * kPage;
     const std::uintptr_t last = (start + bytes.capacity()) / kPage * kPage;
-    if (first < last) ::madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+    if (first < last) ::madvise(bytes.data() + (first - start), last - first, MADV_HUGEPAGE);
 }
 
 // Reads to the end, wherever it is by now: the file may shrink or grow.

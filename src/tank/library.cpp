@@ -47,7 +47,7 @@ class Operation<Result(Arguments...)> {
 
 // The library with its operations; it throws unless all are there.
 struct Operations {
-    explicit Operations(const std::wstring& file) : path(file) {}
+    explicit Operations(std::wstring file) : path(std::move(file)) {}
 
     template <class Result>
     using OfChild = Operation<Result(TankHandle, ChildHandle)>;
