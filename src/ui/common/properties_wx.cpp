@@ -23,8 +23,9 @@ std::wstring shownTime(const wxDateTime& time) {
 std::wstring shownSize(const wxFileName& file) {
     const wxULongLong size = file.GetSize();
     if (size == wxInvalidSize) return L"unknown";
-    return fromWx(wxFileName::GetHumanReadableSize(size, "0 bytes", 1) + " (" + size.ToString() +
-                  " bytes)");
+    const wxString bytes = size.ToString() + " bytes";
+    if (size < 1024) return fromWx(bytes);
+    return fromWx(wxFileName::GetHumanReadableSize(size, "", 1) + " (" + bytes + ")");
 }
 
 std::wstring shownPermissions(const wxFileName& file) {
