@@ -31,11 +31,6 @@ std::size_t hashOf(std::wstring_view text) noexcept {
     return std::hash<std::wstring_view>()(text);
 }
 
-const GasTemplate* findSource(const std::vector<GasTemplate>& templates, std::wstring_view name) {
-    const GasTemplate* record = findTemplate(templates, L"doc", name);
-    return record != nullptr ? record : findTemplate(templates, L"name", name);
-}
-
 // The hash of every value by which findSource() finds a record.
 std::vector<std::size_t> sourceValues(const std::vector<GasTemplate>& templates) {
     std::vector<std::size_t> values;

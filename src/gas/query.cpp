@@ -83,6 +83,11 @@ const GasTemplate* findTemplate(const std::vector<GasTemplate>& templates, std::
     return nullptr;
 }
 
+const GasTemplate* findSource(const std::vector<GasTemplate>& templates, std::wstring_view name) {
+    const GasTemplate* record = findTemplate(templates, L"doc", name);
+    return record != nullptr ? record : findTemplate(templates, L"name", name);
+}
+
 GasTemplate gudtSearchForTemplate(const std::vector<GasTemplate>& templates, std::wstring_view key,
                                   std::wstring_view value) {
     return guarded(L"gudtSearchForTemplate", [&] {

@@ -19,6 +19,10 @@ GasTemplate gudtSearchForTemplate(const std::vector<GasTemplate>& templates, std
 const GasTemplate* findTemplate(const std::vector<GasTemplate>& templates, std::wstring_view key,
                                 std::wstring_view value);
 
+// The template that `name` names: by its `doc`, or else by its `name`; null when
+// there is none.
+const GasTemplate* findSource(const std::vector<GasTemplate>& templates, std::wstring_view name);
+
 // The value of the first property called `name`; empty when there is none.
 std::wstring gstrFindPropertyVal(const GasTemplate& record, std::wstring_view name);
 

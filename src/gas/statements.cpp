@@ -1,10 +1,12 @@
 #include "gas/statements.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <limits>
 
 #include "gas/marks.h"
+#include "gas/pieces.h"
 #include "services/errors.h"
 #include "services/text.h"
 
@@ -24,27 +26,33 @@ enum Content : std::uint8_t {
 };
 
 struct Rule {
-    unsigned required;
-    unsigned forbidden;
-    void (BlockReader::*apply)(const Statement&);
+    std::uint8_t required;
+    std::uint8_t forbidden;
     std::uint8_t entries;  // that it may store
+    std::uint8_t braces;   // that it counts
     bool opens;            // a sub-block
+    void (BlockReader::*apply)(const Statement&);
+    void (*lose)(const Statement&, LeftOutList&);
 };
+
+constexpr std::uint8_t kAnyBraces = 255;
 
 // The first rule that holds wins.
 constexpr Rule kRules[] = {
-    {kComment, 0, &BlockReader::comment, 0, false},
-    {kOpen | kNameKey | kClose, 0, &BlockReader::namedHeader, 2, true},
-    {kNameKey | kClose, kTypeKey, &BlockReader::ownHeader, 1, false},
-    {kOpen | kClose, kEquals, &BlockReader::header, 1, true},
-    {kOpen | kClose | kBraceOpen | kEquals | kBraceClose, 0, &BlockReader::oneLineBody, 2, true},
-    {kOpen | kClose | kBraceOpen | kEquals, kBraceClose, &BlockReader::openingLine, 2, true},
-    {kBraceOpen, kEquals, &BlockReader::openingBrace, 0, false},
-    {kBraceClose, kEquals, &BlockReader::closingBrace, 0, false},
+    {kComment, 0, 0, kAnyBraces, false, &BlockReader::comment, loseInComment},
+    {kOpen | kNameKey | kClose, 0, 2, 0, true, &BlockReader::namedHeader, loseInNamedHeader},
+    {kNameKey | kClose, kTypeKey, 1, 0, false, &BlockReader::ownHeader, loseInOwnHeader},
+    {kOpen | kClose, kEquals, 1, 0, true, &BlockReader::header, loseInHeader},
+    {kOpen | kClose | kBraceOpen | kEquals | kBraceClose, 0, 2, 2, true, &BlockReader::oneLineBody,
+     loseInBody},
+    {kOpen | kClose | kBraceOpen | kEquals, kBraceClose, 2, 1, true, &BlockReader::openingLine,
+     loseInOpeningLine},
+    {kBraceOpen, kEquals, 0, 1, false, &BlockReader::openingBrace, loseBesideBrace},
+    {kBraceClose, kEquals, 0, 1, false, &BlockReader::closingBrace, loseBesideBrace},
     // Kept: the test can never hold, so a closing brace on a property's line
     // does not close the group.
-    {kBraceClose | kEquals, kBraceClose, &BlockReader::closingBrace, 0, false},
-    {kEquals, 0, &BlockReader::property, 1, false},
+    {kBraceClose | kEquals, kBraceClose, 0, 1, false, &BlockReader::closingBrace, loseBesideBrace},
+    {kEquals, 0, 1, 0, false, &BlockReader::property, loseInProperty},
 };
 constexpr std::uint8_t kNoRule = std::size(kRules);
 constexpr std::uint8_t kCommentRule = 0;
@@ -79,22 +87,11 @@ bool equalsWithoutCase(std::string_view text, std::string_view lower) {
     return true;
 }
 
-// The part of `text` before the first `mark`, and the piece between it and the
-// next one.
-struct Pair {
-    std::string_view first;
-    std::string_view second;
-    bool whole = false;  // there is a mark
-};
-
-Pair splitPair(std::string_view text, char mark) {
-    const std::size_t at = text.find(mark);
-    if (at == std::string_view::npos) return {text, {}, false};
-    const std::string_view rest = text.substr(at + 1);
-    return {text.substr(0, at), rest.substr(0, rest.find(mark)), true};
-}
+// Which statements a list gets: those that some rule does something with, or all.
+enum class Keep : std::uint8_t { wanted, all };
 
 // Cuts one block, from mark to mark.
+template <Keep keep>
 class Cutter {
   public:
     Cutter(std::string_view block, bool squeeze, StatementList& list)
@@ -142,7 +139,10 @@ class Cutter {
             {start_, end}, equals_, more_, static_cast<std::uint32_t>(list_.count++), rule, cut_};
         content_ = 0;
         equals_ = more_ = nullptr;
-        if (rule == kNoRule) return;
+        if (rule == kNoRule) {
+            if constexpr (keep == Keep::all) list_.statements.push_back(statement);
+            return;
+        }
         list_.entries += kRules[rule].entries;
         list_.headers += kRules[rule].opens ? 1 : 0;
         if (rule == kCommentRule) list_.comments += statement.text.size() + kCommentFrame;
@@ -176,14 +176,43 @@ class Cutter {
     bool cut_ = false;  // its line has been cut before
 };
 
+template <Keep keep>
+void cut(std::string_view block, bool squeeze, StatementList& list) {
+    list.statements.clear();
+    list.count = list.entries = list.headers = list.comments = 0;
+    Cutter<keep> cutter(block, squeeze, list);
+    forEachMark(block, [&](const char* at) { cutter.take(at); });
+    cutter.addStatement(block.data() + block.size());
+}
+
 }  // namespace
 
 void cutStatements(std::string_view block, bool squeeze, StatementList& list) {
-    list.statements.clear();
-    list.count = list.entries = list.headers = list.comments = 0;
-    Cutter cutter(block, squeeze, list);
-    forEachMark(block, [&](const char* at) { cutter.take(at); });
-    cutter.addStatement(block.data() + block.size());
+    cut<Keep::wanted>(block, squeeze, list);
+}
+
+void cutAllStatements(std::string_view block, StatementList& list) {
+    cut<Keep::all>(block, false, list);
+}
+
+bool isComment(const Statement& statement) noexcept {
+    return statement.rule == kCommentRule;
+}
+
+LeftOutList leftOut(const Statement& statement) {
+    LeftOutList list;
+    if (statement.rule == kNoRule) {
+        loseAll(statement, list);
+        return list;
+    }
+    const Rule& rule = kRules[statement.rule];
+    rule.lose(statement, list);
+    if (rule.braces == kAnyBraces || (!list.empty() && list.front().all)) return list;
+    const auto isBrace = [](char c) { return c == '{' || c == '}'; };
+    if (std::ranges::count_if(statement.text, isBrace) > rule.braces) {
+        list.push_back({L"a brace here is not counted"});
+    }
+    return list;
 }
 
 BlockReader::BlockReader(GasTemplate& record, Braces& braces, FieldMaker& fields, bool docNames)
@@ -217,26 +246,18 @@ void BlockReader::comment(const Statement& statement) {
 }
 
 void BlockReader::namedHeader(const Statement& statement) {
-    if (statement.text.find(',') == std::string_view::npos) return;
+    if (!hasParts(statement.text)) return;
     openSubBlock();
     // The name is part of the group before anything is stored, so the header's
     // own entries stand inside the sub-block that they open.
-    const auto eachPart = [&](auto&& visit) {
-        for (std::string_view rest = statement.text;;) {
-            const std::size_t comma = rest.find(',');
-            visit(rest.substr(0, comma));
-            if (comma == std::string_view::npos) return;
-            rest.remove_prefix(comma + 1);
-        }
-    };
     std::string buffer;
-    eachPart([&](std::string_view part) {
+    forEachPart(statement.text, [&](std::string_view part) {
         const Pair pair = splitPair(part, ':');
         if (pair.whole && equalsWithoutCase(cleaned(pair.first, buffer), "n")) {
             extendGroup(pair.second);
         }
     });
-    eachPart([&](std::string_view part) { storeHeaderPart(part); });
+    forEachPart(statement.text, [&](std::string_view part) { storeHeaderPart(part); });
 }
 
 void BlockReader::ownHeader(const Statement& statement) {

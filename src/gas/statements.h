@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "gas/fields.h"
+#include "gas/losses.h"
 #include "gas/template.h"
 
 // How the loader reads the statements of one block. Private to the loader.
@@ -23,7 +24,6 @@ struct Braces {
     std::int64_t mark = 0;
 };
 
-// A statement that some rule does something with.
 struct Statement {
     std::string_view text;  // without the ";" that it was cut at; blanks not trimmed
     const char* equals;     // its first "="; null without one
@@ -43,7 +43,16 @@ struct StatementList {
 
 // Cuts `block` into statements and finds the rule of each. A run of line ends
 // counts as one when `squeeze`. The list is overwritten; it points into `block`.
+// It holds the statements that some rule does something with.
 void cutStatements(std::string_view block, bool squeeze, StatementList& list);
+
+// As above, for all statements of a normalised block.
+void cutAllStatements(std::string_view block, StatementList& list);
+
+bool isComment(const Statement& statement) noexcept;
+
+// Tells what the rule of `statement` leaves out of it.
+LeftOutList leftOut(const Statement& statement);
 
 // Applies the rules to the statements of one block and fills `record`'s
 // Properties and Comments.

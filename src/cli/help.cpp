@@ -1,0 +1,32 @@
+#include "cli/help.h"
+
+namespace kestrel::cli {
+
+const std::string_view kHelp = R"(Usage: kestrel-cli COMMAND [OPTION]...
+
+Looks into the .gas definition files of a game's mods, and converts them.
+
+Commands:
+  list FILE                   the templates of FILE: name and kind of each
+  show FILE NAME              the template NAME as tab-delimited text
+       --listed                 ... as it stands in the file
+  chain FILE NAME             the templates that NAME specializes, and their files
+       --in FOLDER              search the .gas files of FOLDER too
+  convert FOLDER              the .gas files of FOLDER to .tab files beside them
+       --single FILE            ... to one FILE ("" for FOLDER/Converted.tab)
+       --title, --author, --build, --copyright TEXT
+                                a line of the header
+  check FILE...               every statement that loading ignores or cuts
+  dump FILE                   the templates as JSON, one object a line
+
+  --help                      shows this
+  --version                   shows the version
+
+NAME is the "doc" of a template, its "name", or what "list" shows.
+Options may stand anywhere; "--" ends them.
+
+Exit codes: 0 fine, 1 failed (check: something was found; chain: it does not end),
+2 wrong usage.
+)";
+
+}  // namespace kestrel::cli

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+// The seam to the operating system's console, implemented by system_posix.cpp and
+// system_win32.cpp.
+namespace kestrel::cli::system {
+
+// Prepares the standard streams: bytes go out as they are, a stream that the
+// caller has closed leads nowhere, and a reader that goes ends the program
+// quietly where the system can do that.
+void prepareStreams();
+
+// The command line without the program's name. `values` are main's own.
+std::vector<std::wstring> commandLine(int count, char** values);
+
+// True when the write that has just failed did so because nobody reads any more.
+bool readerIsGone() noexcept;
+
+// True when the standard error stream is a terminal.
+bool errorIsTerminal();
+
+}  // namespace kestrel::cli::system

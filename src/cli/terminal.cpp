@@ -1,0 +1,141 @@
+#include "cli/terminal.h"
+
+#include <array>
+#include <cstdio>
+#include <ctime>
+#include <ostream>
+#include <utility>
+
+#include "services/bytes.h"
+
+namespace kestrel::cli {
+namespace {
+
+class TerminalProgress final : public Progress {
+  public:
+    explicit TerminalProgress(Terminal& terminal) : terminal_(terminal) {}
+    ~TerminalProgress() override { terminal_.showProgress({}); }
+    TerminalProgress(const TerminalProgress&) = delete;
+    TerminalProgress& operator=(const TerminalProgress&) = delete;
+
+    void show(Owner*) override {}
+    void Process(std::wstring_view text) override {
+        process_ = text;
+        paint();
+    }
+    void SubProcess(std::wstring_view) override {}
+    void ShowProgress(int percentage, std::wstring_view) override {
+        if (percentage == std::exchange(percentage_, percentage)) return;
+        paint();
+    }
+    void CanCancel(bool) override {}
+    bool DidCancel() const override { return false; }
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    void paint() {
+        constexpr std::chrono::milliseconds kPause{100};
+        const Clock::time_point now = Clock::now();
+        if (now - painted_ < kPause) return;
+        painted_ = now;
+        terminal_.showProgress(process_ + L" " + std::to_wstring(percentage_) + L"%");
+    }
+
+    Terminal& terminal_;
+    std::wstring process_;
+    int percentage_ = 0;
+    Clock::time_point painted_ = Clock::now();  // quick work shows nothing
+};
+
+// The current time in one format for all users: a text that is written into a
+// file must not depend on who runs the program.
+std::wstring formattedTime(const char* format) {
+    const std::time_t now = std::time(nullptr);
+    const std::tm* local = std::localtime(&now);
+    std::array<char, 64> text{};
+    if (local != nullptr) std::strftime(text.data(), text.size(), format, local);
+    return fromUtf8(text.data());
+}
+
+bool isControl(wchar_t c) {
+    return c < 0x20 || (c >= 0x7F && c < 0xA0);
+}
+
+std::string escapeOf(wchar_t control) {
+    if (control == L'\n') return "\\n";
+    if (control == L'\r') return "\\r";
+    if (control == L'\t') return "\\t";
+    char escape[8];
+    std::snprintf(escape, sizeof escape, "\\x%02X", static_cast<unsigned>(control));
+    return escape;
+}
+
+}  // namespace
+
+std::string oneLine(std::wstring_view text) {
+    std::string line;
+    std::size_t start = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (!isControl(text[i])) continue;
+        line.append(toUtf8(text.substr(start, i - start))).append(escapeOf(text[i]));
+        start = i + 1;
+    }
+    return line.append(toUtf8(text.substr(start)));
+}
+
+Terminal::Terminal(std::ostream& err, bool showsProgress)
+    : err_(err), showsProgress_(showsProgress), before_(gProgram().host) {
+    gProgram().host = {};
+    gProgram().host.messages = this;
+    gProgram().host.progress = this;
+    gProgram().host.clock = this;
+}
+
+Terminal::~Terminal() {
+    gProgram().host = before_;
+}
+
+void Terminal::error(std::wstring_view text) {
+    showProgress({});
+    ++errors_;
+    err_ << "kestrel-cli: ";
+    if (!subject_.empty()) err_ << oneLine(subject_) << ": ";
+    err_ << oneLine(text) << '\n';
+}
+
+void Terminal::showProgress(std::wstring_view text) {
+    constexpr std::size_t kColumns = 79;
+    if (text.empty() && shown_ == 0) return;
+    const std::wstring line = fromUtf8(oneLine(text)).substr(0, kColumns);
+    err_ << '\r' << toUtf8(line);
+    if (shown_ > line.size()) err_ << std::string(shown_ - line.size(), ' ');
+    if (line.empty()) err_ << '\r';
+    err_.flush();
+    shown_ = line.size();
+}
+
+Answer Terminal::ask(std::wstring_view text, std::wstring_view, Icon, Buttons buttons) {
+    error(text);
+    if (buttons == Buttons::ok) return Answer::ok;
+    return buttons == Buttons::yesNo ? Answer::no : Answer::cancel;
+}
+
+std::optional<std::wstring> Terminal::prompt(std::wstring_view, std::wstring_view,
+                                             std::wstring_view) {
+    return std::nullopt;
+}
+
+std::unique_ptr<Progress> Terminal::makeProgress() {
+    return showsProgress_ ? std::make_unique<TerminalProgress>(*this) : nullptr;
+}
+
+std::wstring Terminal::longTime() const {
+    return formattedTime("%H:%M:%S");
+}
+
+std::wstring Terminal::longDate() const {
+    return formattedTime("%A, %d %B %Y");
+}
+
+}  // namespace kestrel::cli

@@ -1,0 +1,149 @@
+#include "gas/check.h"
+
+#include <algorithm>
+
+#include "gas/blocks.h"
+#include "gas/statements.h"
+#include "services/bytes.h"
+#include "services/errors.h"
+
+namespace kestrel {
+namespace {
+
+using loading::LeftOut;
+using loading::Source;
+using loading::Statement;
+
+constexpr std::string_view kBlank = " \t\r\n";
+
+std::string_view trimmed(std::string_view text) {
+    const std::size_t first = std::min(text.find_first_not_of(kBlank), text.size());
+    text.remove_prefix(first);
+    return text.substr(0, text.find_last_not_of(kBlank) + 1);
+}
+
+// Tells the lines of the file that the places of its normalised text come from.
+// The two differ in tabs, and in the number of CR LF where lines end.
+class LineCounter {
+  public:
+    LineCounter(std::string_view raw, std::string_view normal) : raw_(raw), at_(normal.data()) {
+        skipLineEnds();
+    }
+
+    // The line of the character at `place`, which is no earlier one than last time.
+    std::size_t lineOf(const char* place) {
+        while (at_ < place) {
+            const char c = *at_++;
+            if (c == '\r' && *at_ == '\n') {
+                ++at_;
+                raw_.remove_prefix(raw_.find("\r\n"));
+                skipLineEnds();
+            } else if (c == '\r' || c == '\n') {
+                ++line_;
+            }
+        }
+        return line_;
+    }
+
+  private:
+    void skipLineEnds() {
+        for (; raw_.starts_with("\r\n"); raw_.remove_prefix(2)) ++line_;
+    }
+
+    std::string_view raw_;
+    const char* at_;
+    std::size_t line_ = 1;
+};
+
+// True when `next` stands behind the ";" that ends `statement`.
+bool isBehind(const Statement& next, const Statement& statement) {
+    return next.text.data() == statement.text.data() + statement.text.size() + 1;
+}
+
+class Checker {
+  public:
+    Checker(std::string_view raw, std::string_view normal) : lines_(raw, normal) {}
+
+    // Text that no block holds.
+    void checkDropped(std::string_view text, std::wstring_view why) {
+        loading::cutAllStatements(text, list_);
+        for (const Statement& statement : list_.statements) {
+            if (!trimmed(statement.text).empty()) add(statement.text, {why, true});
+        }
+    }
+
+    // The last `prefix` characters before `block` belong to its header.
+    void checkBlock(std::string_view block, std::size_t prefix) {
+        const std::string_view header(block.data() - prefix, prefix);
+        if (block.empty() && !header.empty()) add(header, {L"the block is empty", true});
+        loading::cutAllStatements(block, list_);
+        bool inQuotes = false;
+        for (std::size_t i = 0; i < list_.statements.size(); ++i) {
+            const Statement& statement = list_.statements[i];
+            if (i == 0 || !isBehind(statement, list_.statements[i - 1])) inQuotes = false;
+            if (std::ranges::count(statement.text, '"') % 2 != 0) inQuotes = !inQuotes;
+            if (isComment(statement)) inQuotes = false;
+            // What is left of a header that the prefix has all but the end of.
+            if (i == 0 && !header.ends_with(']') && trimmed(statement.text) == "]") continue;
+            check(i, inQuotes);
+        }
+    }
+
+    std::vector<Loss> take() { return std::move(losses_); }
+
+  private:
+    void check(std::size_t index, bool inQuotes) {
+        const Statement& statement = list_.statements[index];
+        const loading::LeftOutList leftOut = loading::leftOut(statement);
+        for (const LeftOut& one : leftOut) add(statement.text, one);
+        if (!leftOut.empty() && leftOut.front().all) return;
+        if (!goesOn(index)) return;
+        if (isComment(statement)) {
+            add(statement.text, {L"a \";\" ends a comment: the rest of the line is none"});
+        } else if (inQuotes) {
+            add(statement.text, {L"a \";\" ends a value, in quotes too"});
+        }
+    }
+
+    // True when something stands behind the ";" of the statement.
+    bool goesOn(std::size_t index) const {
+        if (index + 1 == list_.statements.size()) return false;
+        const Statement& next = list_.statements[index + 1];
+        return isBehind(next, list_.statements[index]) && loading::hasContent(next.text);
+    }
+
+    void add(std::string_view text, const LeftOut& loss) {
+        text = trimmed(text);
+        losses_.push_back(
+            {lines_.lineOf(text.data()), loss.all, std::wstring(loss.why), widen(text)});
+    }
+
+    LineCounter lines_;
+    loading::StatementList list_;
+    std::vector<Loss> losses_;
+};
+
+std::vector<Loss> lossesIn(std::string_view bytes) {
+    Source source = loading::prepare(std::string(bytes), false);
+    const Source raw = source;
+    normalise(source);
+    const loading::Cut cut = cutBlocks(source.text, loading::FieldMaker(false));
+    Checker checker(*raw.bytes, source.text);
+    checker.checkDropped(cut.dropped, L"it stands before the first header");
+    for (std::size_t i = 0; i < cut.blocks.size(); ++i) {
+        if (i == 0 && isJoined(cut)) {
+            checker.checkDropped(cut.blocks[0], L"the first two sections, joined, take its place");
+        } else {
+            checker.checkBlock(cut.blocks[i], i < cut.headed ? 0 : cut.prefix.size());
+        }
+    }
+    return checker.take();
+}
+
+}  // namespace
+
+std::vector<Loss> findLosses(std::string_view bytes) {
+    return guarded(L"findLosses", [&] { return lossesIn(bytes); });
+}
+
+}  // namespace kestrel
