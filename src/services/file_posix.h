@@ -44,10 +44,6 @@ class File {
 };
 
 // filesystem::replace().
-void replaceFile(std::wstring_view path, std::string_view bytes, std::wstring_view backup,
-                 bool tidy);
-
-// See filesystem::removeLeftBehind().
-void removeLeftBehind(std::wstring_view folder);
+void replaceFile(std::wstring_view path, std::string_view bytes, std::wstring_view backup);
 
 }  // namespace kestrel::posix

@@ -28,11 +28,10 @@ std::wstring gstrReadFile(std::wstring_view path) {
     return guarded(L"gstrReadFile", [&] { return widen(readFileBytes(path)); });
 }
 
-bool writeFile(std::wstring_view path, std::wstring_view text, std::wstring_view backup,
-               bool tidy) {
+bool writeFile(std::wstring_view path, std::wstring_view text, std::wstring_view backup) {
     return guarded(L"gWriteFile", [&] {
         if (path.empty()) return false;
-        filesystem::replace(path, narrow(text), backup, tidy);
+        filesystem::replace(path, narrow(text), backup);
         return true;
     });
 }

@@ -21,9 +21,8 @@ void gWriteFile(std::wstring_view path, std::wstring_view text);
 
 // As gWriteFile; true when the file was written. With `backup` the file that it
 // replaces is kept at `backup`, replacing what stood there; a missing file
-// leaves the backup alone. `tidy` as in filesystem::replace().
-bool writeFile(std::wstring_view path, std::wstring_view text, std::wstring_view backup = {},
-               bool tidy = true);
+// leaves the backup alone.
+bool writeFile(std::wstring_view path, std::wstring_view text, std::wstring_view backup = {});
 
 // `path` with ".bak" appended.
 std::wstring backupPath(std::wstring_view path);

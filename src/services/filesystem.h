@@ -33,15 +33,30 @@ std::optional<std::string> read(std::wstring_view path);
 // link it is the link's target that is replaced. When `backup` is not empty the
 // replaced file is kept there; at every moment one of the two is complete.
 // Throws when anything fails; the file is then as it was.
-//
-// With `tidy`, temporary siblings of the file that killed runs left are removed
-// as well. That looks at the whole folder: who writes many files of one folder
-// leaves it out, and calls removeLeftBehind() once.
-void replace(std::wstring_view path, std::string_view bytes, std::wstring_view backup,
-             bool tidy = true);
+void replace(std::wstring_view path, std::string_view bytes, std::wstring_view backup);
 
-// Removes the temporary siblings that killed runs left in `folder`.
-void removeLeftBehind(std::wstring_view folder);
+// Many files of one folder, each replaced whole or not at all as by replace(),
+// with one wait for the disk for hundreds of them: a file is in its place after
+// the next commit(), at the latest at the end of the object's life.
+class Batch {
+  public:
+    Batch();
+    ~Batch();
+    Batch(const Batch&) = delete;
+    Batch& operator=(const Batch&) = delete;
+
+    // Writes the new file beside the old one. Throws when that fails, or when a
+    // commit() that was due does.
+    void add(std::wstring_view path, std::string_view bytes);
+    // Puts what was added in its place, as far as it can be, and throws the first
+    // failure.
+    void commit();
+
+  private:
+    struct Pending;
+    std::vector<Pending> pending_;
+    std::size_t bytes_ = 0;
+};
 
 // A new empty file, readable by the user alone, whose name begins with
 // `prefix`, in the folder for temporary files.

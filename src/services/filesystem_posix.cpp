@@ -175,12 +175,8 @@ std::optional<std::string> read(std::wstring_view path) {
     return readAll(file, static_cast<std::size_t>(status.st_size));
 }
 
-void replace(std::wstring_view path, std::string_view bytes, std::wstring_view backup, bool tidy) {
-    posix::replaceFile(path, bytes, backup, tidy);
-}
-
-void removeLeftBehind(std::wstring_view folder) {
-    posix::removeLeftBehind(folder);
+void replace(std::wstring_view path, std::string_view bytes, std::wstring_view backup) {
+    posix::replaceFile(path, bytes, backup);
 }
 
 std::wstring makeTemporary(std::wstring_view prefix) {

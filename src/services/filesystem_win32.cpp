@@ -290,27 +290,20 @@ bool isLeftBehind(std::wstring_view rest) {
            rest.ends_with(kTemporaryEnd) && isProcessGone(process);
 }
 
-// Removes what killed runs left behind in `folder` of the files whose temporary
-// siblings begin with `start`; with an empty one, of all files.
-void removeSiblings(const std::wstring& folder, std::wstring_view start) {
+// Removes what killed runs left behind of `name`.
+void removeSiblingsOf(const std::wstring& name) {
+    const std::wstring start = std::wstring(fileName(name)) + L".";
+    const std::wstring folder = name.substr(0, name.size() - fileName(name).size());
     WIN32_FIND_DATAW found{};
-    const HANDLE search =
-        ::FindFirstFileW((folder + std::wstring(start) + L"*.tmp").c_str(), &found);
+    const HANDLE search = ::FindFirstFileW((name + L".*.tmp").c_str(), &found);
     if (search == INVALID_HANDLE_VALUE) return;
     do {
         const std::wstring_view entry = found.cFileName;
-        const std::size_t dot = entry.rfind(L'.', entry.size() - kTemporaryEnd.size() - 1);
-        if (dot == entry.npos || (!start.empty() && dot + 1 != start.size())) continue;
-        if (isLeftBehind(entry.substr(dot + 1))) {
+        if (entry.size() > start.size() && isLeftBehind(entry.substr(start.size()))) {
             ::DeleteFileW((folder + found.cFileName).c_str());
         }
     } while (::FindNextFileW(search, &found) != 0);
     ::FindClose(search);
-}
-
-void removeSiblingsOf(const std::wstring& name) {
-    const std::wstring_view base = fileName(name);
-    removeSiblings(name.substr(0, name.size() - base.size()), std::wstring(base) + L".");
 }
 
 }  // namespace
@@ -373,7 +366,7 @@ std::optional<std::string> read(std::wstring_view path) {
     return readAll(file, path);
 }
 
-void replace(std::wstring_view path, std::string_view bytes, std::wstring_view backup, bool tidy) {
+void replace(std::wstring_view path, std::string_view bytes, std::wstring_view backup) {
     const std::wstring name = fileBehind(path);
     const DWORD attributes = attributesOf(name);
     const bool exists = attributes != INVALID_FILE_ATTRIBUTES;
@@ -389,12 +382,20 @@ void replace(std::wstring_view path, std::string_view bytes, std::wstring_view b
     } else if (const DWORD code = moveFile(fresh.name(), name, MOVEFILE_REPLACE_EXISTING)) {
         raise(code, kWrite, path);
     }
-    if (tidy) removeSiblingsOf(name);
+    removeSiblingsOf(name);
 }
 
-void removeLeftBehind(std::wstring_view folder) {
-    removeSiblings(joinPath(folder, L""), {});
+// The system has no wait for several files, so each is put in its place at once.
+struct Batch::Pending {};
+
+Batch::Batch() = default;
+Batch::~Batch() = default;
+
+void Batch::add(std::wstring_view path, std::string_view bytes) {
+    replace(path, bytes, {});
 }
+
+void Batch::commit() {}
 
 std::wstring makeTemporary(std::wstring_view prefix) {
     const std::wstring folder =

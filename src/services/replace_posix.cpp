@@ -8,7 +8,10 @@
 #include <climits>
 #include <cstdint>
 #include <cstdio>
+#include <exception>
+#include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "services/bytes.h"
@@ -172,13 +175,14 @@ void keepAttributes(const File& file, const Place& old, const File::Failure& fai
     if (::fchmod(file.descriptor(), mode) != 0) failure.raise();
 }
 
-// Writes the new file `name` to the disk, with the attributes of `old`.
+// Writes the new file `name`, with the attributes of `old`; to the disk when it is
+// to `last`.
 void writeNew(const std::string& name, std::string_view bytes, const Place& old,
-              const File::Failure& failure) {
+              const File::Failure& failure, bool last = true) {
     File file(name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, old.status ? 0600 : 0666, failure);
     file.write(bytes);
     if (old.status) keepAttributes(file, old, failure);
-    file.sync();
+    if (last) file.sync();
     file.close();
 }
 
@@ -228,6 +232,14 @@ void removeSiblingsOf(const std::string& name) {
     removeSiblings(folderOf(name), temporaryStart(name));
 }
 
+// Flushes everything that was written to the file system of `folder`.
+void syncFileSystem(const std::string& folder) {
+    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) return;
+    ::syncfs(descriptor);
+    ::close(descriptor);
+}
+
 // Makes the renames in the folder of `name` last. The file is whole in any case,
 // so a system that cannot do this is no failure.
 void syncFolder(const std::string& name) {
@@ -248,8 +260,7 @@ std::string checkedName(std::wstring_view path, const File::Failure& failure) {
 
 }  // namespace
 
-void replaceFile(std::wstring_view path, std::string_view bytes, std::wstring_view backup,
-                 bool tidy) {
+void replaceFile(std::wstring_view path, std::string_view bytes, std::wstring_view backup) {
     const File::Failure failure{kWrite, path};
     const Place old = placeBehind(checkedName(path, failure), failure);
     const Sibling fresh(old.name, failure);
@@ -258,15 +269,64 @@ void replaceFile(std::wstring_view path, std::string_view bytes, std::wstring_vi
         const File::Failure backupFailure{kWrite, backup};
         const std::string backupName = checkedName(backup, backupFailure);
         keepAt(backupName, old, backupFailure);
-        if (tidy) removeSiblingsOf(backupName);
+        removeSiblingsOf(backupName);
     }
     fresh.renameTo(old.name, failure);
     syncFolder(old.name);
-    if (tidy) removeSiblingsOf(old.name);
-}
-
-void removeLeftBehind(std::wstring_view folder) {
-    removeSiblings(nameOf(folder) + "/", {});
+    removeSiblingsOf(old.name);
 }
 
 }  // namespace kestrel::posix
+
+namespace kestrel::filesystem {
+
+using posix::File;
+
+struct Batch::Pending {
+    std::string target;
+    std::unique_ptr<posix::Sibling> fresh;
+    std::wstring path;
+};
+
+Batch::Batch() = default;
+
+Batch::~Batch() {
+    try {
+        commit();
+    } catch (...) {  // NOLINT(bugprone-empty-catch): who wants to know calls commit()
+    }
+}
+
+void Batch::add(std::wstring_view path, std::string_view bytes) {
+    const File::Failure failure{posix::kWrite, path};
+    const posix::Place old = posix::placeBehind(posix::checkedName(path, failure), failure);
+    auto fresh = std::make_unique<posix::Sibling>(old.name, failure);
+    posix::writeNew(fresh->name(), bytes, old, failure, false);
+    pending_.push_back({old.name, std::move(fresh), std::wstring(path)});
+    bytes_ += bytes.size();
+    constexpr std::size_t kMostFiles = 500;
+    constexpr std::size_t kMostBytes = std::size_t{64} << 20;
+    if (pending_.size() >= kMostFiles || bytes_ >= kMostBytes) commit();
+}
+
+void Batch::commit() {
+    const std::vector<Pending> files = std::exchange(pending_, {});
+    bytes_ = 0;
+    if (files.empty()) return;
+    const std::string folder = posix::folderOf(files.front().target);
+    // Whatever is renamed from here on is on the disk: one wait for all of them.
+    posix::syncFileSystem(folder);
+    std::exception_ptr failed;
+    for (const Pending& file : files) {
+        try {
+            file.fresh->renameTo(file.target, {posix::kWrite, file.path});
+        } catch (...) {
+            if (!failed) failed = std::current_exception();
+        }
+    }
+    posix::syncFolder(files.front().target);
+    posix::removeSiblings(folder, {});
+    if (failed) std::rethrow_exception(failed);
+}
+
+}  // namespace kestrel::filesystem

@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "gas/load.h"
+#include "gas/sources.h"
+#include "services/bytes.h"
 #include "services/errors.h"
 #include "services/files.h"
 #include "services/filesystem.h"
@@ -18,17 +20,6 @@ namespace {
 constexpr std::wstring_view kProcessing = L"Processing: ";
 constexpr std::wstring_view kSourceEnd = L".gas";
 constexpr std::wstring_view kOutputEnd = L".tab";
-
-bool isSource(std::wstring_view name) {
-    if (name.size() < kSourceEnd.size()) return false;
-    return compareWithoutCase(name.substr(name.size() - kSourceEnd.size()), kSourceEnd) == 0;
-}
-
-std::vector<std::wstring> sourcesIn(std::wstring_view folder) {
-    std::vector<std::wstring> names = filesystem::fileNames(folder);
-    std::erase_if(names, [](const std::wstring& name) { return !isSource(name); });
-    return names;
-}
 
 // Nobody is told of anything while this lives.
 class Silence {
@@ -63,6 +54,11 @@ class Conversion {
         gWriteFile(path, together_);
     }
 
+    // Puts the files that were written in their places.
+    void finish() {
+        guarded(L"gWriteFile", [&] { output_.commit(); });
+    }
+
     std::size_t converted() const noexcept { return converted_; }
 
   private:
@@ -86,11 +82,10 @@ class Conversion {
         return gblnLoadGas(source, templates_, nullptr);
     }
 
-    // Without a look at the whole folder for each file of it.
-    void write(std::wstring_view name, std::wstring text) const {
+    void write(std::wstring_view name, std::wstring text) {
         if (!header_.empty()) text.insert(0, header_);
         name.remove_suffix(kSourceEnd.size());
-        writeFile(path(name).append(kOutputEnd), text, {}, false);
+        guarded(L"gWriteFile", [&] { output_.add(path(name).append(kOutputEnd), narrow(text)); });
     }
 
     std::wstring path(std::wstring_view name) const { return std::wstring(folder_).append(name); }
@@ -102,6 +97,7 @@ class Conversion {
     ProgressScope& progress_;
     std::vector<GasTemplate> templates_;
     std::wstring together_;
+    filesystem::Batch output_;
     std::size_t converted_ = 0;
 };
 
@@ -124,7 +120,7 @@ bool gblnConvertFolder(std::wstring& folder, std::wstring& summary, std::wstring
         if (folder.empty() || !filesystem::isSeparator(folder.back())) {
             folder += filesystem::separator();
         }
-        const std::vector<std::wstring> names = sourcesIn(folder);
+        const std::vector<std::wstring> names = gasNames(folder);
         if (names.empty()) return false;
         const bool single = (options & kSingleFile) != 0;
         ProgressScope scope(progress, owner, kProcessing);
@@ -133,7 +129,7 @@ bool gblnConvertFolder(std::wstring& folder, std::wstring& summary, std::wstring
         appendLine(summary, L"Files processed: ", std::to_wstring(names.size()));
         appendLine(summary, L"Files converted: ", std::to_wstring(conversion.converted()));
         if (!single) {
-            filesystem::removeLeftBehind(folder);
+            conversion.finish();
             appendLine(summary, L"Output folder: ", folder);
         } else if (whole) {
             const std::wstring output =

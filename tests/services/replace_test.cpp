@@ -10,6 +10,7 @@
 #include <set>
 
 #include "services/bytes.h"
+#include "services/errors.h"
 #include "services/faults.h"
 #include "services/files.h"
 #include "services/filesystem.h"
@@ -318,17 +319,19 @@ TEST_F(Replace, TemporaryFilesOfLiveProcessesAndStrangersStay) {
     for (const std::string& name : kept) EXPECT_EQ(folder.bytes(fromUtf8(name)), "") << name;
 }
 
-TEST_F(Replace, AWholeFolderIsTidiedAtOnce) {
-    const std::string live = ".f." + std::to_string(::getpid()) + "-0123456789abcdef.tmp";
-    const Lines kept = {live, ".tmp", "f.2147483646-0123456789abcdef.tmp", "x.tmp"};
-    for (const std::string& name : kept) folder.put(fromUtf8(name), "");
-    folder.put(L".f.2147483646-0123456789abcdef.tmp", "");
+TEST_F(Replace, ABatchPutsItsFilesInPlaceTogether) {
+    reset();
     folder.put(L".a.b.tab.2147483646-0123456789abcdef.tmp", "");
-    ASSERT_TRUE(writeFile(folder.path(L"f"), kNew, {}, false));
-    EXPECT_EQ(folder.names().size(), kept.size() + 3) << "left for later";
-    filesystem::removeLeftBehind(folder.path());
-    EXPECT_EQ(folder.names().size(), kept.size() + 1);
-    for (const std::string& name : kept) EXPECT_EQ(folder.bytes(fromUtf8(name)), "") << name;
+    std::filesystem::create_directory(folder.native(L"taken"));
+    filesystem::Batch batch;
+    batch.add(folder.path(L"f"), kNewBytes);
+    batch.add(folder.path(L"g"), kNewBytes);
+    EXPECT_THROW(batch.add(folder.path(L"taken"), kNewBytes), RunTimeError);
+    EXPECT_EQ(folder.bytes(L"f"), kOld) << "not yet";
+    std::filesystem::create_directory(folder.native(L"g"));
+    EXPECT_THROW(batch.commit(), RunTimeError) << "a folder stands in the way by now";
+    EXPECT_EQ(folder.bytes(L"f"), kNewBytes);
+    EXPECT_EQ(strays(), 2U) << "the two folders alone, nor what a killed run left";
 }
 
 TEST_F(Replace, TheLongestNameCanBeWritten) {
