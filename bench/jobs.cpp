@@ -1,5 +1,7 @@
 // Whole jobs of the program, beside the least that they could take.
 
+#include <unistd.h>
+
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -7,6 +9,7 @@
 #include <functional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "gas/load.h"
@@ -71,9 +74,27 @@ std::vector<fs::path> filesOf(const fs::path& folder, const char* extension) {
     return files;
 }
 
-void removeTabs(const fs::path& folder) {
-    for (const fs::path& file : filesOf(folder, ".tab")) fs::remove(file);
-}
+// A new folder beside `folder` with its sources, each time: file systems are slow
+// to make files where some were just removed.
+class FreshFolders {
+  public:
+    explicit FreshFolders(fs::path folder) : folder_(std::move(folder)) {}
+
+    void next() {
+        current_ = folder_.string() + std::to_string(++count_);
+        fs::create_directory(current_);
+        for (const fs::path& file : filesOf(folder_, ".gas")) {
+            fs::copy_file(file, current_ / file.filename());
+        }
+        ::sync();
+    }
+    const fs::path& current() const { return current_; }
+
+  private:
+    fs::path folder_;
+    fs::path current_;
+    int count_ = 0;
+};
 
 bool convert(const fs::path& folder, std::int16_t options) {
     std::wstring name = folder.wstring();
@@ -97,25 +118,31 @@ void measureConversion(const fs::path& folder, Rows& rows) {
     for (int i = 0; i < kFiles; ++i) {
         writePlain(folder / ("file" + std::to_string(i) + ".gas"), gasText(i));
     }
-    convert(folder, 0);
-    std::vector<std::string> outputs;
-    const std::vector<fs::path> tabs = filesOf(folder, ".tab");
-    for (const fs::path& file : tabs) outputs.push_back(readPlain(file));
-    const std::vector<fs::path> sources = filesOf(folder, ".gas");
-    const auto clean = [&] { removeTabs(folder); };
-    const double plain = seconds(
-        [&] {
-            for (const fs::path& file : sources) readPlain(file);
-            for (std::size_t i = 0; i < tabs.size(); ++i) writePlain(tabs[i], outputs[i]);
-        },
-        clean);
-    const auto add = [&](const char* job, double time) {
-        rows.push_back({job, fixed(time, 2), fixed(time / plain, 2)});
+    FreshFolders folders(folder);
+    folders.next();
+    convert(folders.current(), 0);
+    std::vector<std::pair<fs::path, std::string>> outputs;
+    for (const fs::path& file : filesOf(folders.current(), ".tab")) {
+        outputs.emplace_back(file.filename(), readPlain(file));
+    }
+    double plain = 0;
+    const auto add = [&](const char* name, const std::function<void(const fs::path&)>& job) {
+        const double time = seconds([&] { job(folders.current()); }, [&] { folders.next(); });
+        if (plain == 0) plain = time;
+        rows.push_back({name, fixed(time, 2), fixed(time / plain, 2)});
     };
-    add("reading the files and writing their texts, plain", plain);
-    add("load, render, write, each file by itself", seconds([&] { stepByStep(folder); }, clean));
-    add("conversion, a file each", seconds([&] { convert(folder, 0); }, clean));
-    add("conversion, a single file", seconds([&] { convert(folder, kSingleFile); }, clean));
+    add("reading the files and writing their texts, plain", [&](const fs::path& at) {
+        for (const fs::path& file : filesOf(at, ".gas")) readPlain(file);
+        for (const auto& [name, bytes] : outputs) writePlain(at / name, bytes);
+    });
+    add("the same, until it is on the disk", [&](const fs::path& at) {
+        for (const fs::path& file : filesOf(at, ".gas")) readPlain(file);
+        for (const auto& [name, bytes] : outputs) writePlain(at / name, bytes);
+        ::sync();
+    });
+    add("load, render, write, each file by itself", stepByStep);
+    add("conversion, a file each", [](const fs::path& at) { convert(at, 0); });
+    add("conversion, a single file", [](const fs::path& at) { convert(at, kSingleFile); });
 }
 
 void measureListing(const fs::path& folder, const fs::path& library, Rows& rows) {
