@@ -10,6 +10,8 @@
 #include <wx/uilocale.h>
 #include <wx/utils.h>
 
+#include <algorithm>
+
 #include "services/errors.h"
 #include "services/files.h"
 #include "ui/common/desktop.h"
@@ -29,6 +31,23 @@ wxWindow* frontWindow() {
 wxString shownMessage(std::wstring_view text) {
     wxString shown = toWx(text);
     shown.Replace("\r\n", "\n");
+    return shown;
+}
+
+// As shownMessage(), with its long lines broken: a prompt does not break them.
+wxString shownPrompt(std::wstring_view text) {
+    constexpr std::size_t kLongest = 60;  // characters
+    wxString shown = shownMessage(text);
+    std::size_t start = 0;
+    for (std::size_t blank = shown.find(' '); blank != wxString::npos;) {
+        const std::size_t next = shown.find(' ', blank + 1);
+        start = std::max(start, shown.rfind('\n', blank) + 1);
+        if (std::min(next, shown.size()) - start > kLongest) {
+            shown[blank] = '\n';
+            start = blank + 1;
+        }
+        blank = next;
+    }
     return shown;
 }
 
@@ -64,7 +83,7 @@ Answer MessagesWx::ask(std::wstring_view text, std::wstring_view title, Icon ico
 std::optional<std::wstring> MessagesWx::prompt(std::wstring_view text, std::wstring_view title,
                                                std::wstring_view initial) {
     wxWindow* const front = frontWindow();
-    wxTextEntryDialog dialog(front, shownMessage(text), toWx(title), toWx(initial),
+    wxTextEntryDialog dialog(front, shownPrompt(text), toWx(title), toWx(initial),
                              wxTextEntryDialogStyle,
                              front == nullptr ? wxDefaultPosition : front->GetPosition());
     if (dialog.ShowModal() != wxID_OK) return std::nullopt;

@@ -1,13 +1,10 @@
 #include "ui/frmExport/frmExport.h"
 
-#include <wx/dnd.h>
-
 #include <algorithm>
 
 #include "services/errors.h"
 #include "services/files.h"
 #include "services/filesystem.h"
-#include "services/histories.h"
 #include "services/pickers.h"
 #include "text/convert.h"
 #include "ui/common/buttons.h"
@@ -17,36 +14,18 @@
 namespace kestrel {
 namespace {
 
-constexpr long kStyle = wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER | wxMINIMIZE_BOX;
 constexpr int kWidth = 560;  // DIP
 constexpr int kMargin = 12;
 constexpr int kGap = 6;
-constexpr std::wstring_view kSourceHistory = L"cnv1.his";
-constexpr std::wstring_view kTargetHistory = L"cnv2.his";
-
-class FolderDropTarget final : public wxFileDropTarget {
-  public:
-    explicit FolderDropTarget(frmExport& window) : window_(window) {}
-
-    bool OnDropFiles(wxCoord, wxCoord, const wxArrayString& files) override {
-        return std::any_of(files.begin(), files.end(),
-                           [this](const wxString& file) { return window_.drop(fromWx(file)); });
-    }
-
-  private:
-    frmExport& window_;
-};
 
 }  // namespace
 
 frmExport::frmExport(wxWindow* parent)
-    : wxDialog(parent, wxID_ANY, "Convert Multiple .gas to TAB Delimited", wxDefaultPosition,
-               wxDefaultSize, kStyle, "frmExport") {
+    : PathDialog(parent, "Convert Multiple .gas to TAB Delimited", "frmExport") {
     layOut();
-    bindWindow();
-    gLoadHistory(*cboSourceFolder, kSourceHistory);
-    gLoadHistory(*cboTarget, kTargetHistory);
-    sourceChanged();
+    bindCommands();
+    acceptDrops([this](const std::wstring& path) { return drop(path); });
+    pathsChanged();
     modeChanged();
     cboSourceFolder->SetFocus();
 }
@@ -59,16 +38,17 @@ wxSizer* frmExport::buildMain() {
     grid->AddGrowableCol(1);
     const auto centred = wxSizerFlags().CentreVertical();
     const auto addRow = [&](Label label, const wxString& text, HistoryCombo*& combo,
-                            const wxString& name, Command picker, const wxString& pickerName) {
+                            const wxString& name, std::wstring_view history, Command picker,
+                            const wxString& pickerName) {
         grid->Add(addLabel(label, fraMain, text), centred);
-        combo = addCombo(fraMain, name);
+        combo = addPathBox(fraMain, name, history);
         grid->Add(combo, wxSizerFlags().Expand());
         cmdCommands[picker] = addPictureButton(fraMain, "folder", pickerName, "Open Recent");
         grid->Add(cmdCommands[picker], centred);
     };
-    addRow(lblSource, "&Source Folder", cboSourceFolder, "cboSourceFolder", kPickSource,
-           "Choose the Source Folder");
-    addRow(lblTarget, "&Destination Filename", cboTarget, "cboTarget", kPickTarget,
+    addRow(lblSource, "&Source Folder", cboSourceFolder, "cboSourceFolder", L"cnv1.his",
+           kPickSource, "Choose the Source Folder");
+    addRow(lblTarget, "&Destination Filename", cboTarget, "cboTarget", L"cnv2.his", kPickTarget,
            "Choose the Destination Filename");
     box->Add(grid, wxSizerFlags().Expand().Border(wxALL, FromDIP(kGap)));
     return box;
@@ -107,13 +87,6 @@ wxStaticText* frmExport::addLabel(Label index, wxWindow* parent, const wxString&
     return lblGeneric[index];
 }
 
-HistoryCombo* frmExport::addCombo(wxWindow* parent, const wxString& name) {
-    auto* combo = new HistoryCombo(parent, name);
-    combo->onChange = [this] { sourceChanged(); };
-    combo->onEnter = [this] { convertOnEnter(); };
-    return combo;
-}
-
 wxTextCtrl* frmExport::addText(wxFlexGridSizer& grid, Label label, const wxString& text,
                                const wxString& name) {
     grid.Add(addLabel(label, fraOptional, text), wxSizerFlags().CentreVertical());
@@ -133,48 +106,18 @@ void frmExport::layOut() {
     int width = 0;
     for (const wxStaticText* label : lblGeneric) width = std::max(width, label->GetBestSize().x);
     for (wxStaticText* label : lblGeneric) label->SetMinSize(wxSize(width, -1));
-    SetSizerAndFit(column);
-    SetClientSize(std::max(FromDIP(kWidth), GetClientSize().x), GetClientSize().y);
-    CentreOnParent();
+    fitTo(column, kWidth);
 }
 
-// More room helps long paths, but no row can use more height. What the frame
-// adds to it is known once the dialog is shown.
-void frmExport::keepHeight() {
-    const wxSize least = GetSizer()->CalcMin();
-    SetMinClientSize(least);
-    SetMaxClientSize(wxSize(wxDefaultCoord, least.y));
-}
-
-void frmExport::bindWindow() {
-    const auto onClick = [this](Command index, void (frmExport::*handler)()) {
-        cmdCommands[index]->Bind(wxEVT_BUTTON, [this, handler](wxCommandEvent&) {
-            guarded(L"cmdCommands_Click", [&] { (this->*handler)(); });
-        });
-    };
-    onClick(kConvert, &frmExport::convert);
-    onClick(kPickSource, &frmExport::pickSource);
-    onClick(kPickTarget, &frmExport::pickTarget);
+void frmExport::bindCommands() {
+    onPress(*cmdCommands[kConvert], [this] { convert(); });
+    onPress(*cmdCommands[kPickSource], [this] { pickSource(); });
+    onPress(*cmdCommands[kPickTarget], [this] { pickTarget(); });
     cmdCommands[kDone]->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Close(); });
     chkSingleFile->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { modeChanged(); });
-    Bind(wxEVT_CHAR_HOOK, &frmExport::keyPressed, this);
-    Bind(wxEVT_CLOSE_WINDOW, &frmExport::closing, this);
-    Bind(wxEVT_SHOW, [this](wxShowEvent& event) {
-        if (event.IsShown()) CallAfter([this] { keepHeight(); });
-        event.Skip();
-    });
-    // The main window knows what becomes of a minimised window.
-    Bind(wxEVT_ICONIZE, [this](wxIconizeEvent& event) {
-        auto* main = dynamic_cast<wxTopLevelWindow*>(GetParent());
-        if (event.IsIconized() && main != nullptr) main->Iconize();
-        event.Skip();
-    });
-    SetDropTarget(new FolderDropTarget(*this));
-    // A text box would take the name of what is dropped on it for a text.
-    cboSourceFolder->SetDropTarget(new FolderDropTarget(*this));
 }
 
-void frmExport::sourceChanged() {
+void frmExport::pathsChanged() {
     cmdCommands[kConvert]->Enable(!cboSourceFolder->text().empty());
 }
 
@@ -187,10 +130,6 @@ void frmExport::modeChanged() {
         control->Enable(single);
     }
     cboTarget->SetHint(single ? "Converted.tab in the source folder" : "");
-}
-
-void frmExport::convertOnEnter() {
-    if (cmdCommands[kConvert]->IsEnabled()) guarded(L"cmdCommands_Click", [this] { convert(); });
 }
 
 void frmExport::convert() {
@@ -242,47 +181,11 @@ void frmExport::pickTarget() {
                                   L"Gas Files (*.gas)|*.gas", true, cboSourceFolder->text()));
 }
 
-void frmExport::choose(HistoryCombo& box, const std::wstring& text) {
-    if (!text.empty()) {
-        box.setText(text);
-        gAddHistoryItem(box, text);
-    }
-    sourceChanged();
-}
-
 bool frmExport::drop(const std::wstring& path) {
     const bool folder = filesystem::isFolder(path);
     if (!folder && !(fileExists(path) && toWx(path).Lower().EndsWith(".gas"))) return false;
     choose(*cboSourceFolder, folder ? path : std::wstring(folderOf(path)));
     return true;
-}
-
-void frmExport::keyPressed(wxKeyEvent& event) {
-    if (event.GetModifiers() == wxMOD_ALT && event.GetKeyCode() == 'O') {
-        // The toolkit would press the default button for the caption of a frame.
-        chkSingleFile->SetFocus();
-    } else if (event.GetKeyCode() != WXK_ESCAPE) {
-        event.Skip();
-    } else if (cboSourceFolder->isOpen() || cboTarget->isOpen()) {
-        // The open list takes it, and the dialog must not.
-        event.DoAllowNextEvent();
-    } else {
-        Close();
-    }
-}
-
-void frmExport::closing(wxCloseEvent& event) {
-    if (gProgram().progressShowing && event.CanVeto()) {
-        event.Veto();
-        return;
-    }
-    gSaveHistory(*cboSourceFolder, kSourceHistory);
-    gSaveHistory(*cboTarget, kTargetHistory);
-    if (IsModal()) {
-        EndModal(wxID_CANCEL);
-    } else {
-        Destroy();
-    }
 }
 
 }  // namespace kestrel

@@ -2,7 +2,6 @@
 
 #include <wx/button.h>
 #include <wx/checkbox.h>
-#include <wx/dialog.h>
 #include <wx/sizer.h>
 #include <wx/statbox.h>
 #include <wx/stattext.h>
@@ -11,12 +10,12 @@
 #include <array>
 #include <string>
 
-#include "ui/common/combo.h"
+#include "ui/common/pathdialog.h"
 
 namespace kestrel {
 
 // Asks what to convert, and converts it. Shown modal.
-class frmExport final : public wxDialog {
+class frmExport final : public PathDialog {
   public:
     explicit frmExport(wxWindow* parent);
 
@@ -44,24 +43,19 @@ class frmExport final : public wxDialog {
     wxSizer* buildOptional();
     wxSizer* buildButtons();
     wxStaticText* addLabel(Label index, wxWindow* parent, const wxString& text);
-    HistoryCombo* addCombo(wxWindow* parent, const wxString& name);
     wxTextCtrl* addText(wxFlexGridSizer& grid, Label label, const wxString& text,
                         const wxString& name);
     void layOut();
-    void keepHeight();
-    void bindWindow();
+    void bindCommands();
 
-    void sourceChanged();
+    void pathsChanged() override;
+    void entered() override { press(*cmdCommands[kConvert]); }
     void modeChanged();
-    void convertOnEnter();
     void convert();
     bool mayWrite(const std::wstring& target) const;
     std::wstring header() const;
     void pickSource();
     void pickTarget();
-    void choose(HistoryCombo& box, const std::wstring& text);
-    void keyPressed(wxKeyEvent& event);
-    void closing(wxCloseEvent& event);
 };
 
 }  // namespace kestrel

@@ -63,7 +63,7 @@ std::vector<Command> makeTable() {
         entry("Skritpad", "Skritpad", "SkritPad", kChosen, [](W& w) { return w.runSkritPad(); }),
         entry("Skritpad", "Notepad", "Notepad", kChosen, [](W& w) { return w.runNotepad(); }),
         repeater("Orvane", "Repeat Orvane", "orvane"),
-        entry("Orvane", "MOR", "Mini-Orvane", kDone, [](W& w) { return w.notImplemented(); }),
+        entry("Orvane", "MOR", "Mini-Orvane", kDone, [](W& w) { return w.browseArchive(); }),
         entry("Orvane", "Orvane", "Full Orvane", kChosen, [](W& w) { return w.startOrvane(); }),
         button("Zeltor", "Zeltor", "zeltor", [](W& w) { return w.buildArchive(); }),
         repeater("Tool", "External Tools (Click to repeat last Tool)", "tool"),

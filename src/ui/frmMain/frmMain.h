@@ -82,6 +82,7 @@ class frmMain final : public wxFrame {
     bool runSkritPad();
     bool runNotepad();
     bool startOrvane();
+    bool browseArchive();
     bool buildArchive();
     bool runTool(std::size_t index);
     bool resetTools();

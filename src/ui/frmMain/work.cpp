@@ -16,6 +16,7 @@
 #include "ui/frmExport/frmExport.h"
 #include "ui/frmMain/frmMain.h"
 #include "ui/frmSpecialize/frmSpecialize.h"
+#include "ui/frmTank/frmTank.h"
 #include "ui/frmView/frmView.h"
 #include "ui/frmZeltor/frmZeltor.h"
 
@@ -107,6 +108,11 @@ bool frmMain::runNotepad() {
 
 bool frmMain::startOrvane() {
     return runOrvane();
+}
+
+bool frmMain::browseArchive() {
+    frmTank(this, openFileHooks()).ShowModal();
+    return true;
 }
 
 bool frmMain::buildArchive() {

@@ -1,12 +1,10 @@
 #include "ui/frmZeltor/frmZeltor.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "services/errors.h"
 #include "services/files.h"
 #include "services/filesystem.h"
-#include "services/histories.h"
 #include "services/pickers.h"
 #include "ui/common/buttons.h"
 #include "ui/common/host_wx.h"
@@ -16,12 +14,9 @@
 namespace kestrel {
 namespace {
 
-constexpr long kStyle = wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER | wxMINIMIZE_BOX;
 constexpr int kWidth = 600;  // DIP
 constexpr int kMargin = 12;
 constexpr int kGap = 6;
-constexpr std::wstring_view kSourceHistory = L"zeltor1.his";
-constexpr std::wstring_view kTargetHistory = L"zeltor2.his";
 
 // Kept: the pattern of the second filter lists no save archive.
 constexpr std::wstring_view kTargetFilter =
@@ -60,14 +55,11 @@ void digitTyped(wxKeyEvent& event) {
 
 frmZeltor::frmZeltor(wxWindow* parent, TimedLauncher& launcher, OpenFile openFile,
                      std::wstring_view website)
-    : wxDialog(parent, wxID_ANY, "Rapid Zeltor", wxDefaultPosition, wxDefaultSize, kStyle,
-               "frmZeltor"),
+    : PathDialog(parent, "Rapid Zeltor", "frmZeltor"),
       redLauncher(launcher),
       openFile_(std::move(openFile)) {
     layOut(website);
-    bindWindow();
-    gLoadHistory(*cboSourceFolder, kSourceHistory);
-    gLoadHistory(*cboTarget, kTargetHistory);
+    bindCommands();
     pathsChanged();
     cboSourceFolder->SetFocus();
 }
@@ -84,17 +76,18 @@ wxSizer* frmZeltor::buildMain() {
     grid->AddGrowableCol(1);
     const auto centred = wxSizerFlags().CentreVertical();
     const auto addRow = [&](Label label, const wxString& text, HistoryCombo*& combo,
-                            const wxString& name, Command picker, const wxString& pickerName) {
+                            const wxString& name, std::wstring_view history, Command picker,
+                            const wxString& pickerName) {
         grid->Add(addLabel(label, fraMain, text), centred);
-        combo = addCombo(fraMain, name);
+        combo = addPathBox(fraMain, name, history);
         grid->Add(combo, wxSizerFlags().Expand());
         cmdCommands[picker] = addPictureButton(fraMain, "folder", pickerName, "Open Recent");
         grid->Add(cmdCommands[picker], centred);
     };
-    addRow(lblSource, "&Source Folder", cboSourceFolder, "cboSourceFolder", kPickSource,
-           "Choose the Source Folder");
-    addRow(lblTarget, "&Destination Tank Filename", cboTarget, "cboTarget", kPickTarget,
-           "Choose the Destination Tank Filename");
+    addRow(lblSource, "&Source Folder", cboSourceFolder, "cboSourceFolder", L"zeltor1.his",
+           kPickSource, "Choose the Source Folder");
+    addRow(lblTarget, "&Destination Tank Filename", cboTarget, "cboTarget", L"zeltor2.his",
+           kPickTarget, "Choose the Destination Tank Filename");
     box->Add(grid, wxSizerFlags().Expand().Border(wxALL, FromDIP(kGap)));
     return box;
 }
@@ -157,13 +150,6 @@ wxStaticText* frmZeltor::addLabel(Label index, wxWindow* parent, const wxString&
     return lblGeneric[index];
 }
 
-HistoryCombo* frmZeltor::addCombo(wxWindow* parent, const wxString& name) {
-    auto* combo = new HistoryCombo(parent, name);
-    combo->onChange = [this] { pathsChanged(); };
-    combo->onEnter = [this] { createOnEnter(); };
-    return combo;
-}
-
 wxTextCtrl* frmZeltor::addText(wxSizer& row, const wxString& name) const {
     auto* box = new wxTextCtrl(fraOptional, wxID_ANY, "", wxDefaultPosition, wxDefaultSize, 0,
                                wxDefaultValidator, name);
@@ -186,22 +172,13 @@ void frmZeltor::layOut(std::wstring_view website) {
     column->Add(buildOptional(), wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT, margin));
     column->Add(buildButtons(website), wxSizerFlags().Expand().Border(wxALL, margin));
     alignLabels();
-    SetSizerAndFit(column);
-    // More room helps long paths, but no row can use more height.
-    SetMaxSize(wxSize(-1, GetSize().y));
-    SetSize(std::max(FromDIP(kWidth), GetSize().x), -1);
-    CentreOnParent();
+    fitTo(column, kWidth);
 }
 
-void frmZeltor::bindWindow() {
-    const auto onClick = [this](Command index, void (frmZeltor::*handler)()) {
-        cmdCommands[index]->Bind(wxEVT_BUTTON, [this, handler](wxCommandEvent&) {
-            guarded(L"cmdCommands_Click", [&] { (this->*handler)(); });
-        });
-    };
-    onClick(kCreate, &frmZeltor::create);
-    onClick(kPickSource, &frmZeltor::pickSource);
-    onClick(kPickTarget, &frmZeltor::pickTarget);
+void frmZeltor::bindCommands() {
+    onPress(*cmdCommands[kCreate], [this] { create(); });
+    onPress(*cmdCommands[kPickSource], [this] { pickSource(); });
+    onPress(*cmdCommands[kPickTarget], [this] { pickTarget(); });
     cmdCommands[kDone]->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Close(); });
     txtPriority->Bind(wxEVT_CHAR, digitTyped);
     txtPriority->Bind(wxEVT_KILL_FOCUS, [this](wxFocusEvent& event) {
@@ -209,22 +186,10 @@ void frmZeltor::bindWindow() {
         CallAfter([this] { priorityLeft(); });
         event.Skip();
     });
-    Bind(wxEVT_CHAR_HOOK, &frmZeltor::keyPressed, this);
-    Bind(wxEVT_CLOSE_WINDOW, &frmZeltor::closing, this);
-    // The main window knows what becomes of a minimised window.
-    Bind(wxEVT_ICONIZE, [this](wxIconizeEvent& event) {
-        auto* main = dynamic_cast<wxTopLevelWindow*>(GetParent());
-        if (event.IsIconized() && main != nullptr) main->Iconize();
-        event.Skip();
-    });
 }
 
 void frmZeltor::pathsChanged() {
     cmdCommands[kCreate]->Enable(!cboSourceFolder->text().empty() && !cboTarget->text().empty());
-}
-
-void frmZeltor::createOnEnter() {
-    if (cmdCommands[kCreate]->IsEnabled()) guarded(L"cmdCommands_Click", [this] { create(); });
 }
 
 void frmZeltor::create() {
@@ -277,14 +242,6 @@ void frmZeltor::pickTarget() {
                                   cboSourceFolder->text()));
 }
 
-void frmZeltor::choose(HistoryCombo& box, const std::wstring& text) {
-    if (!text.empty()) {
-        box.setText(text);
-        gAddHistoryItem(box, text);
-    }
-    pathsChanged();
-}
-
 // An empty box is left freely: it stands for 0.
 void frmZeltor::priorityLeft() {
     wxWindow* const focus = FindFocus();
@@ -293,27 +250,6 @@ void frmZeltor::priorityLeft() {
     if (!inDialog || focus == txtPriority || text.empty() || isNumber(text)) return;
     tellUser(L"Priority must be a number.", Icon::exclamation);
     txtPriority->SetFocus();
-}
-
-void frmZeltor::keyPressed(wxKeyEvent& event) {
-    if (event.GetKeyCode() != WXK_ESCAPE) {
-        event.Skip();
-    } else if (cboSourceFolder->isOpen() || cboTarget->isOpen()) {
-        // The open list takes it, and the dialog must not.
-        event.DoAllowNextEvent();
-    } else {
-        Close();
-    }
-}
-
-void frmZeltor::closing(wxCloseEvent&) {
-    gSaveHistory(*cboSourceFolder, kSourceHistory);
-    gSaveHistory(*cboTarget, kTargetHistory);
-    if (IsModal()) {
-        EndModal(wxID_CANCEL);
-    } else {
-        Destroy();
-    }
 }
 
 }  // namespace kestrel

@@ -2,7 +2,6 @@
 
 #include <wx/button.h>
 #include <wx/checkbox.h>
-#include <wx/dialog.h>
 #include <wx/sizer.h>
 #include <wx/statbox.h>
 #include <wx/stattext.h>
@@ -14,8 +13,8 @@
 
 #include "services/viewtext.h"
 #include "tank/build.h"
-#include "ui/common/combo.h"
 #include "ui/common/linklabel.h"
+#include "ui/common/pathdialog.h"
 #include "ui/frmZeltor/timedlauncher.h"
 #include "ui/frmZeltor/website.h"
 
@@ -23,7 +22,7 @@ namespace kestrel {
 
 // Asks what archive to build, starts the builder and shows what it writes. Shown
 // modal.
-class frmZeltor final : public wxDialog {
+class frmZeltor final : public PathDialog {
   public:
     // `launcher` must outlive the dialog; `openFile` is for the log's viewer.
     frmZeltor(wxWindow* parent, TimedLauncher& launcher, OpenFile openFile,
@@ -65,23 +64,19 @@ class frmZeltor final : public wxDialog {
     wxSizer* buildFlags();
     wxSizer* buildButtons(std::wstring_view website);
     wxStaticText* addLabel(Label index, wxWindow* parent, const wxString& text);
-    HistoryCombo* addCombo(wxWindow* parent, const wxString& name);
     wxTextCtrl* addText(wxSizer& row, const wxString& name) const;
     void alignLabels();
     void layOut(std::wstring_view website);
-    void bindWindow();
+    void bindCommands();
 
-    void pathsChanged();
-    void createOnEnter();
+    void pathsChanged() override;
+    void entered() override { press(*cmdCommands[kCreate]); }
     void create();
     BuildRequest request() const;
     void showLog(const std::wstring& target);
     void pickSource();
     void pickTarget();
-    void choose(HistoryCombo& box, const std::wstring& text);
     void priorityLeft();
-    void keyPressed(wxKeyEvent& event);
-    void closing(wxCloseEvent& event);
 
     OpenFile openFile_;
 };

@@ -1,0 +1,153 @@
+#include "ui/common/pathdialog.h"
+
+#include <wx/dnd.h>
+#include <wx/statbox.h>
+
+#include <algorithm>
+
+#include "services/errors.h"
+#include "services/histories.h"
+#include "ui/common/strings.h"
+
+namespace kestrel {
+namespace {
+
+constexpr long kStyle = wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER | wxMINIMIZE_BOX;
+
+using Takes = std::function<bool(const std::wstring& path)>;
+
+class PathDropTarget final : public wxFileDropTarget {
+  public:
+    explicit PathDropTarget(Takes takes) : takes_(std::move(takes)) {}
+
+    bool OnDropFiles(wxCoord, wxCoord, const wxArrayString& files) override {
+        return std::any_of(files.begin(), files.end(),
+                           [this](const wxString& file) { return takes_(fromWx(file)); });
+    }
+
+  private:
+    Takes takes_;
+};
+
+// The letter behind the first "&" of the caption; none of them shows an "&".
+bool hasMnemonic(const wxString& caption, int letter) {
+    const wxString behind = caption.AfterFirst('&').Upper();
+    return !behind.empty() && behind[0] == letter;
+}
+
+}  // namespace
+
+PathDialog::PathDialog(wxWindow* parent, const wxString& title, const wxString& name)
+    : wxDialog(parent, wxID_ANY, title, wxDefaultPosition, wxDefaultSize, kStyle, name) {
+    Bind(wxEVT_CHAR_HOOK, &PathDialog::keyPressed, this);
+    Bind(wxEVT_CLOSE_WINDOW, &PathDialog::closing, this);
+    Bind(wxEVT_SHOW, [this](wxShowEvent& event) {
+        if (event.IsShown()) CallAfter([this] { keepHeight(); });
+        event.Skip();
+    });
+    // The main window knows what becomes of a minimised window.
+    Bind(wxEVT_ICONIZE, [this](wxIconizeEvent& event) {
+        auto* main = dynamic_cast<wxTopLevelWindow*>(GetParent());
+        if (event.IsIconized() && main != nullptr) main->Iconize();
+        event.Skip();
+    });
+}
+
+HistoryCombo* PathDialog::addPathBox(wxWindow* parent, const wxString& name,
+                                     std::wstring_view history) {
+    auto* box = new HistoryCombo(parent, name);
+    gLoadHistory(*box, history);
+    box->onChange = [this] { pathsChanged(); };
+    box->onEnter = [this] { entered(); };
+    boxes_.emplace_back(box, history);
+    return box;
+}
+
+void PathDialog::choose(HistoryCombo& box, const std::wstring& text) {
+    if (!text.empty()) {
+        box.setText(text);
+        gAddHistoryItem(box, text);
+    }
+    pathsChanged();
+}
+
+void PathDialog::onPress(wxButton& button, std::function<void()> command) {
+    button.Bind(wxEVT_BUTTON, [this, command = std::move(command)](wxCommandEvent&) {
+        guarded(L"cmdCommands_Click", command);
+        pathsChanged();
+    });
+}
+
+void PathDialog::press(wxButton& button) {
+    if (!button.IsEnabled()) return;
+    wxCommandEvent event(wxEVT_BUTTON, button.GetId());
+    event.SetEventObject(&button);
+    button.ProcessWindowEvent(event);
+}
+
+void PathDialog::acceptDrops(const Takes& takes) {
+    SetDropTarget(new PathDropTarget(takes));
+    // A text box would take the name of what is dropped on it for a text.
+    for (const auto& [box, history] : boxes_) box->SetDropTarget(new PathDropTarget(takes));
+}
+
+void PathDialog::fitTo(wxSizer* column, int width) {
+    SetSizerAndFit(column);
+    SetClientSize(std::max(FromDIP(width), GetClientSize().x), GetClientSize().y);
+    CentreOnParent();
+}
+
+// More room helps long paths, but no row can use more height. What the frame
+// adds to it is known once the dialog is shown.
+void PathDialog::keepHeight() {
+    const wxSize least = GetSizer()->CalcMin();
+    SetMinClientSize(least);
+    SetMaxClientSize(wxSize(wxDefaultCoord, least.y));
+}
+
+// Gives the keyboard to the first control of the frame with that letter.
+bool PathDialog::focusFrame(int letter) {
+    for (wxWindow* child : GetChildren()) {
+        const auto* frame = dynamic_cast<wxStaticBox*>(child);
+        if (frame == nullptr || !hasMnemonic(frame->GetLabel(), letter)) continue;
+        for (wxWindow* control : frame->GetChildren()) {
+            if (!control->CanAcceptFocusFromKeyboard()) continue;
+            control->SetFocus();
+            return true;
+        }
+    }
+    return false;
+}
+
+void PathDialog::keyPressed(wxKeyEvent& event) {
+    // The toolkit would press the default button for the caption of a frame.
+    if (event.GetModifiers() == wxMOD_ALT && focusFrame(event.GetKeyCode())) return;
+    if (event.GetKeyCode() != WXK_ESCAPE) {
+        event.Skip();
+    } else if (listIsOpen()) {
+        // The open list takes it, and the dialog must not.
+        event.DoAllowNextEvent();
+    } else {
+        Close();
+    }
+}
+
+bool PathDialog::listIsOpen() const {
+    return std::any_of(boxes_.begin(), boxes_.end(),
+                       [](const auto& entry) { return entry.first->isOpen(); });
+}
+
+void PathDialog::closing(wxCloseEvent& event) {
+    if (gProgram().progressShowing && event.CanVeto()) {
+        event.Veto();
+        return;
+    }
+    for (const auto& [box, history] : boxes_) gSaveHistory(*box, history);
+    if (IsModal()) {
+        EndModal(wxID_CANCEL);
+    } else {
+        Destroy();
+    }
+}
+
+}  // namespace kestrel

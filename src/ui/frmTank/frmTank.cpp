@@ -1,0 +1,189 @@
+#include "ui/frmTank/frmTank.h"
+
+#include <wx/utils.h>
+
+#include <utility>
+
+#include "services/files.h"
+#include "services/pickers.h"
+#include "services/program.h"
+#include "services/shell.h"
+#include "services/text.h"
+#include "tank/reports.h"
+#include "ui/common/buttons.h"
+#include "ui/common/host_wx.h"
+#include "ui/common/strings.h"
+#include "ui/frmView/frmView.h"
+
+namespace kestrel {
+namespace {
+
+constexpr int kWidth = 520;  // DIP
+constexpr int kMargin = 12;
+constexpr int kGap = 6;
+
+std::wstring askForName(std::wstring_view initial) {
+    Messages* messages = gProgram().host.messages;
+    if (messages == nullptr) return {};
+    return messages
+        ->prompt(
+            L"Please enter the name of the Child (i.e. object or template name) to search for:"
+            L"\r\n\r\nNote: This sub-string search is not case sensitive and does not support "
+            L"regular expressions or wildcards. Only the first find will be returned.",
+            L"Find Child", initial)
+        .value_or(std::wstring());
+}
+
+}  // namespace
+
+frmTank::frmTank(wxWindow* parent, OpenFile openFile, std::wstring_view website)
+    : PathDialog(parent, "Mini-Orvane", "frmTank"), openFile_(std::move(openFile)) {
+    layOut(website);
+    bindCommands();
+    acceptDrops([this](const std::wstring& dropped) { return drop(dropped); });
+    pathsChanged();
+    cboTankFilename->SetFocus();
+}
+
+wxSizer* frmTank::buildName() {
+    auto* box = new wxStaticBoxSizer(wxHORIZONTAL, this, "&Selected Tank Filename");
+    fraName = box->GetStaticBox();
+    fraName->SetName("fraName");
+    cboTankFilename = addPathBox(fraName, "cboTankFilename", L"mor.his");
+    cmdCommands[kPick] =
+        addPictureButton(fraName, "folder", "Choose the Tank Filename", "Open Recent");
+    const int gap = FromDIP(kGap);
+    box->Add(cboTankFilename, wxSizerFlags(1).CentreVertical().Border(wxALL, gap));
+    box->Add(cmdCommands[kPick],
+             wxSizerFlags().CentreVertical().Border(wxTOP | wxBOTTOM | wxRIGHT, gap));
+    return box;
+}
+
+wxSizer* frmTank::buildTools() {
+    auto* box = new wxStaticBoxSizer(wxHORIZONTAL, this, "Tools");
+    fraTools = box->GetStaticBox();
+    fraTools->SetName("fraTools");
+    const auto picture = [this](const char* icon, const char* tooltip) {
+        return addPictureButton(fraTools, icon, tooltip, tooltip);
+    };
+    cmdCommands[kFind] = picture("find", "Find Object by Name");
+    cmdCommands[kProperties] = picture("properties", "Tank Properties");
+    cmdCommands[kTest] = new wxButton(fraTools, wxID_ANY, "&Test Tank");
+    cmdCommands[kTest]->SetToolTip("Test Tank");
+    cmdCommands[kList] = picture("listed", "Generate a list (Name or Full)");
+    const int gap = FromDIP(kGap);
+    box->AddSpacer(gap);
+    for (const Command command : {kFind, kProperties, kTest, kList}) {
+        box->Add(cmdCommands[command],
+                 wxSizerFlags().Expand().Border(wxTOP | wxBOTTOM | wxRIGHT, gap));
+    }
+    return box;
+}
+
+wxSizer* frmTank::buildButtons(std::wstring_view website) {
+    lblInfo = new LinkLabel(this, "Click for more info on Orvane...", website, "lblInfo");
+    cmdCommands[kDone] = new wxButton(this, wxID_ANY, "&Done");
+    cmdCommands[kDone]->SetToolTip("Also use ESC");
+    auto* row = new wxBoxSizer(wxHORIZONTAL);
+    row->Add(lblInfo, wxSizerFlags().CentreVertical());
+    row->AddStretchSpacer();
+    row->Add(cmdCommands[kDone], wxSizerFlags().Border(wxLEFT, FromDIP(kMargin)));
+    return row;
+}
+
+void frmTank::layOut(std::wstring_view website) {
+    const int margin = FromDIP(kMargin);
+    auto* column = new wxBoxSizer(wxVERTICAL);
+    column->Add(buildName(), wxSizerFlags().Expand().Border(wxALL, margin));
+    column->Add(buildTools(), wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT, margin));
+    column->Add(buildButtons(website), wxSizerFlags().Expand().Border(wxALL, margin));
+    fitTo(column, kWidth);
+}
+
+void frmTank::bindCommands() {
+    onPress(*cmdCommands[kPick], [this] { pick(); });
+    onPress(*cmdCommands[kFind], [this] { find(); });
+    onPress(*cmdCommands[kTest], [this] { test(); });
+    onPress(*cmdCommands[kList], [this] { list(); });
+    onPress(*cmdCommands[kProperties], [this] { showProperties(); });
+    cmdCommands[kDone]->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Close(); });
+}
+
+void frmTank::pathsChanged() {
+    const bool given = !path().empty();
+    for (const Command command : {kFind, kTest, kList, kProperties}) {
+        cmdCommands[command]->Enable(given);
+    }
+}
+
+std::wstring frmTank::path() const {
+    return std::wstring(trim(cboTankFilename->text()));
+}
+
+void frmTank::pick() {
+    choose(*cboTankFilename,
+           askForFile(L"Select a TANK File to view", L"Tank Files(*.ds*)| *.ds*", false));
+}
+
+bool frmTank::drop(const std::wstring& path) {
+    if (!fileExists(path)) return false;
+    choose(*cboTankFilename, path);
+    return true;
+}
+
+void frmTank::find() {
+    const std::wstring searched = askForName(lastSearch_);
+    if (searched.empty()) return;
+    std::wstring report;
+    OwnerWx owner(*this);
+    const bool found = [&] {
+        const wxBusyCursor busyCursor;
+        return gblnFindChild(path(), searched, 0, report, &owner);
+    }();
+    if (!found) {
+        tellUser(L"Search name not found!", Icon::exclamation);
+        return;
+    }
+    if (report.empty()) return;
+    lastSearch_ = searched;
+    showReport(report, cboTankFilename->text());
+}
+
+void frmTank::test() {
+    const bool passed = gblnTestTank(path());
+    tellUser(passed ? L"Tank test passed." : L"Tank test failed!",
+             passed ? Icon::information : Icon::exclamation);
+}
+
+void frmTank::list() {
+    const Answer names = askUser(
+        L"Which list do you want?\r\nSelect Yes for a 'Name List', No for a 'Full List', or "
+        L"Cancel to exit.",
+        Icon::question, Buttons::yesNoCancel);
+    if (names == Answer::cancel) return;
+    std::wstring report;
+    OwnerWx owner(*this);
+    const bool listed = [&] {
+        const wxBusyCursor busyCursor;
+        return gblnListTank(path(), report, &owner, names == Answer::yes ? kNameList : kFullList);
+    }();
+    if (!listed) {
+        tellUser(L"Tank list failed!", Icon::exclamation);
+    } else if (!report.empty()) {
+        showReport(report, path());
+    }
+}
+
+void frmTank::showProperties() {
+    OwnerWx owner(*this);
+    gShowProps(path(), &owner);
+}
+
+void frmTank::showReport(const std::wstring& report, std::wstring_view path) {
+    frmView viewer(this, openFile_);
+    viewer.TextBlock(report);
+    viewer.SetTitle(shownLine(std::wstring(L"Tank List: ").append(path)));
+    viewer.ShowModal();
+}
+
+}  // namespace kestrel

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <wx/button.h>
+#include <wx/sizer.h>
+#include <wx/statbox.h>
+
+#include <array>
+#include <string>
+#include <string_view>
+
+#include "services/viewtext.h"
+#include "ui/common/linklabel.h"
+#include "ui/common/pathdialog.h"
+#include "ui/frmTank/website.h"
+
+namespace kestrel {
+
+// Asks which archive to look into, and shows what is in it. Shown modal.
+class frmTank final : public PathDialog {
+  public:
+    // `openFile` is for the viewer of the reports.
+    frmTank(wxWindow* parent, OpenFile openFile, std::wstring_view website = kOrvaneWebsite);
+
+    // There is no 3.
+    enum Command { kDone, kPick, kFind, kTest = 4, kList, kProperties, kCommands };
+
+    wxStaticBox* fraName;
+    HistoryCombo* cboTankFilename;
+    wxStaticBox* fraTools;
+    LinkLabel* lblInfo;
+    std::array<wxButton*, kCommands> cmdCommands{};
+
+    // Takes over a file that was dropped on the dialog; false when it is none.
+    bool drop(const std::wstring& path);
+
+  private:
+    wxSizer* buildName();
+    wxSizer* buildTools();
+    wxSizer* buildButtons(std::wstring_view website);
+    void layOut(std::wstring_view website);
+    void bindCommands();
+
+    void pathsChanged() override;
+    void entered() override { press(*cmdCommands[kList]); }
+
+    std::wstring path() const;
+    void pick();
+    void find();
+    void test();
+    void list();
+    void showProperties();
+    void showReport(const std::wstring& report, std::wstring_view path);
+
+    OpenFile openFile_;
+    std::wstring lastSearch_;  // the last text that was found
+};
+
+}  // namespace kestrel
