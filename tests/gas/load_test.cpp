@@ -17,16 +17,13 @@ using test::TempFolder;
 class ListLog final : public TemplateList {
   public:
     std::vector<std::wstring> log;
-    void add(std::wstring_view key, std::wstring_view text) override { write(L"add ", key, text); }
+    void add(std::wstring_view key, std::wstring_view text) override {
+        log.push_back(std::wstring(L"add ").append(key).append(L" ").append(text));
+    }
     void setText(std::wstring_view key, std::wstring_view text) override {
-        write(L"set ", key, text);
+        log.push_back(std::wstring(L"set ").append(key).append(L" ").append(text));
     }
     void clear() override { log.push_back(L"clear"); }
-
-  private:
-    void write(std::wstring_view call, std::wstring_view key, std::wstring_view text) {
-        log.push_back(std::wstring(call).append(key).append(L" ").append(text));
-    }
 };
 
 std::wstring repeat(std::wstring_view text, std::size_t count) {
@@ -35,6 +32,10 @@ std::wstring repeat(std::wstring_view text, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) result += text;
     return result;
 }
+
+const std::string kNoBlock =
+    "ask: File loading error: Either no data found or unsupported file type. | Kestrel Template "
+    "Browser | exclamation | ok";
 
 class Load : public testing::Test {
   protected:
@@ -137,15 +138,13 @@ TEST_F(Load, DocNamesTemplateBlocksAlone) {
     EXPECT_EQ(names(templates_), (std::vector<std::wstring>{L"Info0"}));
 }
 
-TEST_F(Load, BracesRunOnOverTheBlocks) {
+TEST_F(Load, BlocksBehindEachOther) {
     // The first block leaves one brace open, so its mark is what the second
     // block's closing braces are held against.
     ASSERT_TRUE(load(L"[info]\r\n{\r\n{\r\n}\r\n[info]\r\n{\r\n[a]\r\n{\r\n}\r\nx = 1;\r\n}\r\n"));
     ASSERT_EQ(templates_.size(), 2u);
     EXPECT_EQ(dump(templates_[1]), L"[a] @a#1 | x=1 @#1");
-}
-
-TEST_F(Load, BlockWithoutPropertiesKeepsAnEmptyEntryForEachStatement) {
+    // One without properties keeps an empty entry for each statement.
     ASSERT_TRUE(load(L"[info]\r\n{\r\n// a\r\n}\r\n[info]\r\nx = 1;\r\n"));
     EXPECT_EQ(templates_[0].Properties, std::vector<GasProperty>(5));
     EXPECT_EQ(templates_[1].Properties.size(), 1u);
@@ -162,10 +161,7 @@ TEST_F(Load, TextWithoutABlockFails) {
         ASSERT_EQ(templates_.size(), 1u);
         EXPECT_EQ(templates_[0].Name, L"kept");
         EXPECT_EQ(list_.log, (std::vector<std::wstring>{L"clear"}));
-        ASSERT_EQ(host_.log.size(), 1u);
-        EXPECT_NE(host_.log[0].find("File loading error: Either no data found or unsupported "
-                                    "file type."),
-                  std::string::npos);
+        EXPECT_EQ(host_.log, std::vector<std::string>{kNoBlock});
     }
     std::vector<GasTemplate> fresh;
     EXPECT_FALSE(loadGasText(L"", fresh));
@@ -174,39 +170,15 @@ TEST_F(Load, TextWithoutABlockFails) {
 
 TEST_F(Load, FileWithoutAHeaderEmptiesThePath) {
     const TempFolder folder;
-    const struct {
-        const char* bytes;
-        bool emptied;
-    } cases[] = {{"", true}, {"plain text", true}, {"[party", true}, {"[info]\n}", false}};
-    for (const auto& c : cases) {
-        std::wstring path = folder.put(L"x.gas", c.bytes);
-        const bool loaded = gblnLoadGas(path, templates_, nullptr);
-        EXPECT_EQ(path.empty(), c.emptied) << c.bytes;
-        EXPECT_EQ(loaded, !c.emptied) << c.bytes;
+    for (const char* bytes : {"", "plain text", "[party", "[info]\n}"}) {
+        std::wstring path = folder.put(L"x.gas", bytes);
+        const bool good = std::string_view(bytes).ends_with('}');
+        EXPECT_EQ(gblnLoadGas(path, templates_, nullptr), good) << bytes;
+        EXPECT_EQ(path.empty(), !good) << bytes;
     }
     std::wstring missing = folder.path(L"missing.gas");
     EXPECT_FALSE(gblnLoadGas(missing, templates_, nullptr));
     EXPECT_TRUE(missing.empty());
-}
-
-TEST_F(Load, EveryByteOfAFileComesThrough) {
-    const TempFolder folder;
-    std::string bytes = "[info]\r\nv = ";
-    for (int byte = 1; byte < 256; ++byte) {
-        if (std::string_view("\t;\"[]{}=/\r\n").find(static_cast<char>(byte)) !=
-            std::string::npos) {
-            continue;
-        }
-        bytes += static_cast<char>(byte);
-    }
-    bytes += ";\r\n";
-    std::wstring path = folder.put(L"x.gas", bytes);
-    ASSERT_TRUE(gblnLoadGas(path, templates_, nullptr));
-    ASSERT_EQ(templates_[0].Properties.size(), 1u);
-    const std::wstring& value = templates_[0].Properties[0].Value;
-    EXPECT_EQ(value.size(), 255u - 11u);
-    EXPECT_EQ(value.substr(value.size() - 2), L"\u00FE\u00FF");
-    EXPECT_NE(value.find(L"\u20AC\u0081\u201A"), std::wstring::npos);
 }
 
 TEST_F(Load, TextBeyondTheCodePageLoadsFromMemory) {

@@ -50,18 +50,11 @@ TEST(Tree, NestsAsTheBlocksNest) {
     for (const auto& c : cases) {
         std::vector<GasTemplate> templates;
         ASSERT_TRUE(loadGasText(std::wstring(L"[info]\r\n") + c.body, templates));
-        EXPECT_EQ(drawn(blockTree(templates[0])), c.tree) << test::shown(c.body);
+        const std::vector<BlockNode> nodes = blockTree(templates[0]);
+        EXPECT_EQ(drawn(nodes), c.tree) << test::shown(c.body);
+        EXPECT_EQ(fullPath(nodes.back()) + L'\\',
+                  groupPath(L"Info0", templates[0].Properties.back()));
     }
-}
-
-TEST(Tree, FullPathIsTheBranchPathOfTheProperties) {
-    const ProgramScope program;
-    std::vector<GasTemplate> templates;
-    ASSERT_TRUE(loadGasText(L"[info]\r\n[a]\r\n{\r\n[b]\r\n{\r\nx = 1;\r\n}\r\n}\r\n", templates));
-    const GasTemplate& record = templates[0];
-    const std::vector<BlockNode> nodes = blockTree(record);
-    EXPECT_EQ(fullPath(nodes[2]), L"Info0\\a\\b_2");
-    EXPECT_EQ(fullPath(nodes[2]) + L'\\', groupPath(record.Name, record.Properties[2]));
 }
 
 }  // namespace

@@ -36,7 +36,6 @@ TEST(Bytes, CodePage) {
     for (const auto& c : cases) {
         const char byte = static_cast<char>(c.byte);
         EXPECT_EQ(widen({&byte, 1}), std::wstring(1, c.character)) << int{c.byte};
-        EXPECT_EQ(kWideOfByte[c.byte], c.character) << int{c.byte};
     }
 }
 
@@ -86,12 +85,11 @@ TEST(Bytes, Utf8) {
         EXPECT_EQ(fromUtf8(c.bytes), c.text) << c.bytes;
         EXPECT_EQ(toUtf8(c.text), c.bytes);
     }
-    EXPECT_EQ(toUtf8(fromUtf8("\xF0\x9F\x98\x80")), "\xF0\x9F\x98\x80");
 }
 
-TEST(Bytes, AnyBytesSurviveUtf8) {
+TEST(Bytes, AnythingSurvivesUtf8) {
     const std::string all = allBytes();
-    std::string bytes;
+    std::string bytes = "\xF0\x9F\x98\x80";
     for (char first : all) {
         for (char second : all) bytes.append({first, second});
     }
@@ -99,12 +97,10 @@ TEST(Bytes, AnyBytesSurviveUtf8) {
         for (char second : all) bytes.append({lead, second, '\x80', '\xBF'});
     }
     EXPECT_EQ(toUtf8(fromUtf8(bytes)), bytes);
-}
-
-TEST(Bytes, AnyCharacterSurvivesUtf8) {
     std::wstring text;
-    for (wchar_t c = 0; c < 0xDC80; ++c) text.append({c, L'-'});
-    for (wchar_t c = 0xDD00; c < 0xFFFF; ++c) text.append({c, L'-'});
+    for (wchar_t c = 0; c < 0xFFFF; ++c) {
+        if (c < 0xDC80 || c >= 0xDD00) text.append({c, L'-'});
+    }
     EXPECT_EQ(fromUtf8(toUtf8(text)), text);
 }
 

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <new>
+#include <stdexcept>
 
 #include "support/recordinghost.h"
 
@@ -11,64 +13,43 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-int fail(int kind) {
-    switch (kind) {
-        case 0:
-            throw RunTimeError(kDiskFull, L"Cannot write 'caf\u00E9'");
-        case 1:
-            throw std::bad_alloc();
-        case 2:
-            throw std::runtime_error("odd state");
-        case 3:
-            throw kind;
-        case 4:
-            std::wstring().reserve(std::wstring().max_size() + 1);
-            return 0;
-        default:
-            return kind;
-    }
-}
+const std::string kEnd = " in 'gTried' | Kestrel | exclamation | ok";
 
 TEST(Errors, GuardReportsOnceAndReturnsADefault) {
-    const char* const reports[] = {
-        "Error (61): Cannot write 'caf\xC3\xA9' in 'gTried'",
-        "Error (7): Out of memory in 'gTried'",
-        "Error (51): odd state in 'gTried'",
-        "Error (51): Internal error in 'gTried'",
-        "Error (7): Out of memory in 'gTried'",
+    const struct {
+        std::function<int()> body;
+        std::string report;
+    } cases[] = {
+        {[]() -> int { throw RunTimeError(kDiskFull, L"Cannot write 'caf\u00E9'"); },
+         "Error (61): Cannot write 'caf\xC3\xA9'"},
+        {[]() -> int { throw std::bad_alloc(); }, "Error (7): Out of memory"},
+        {[]() -> int { throw std::length_error("long"); }, "Error (7): Out of memory"},
+        {[]() -> int { throw std::runtime_error("odd state"); }, "Error (51): odd state"},
+        {[]() -> int { throw 3; }, "Error (51): Internal error"},
     };
-    for (int kind = 0; kind < 5; ++kind) {
-        test::RecordingHost host;
-        EXPECT_EQ(guarded(L"gTried", [&] { return fail(kind); }), 0);
-        EXPECT_EQ(host.log,
-                  Lines{"ask: " + std::string(reports[kind]) + " | Kestrel | exclamation | ok"});
-    }
     test::RecordingHost host;
-    EXPECT_EQ(guarded(L"gTried", [] { return fail(9); }), 9);
+    for (const auto& c : cases) {
+        host.log.clear();
+        EXPECT_EQ(guarded(L"gTried", c.body), 0);
+        EXPECT_EQ(host.log, Lines{"ask: " + c.report + kEnd});
+    }
+    host.log.clear();
+    EXPECT_EQ(guarded(L"gTried", [] { return 9; }), 9);
     EXPECT_EQ(gProgram().routine, L"gTried");
     EXPECT_EQ(host.log, Lines{});
+    gProgram().host = {};
+    EXPECT_EQ(guarded(L"gTried", cases[0].body), 0) << "nobody to tell";
 }
 
-TEST(Errors, TheRoutineThatFailedIsNamedAfterAnInnerOneWentWell) {
-    test::RecordingHost host;
-    guarded(L"gOuter", [] {
-        guarded(L"gInner", [] {});
-        fail(2);
-    });
-    EXPECT_EQ(host.log, Lines{"ask: Error (51): odd state in 'gOuter' | Kestrel | exclamation | "
-                              "ok"});
-}
-
-TEST(Errors, SourceStandsInForAnEmptyRoutine) {
+TEST(Errors, NamesTheRoutineThatFailedOrTheSourceWithoutOne) {
     test::RecordingHost host;
     reportError(5, L"What", L"Source");
-    EXPECT_EQ(host.log, Lines{"ask: Error (5): What in 'Source' | Kestrel | exclamation | ok"});
-}
-
-TEST(Errors, AHostThatCannotTellDoesNotFail) {
-    test::RecordingHost host;
-    gProgram().host = {};
-    EXPECT_EQ(guarded(L"gTried", [] { return fail(0); }), 0);
+    guarded(L"gTried", [] {
+        guarded(L"gInner", [] {});
+        throw std::runtime_error("odd state");
+    });
+    EXPECT_EQ(host.log, (Lines{"ask: Error (5): What in 'Source' | Kestrel | exclamation | ok",
+                               "ask: Error (51): odd state" + kEnd}));
 }
 
 }  // namespace

@@ -77,17 +77,25 @@ using kestrel::test::strikes;
 
 extern "C" {
 
+// A call that fails when it is struck, and else is the system's own.
+#define KESTREL_WRAP(result, call, parameters, values)             \
+    result __real_##call parameters;                               \
+    result __wrap_##call parameters {                              \
+        return strikes(#call) ? result{-1} : __real_##call values; \
+    }
+
+KESTREL_WRAP(ssize_t, read, (int file, void* bytes, size_t size), (file, bytes, size))
+KESTREL_WRAP(int, fsync, (int file), (file))
+KESTREL_WRAP(int, fchmod, (int file, mode_t mode), (file, mode))
+KESTREL_WRAP(int, fchown, (int file, uid_t user, gid_t group), (file, user, group))
+KESTREL_WRAP(int, lstat, (const char* name, struct stat* status), (name, status))
+KESTREL_WRAP(int, rename, (const char* from, const char* to), (from, to))
+KESTREL_WRAP(int, link, (const char* from, const char* to), (from, to))
+KESTREL_WRAP(int, unlink, (const char* name), (name))
+
 int __real_open(const char*, int, ...);
-ssize_t __real_read(int, void*, size_t);
 ssize_t __real_write(int, const void*, size_t);
 int __real_close(int);
-int __real_fsync(int);
-int __real_fchmod(int, mode_t);
-int __real_fchown(int, uid_t, gid_t);
-int __real_lstat(const char*, struct stat*);
-int __real_rename(const char*, const char*);
-int __real_link(const char*, const char*);
-int __real_unlink(const char*);
 
 int __wrap_open(const char* name, int flags, ...) {
     va_list arguments;
@@ -95,10 +103,6 @@ int __wrap_open(const char* name, int flags, ...) {
     const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
     return strikes("open") ? -1 : __real_open(name, flags, mode);
-}
-
-ssize_t __wrap_read(int file, void* bytes, size_t size) {
-    return strikes("read") ? -1 : __real_read(file, bytes, size);
 }
 
 ssize_t __wrap_write(int file, const void* bytes, size_t size) {
@@ -113,28 +117,6 @@ ssize_t __wrap_write(int file, const void* bytes, size_t size) {
 int __wrap_close(int file) {
     const int result = __real_close(file);
     return strikes("close") ? -1 : result;
-}
-
-int __wrap_fsync(int file) {
-    return strikes("fsync") ? -1 : __real_fsync(file);
-}
-int __wrap_fchmod(int file, mode_t mode) {
-    return strikes("fchmod") ? -1 : __real_fchmod(file, mode);
-}
-int __wrap_fchown(int file, uid_t user, gid_t group) {
-    return strikes("fchown") ? -1 : __real_fchown(file, user, group);
-}
-int __wrap_lstat(const char* name, struct stat* status) {
-    return strikes("lstat") ? -1 : __real_lstat(name, status);
-}
-int __wrap_rename(const char* from, const char* to) {
-    return strikes("rename") ? -1 : __real_rename(from, to);
-}
-int __wrap_link(const char* from, const char* to) {
-    return strikes("link") ? -1 : __real_link(from, to);
-}
-int __wrap_unlink(const char* name) {
-    return strikes("unlink") ? -1 : __real_unlink(name);
 }
 
 }  // extern "C"

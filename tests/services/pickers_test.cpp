@@ -25,22 +25,20 @@ class Pickers : public testing::Test {
     FileDialog* dialog = nullptr;
 };
 
-TEST_F(Pickers, AFileThatIsNamedAlreadyIsKept) {
-    file = L"/some/a.gas";
-    select();
-    EXPECT_EQ(file, L"/some/a.gas");
-    EXPECT_EQ(fileTitle, L"before");
-    EXPECT_EQ(host.log, Lines{});
-}
-
 TEST_F(Pickers, TheSharedDialogStartsInTheProgramsFolder) {
     host.files = {L"/some/a.gas"};
     select();
     EXPECT_EQ(file, L"/some/a.gas");
     EXPECT_EQ(fileTitle, L"a.gas");
     EXPECT_EQ(dialog, &host);
+    EXPECT_EQ(fileFilter(L""), L"All files (*.*)|*.*");
     EXPECT_EQ(folder, L"/own");
-    EXPECT_EQ(host.log, Lines{"open: Title | Gas files (*.gas)|*.gas|All files (*.*)|*.* | /own"});
+    const Lines once{"open: Title | Gas files (*.gas)|*.gas|All files (*.*)|*.* | /own"};
+    EXPECT_EQ(host.log, once);
+    fileTitle = L"before";
+    select();
+    EXPECT_EQ(host.log, once) << "a file that is named already is kept";
+    EXPECT_EQ(fileTitle, L"before");
 }
 
 TEST_F(Pickers, ACancelledDialogHandsBackItsLastChoice) {
@@ -82,11 +80,6 @@ TEST_F(Pickers, ADialogOfItsOwnAnswersACancelWithNothing) {
     EXPECT_EQ(host.path(), L"/shared/a.gas");
 }
 
-TEST_F(Pickers, Filter) {
-    EXPECT_EQ(fileFilter(L""), L"All files (*.*)|*.*");
-    EXPECT_EQ(fileFilter(L"Text|*.txt"), L"Text|*.txt|All files (*.*)|*.*");
-}
-
 TEST_F(Pickers, Folder) {
     host.folders = {L"/some/folder", std::wstring(L"/cut\0here", 9), std::nullopt};
     EXPECT_EQ(gBrowseFolder(L"Where?", &host, L"/ignored"), L"/some/folder");
@@ -94,6 +87,10 @@ TEST_F(Pickers, Folder) {
     EXPECT_EQ(gBrowseFolder(L"Where?", nullptr, L""), std::nullopt);
     EXPECT_EQ(host.log,
               (Lines{"folder: Where? | owner", "folder: Where? | none", "folder: Where? | none"}));
+    gProgram().host = {};
+    EXPECT_EQ(gBrowseFolder(L"Where?", nullptr, L""), std::nullopt);
+    select();
+    EXPECT_EQ(file, L"");
 }
 
 TEST_F(Pickers, ShellRequests) {
@@ -103,13 +100,7 @@ TEST_F(Pickers, ShellRequests) {
     EXPECT_EQ(gProgram().routine, L"gShowProps");
     EXPECT_EQ(host.log,
               (Lines{"perform: open | mailto:someone", "properties: /some/a.gas | owner"}));
-}
-
-TEST_F(Pickers, AHostWithoutDialogsChoosesNothing) {
     gProgram().host = {};
-    select();
-    EXPECT_EQ(file, L"");
-    EXPECT_EQ(gBrowseFolder(L"Where?", nullptr, L""), std::nullopt);
     gShellExec(L"file", L"open");
     gShowProps(L"file", nullptr);
 }

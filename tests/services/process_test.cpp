@@ -37,7 +37,6 @@ TEST(Process, TakesTheLongestProgramOfAnUnquotedLine) {
         {L"/opt/my pad/run -x", L"/opt/my pad/run", {L"/opt/my pad/run", L"-x"}},
         {L"/opt/my pad/run -x", L"", {L"/opt/my pad/run -x", L""}},
         {L"/opt/my pad/run --wide f", L"/opt/my pad/run --wide", {L"/opt/my pad/run", L"--wide f"}},
-        {L"/opt/my f", L"", {L"/opt/my", L"f"}},
         {L"notepad.exe /a b.gas", L"", {L"notepad.exe", L"/a b.gas"}},
         {L"  tool  ", L"", {L"tool", L""}},
         {L"", L"", {L"", L""}},

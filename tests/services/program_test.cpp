@@ -9,17 +9,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-TEST(ProgramRecord, AScopePutsAFreshOneInPlace) {
-    gProgram().routine = L"outer";
-    {
-        ProgramScope scope;
-        EXPECT_EQ(gProgram().routine, L"");
-        EXPECT_EQ(gProgram().version.fileDescription, L"Kestrel Template Browser");
-        gProgram().routine = L"inner";
-    }
-    EXPECT_EQ(gProgram().routine, L"outer");
-}
-
 TEST(ProgramRecord, QuestionsCarryTheFileDescription) {
     test::RecordingHost host;
     host.answers = {Answer::no};

@@ -9,30 +9,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-TEST(ProgressScope, MakesShowsAndUnloadsADialog) {
-    test::RecordingHost host;
-    {
-        ProgressScope scope(nullptr, &host, L"Processing: a");
-        EXPECT_TRUE(gProgram().progressShowing);
-        EXPECT_EQ(host.liveDialogs, 1U);
-    }
-    EXPECT_FALSE(gProgram().progressShowing);
-    EXPECT_EQ(host.log, (Lines{"disable", "Process: Processing: a", "SubProcess: ", "show: owner",
-                               "unload", "enable", "focus"}));
-}
-
-TEST(ProgressScope, RestoresTheOwnerWhenTheWorkThrows) {
-    test::RecordingHost host;
-    try {
-        ProgressScope scope(nullptr, &host, L"Work");
-        throw 1;
-    } catch (int) {
-    }
-    EXPECT_FALSE(gProgram().progressShowing);
-    EXPECT_EQ(host.logged("enable").size() + host.logged("focus").size(), 2U);
-    EXPECT_EQ(host.liveDialogs, 0U);
-}
-
 TEST(ProgressScope, RestoresTheOwnerWhenTheDialogCannotBeShown) {
     class Unshowable final : public Progress {
       public:
@@ -54,25 +30,6 @@ TEST(ProgressScope, RestoresTheOwnerWhenTheDialogCannotBeShown) {
     EXPECT_EQ(host.log, (Lines{"disable", "enable", "focus"}));
 }
 
-TEST(ProgressScope, LeavesTheCallersDialogAlone) {
-    test::RecordingHost host;
-    host.cancelAt = 2;
-    host.logsProgressSteps = true;
-    const auto given = host.makeProgress();
-    {
-        ProgressScope scope(given.get(), &host, L"Work");
-        EXPECT_FALSE(gProgram().progressShowing);
-        scope.process(L"More");
-        scope.show(3, L"three");
-        scope.show(4, L"four");
-        EXPECT_FALSE(scope.didCancel());
-        scope.show(5, L"five");
-        EXPECT_TRUE(scope.didCancel());
-    }
-    EXPECT_EQ(host.log, (Lines{"Process: More", "ShowProgress: 3 | three", "ShowProgress: 4 | four",
-                               "ShowProgress: 5 | five"}));
-}
-
 TEST(ProgressScope, AnInnerScopeLeavesTheOutersFlag) {
     test::RecordingHost host;
     ProgressScope outer(nullptr, nullptr, L"Outer");
@@ -85,7 +42,6 @@ TEST(ProgressScope, WorksWithoutAHost) {
     ProgressScope scope(nullptr, nullptr, L"Work");
     scope.process(L"More");
     scope.show(1, L"one");
-    EXPECT_EQ(scope.dialog(), nullptr);
     EXPECT_FALSE(scope.didCancel());
 }
 

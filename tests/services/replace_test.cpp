@@ -92,9 +92,7 @@ TEST_F(Replace, AnErrorAtAnyCallLeavesTheOldFileAndIsReportedOnce) {
                 EXPECT_TRUE(kept == kOld || (kept == kOlder && !(written && backup))) << where;
                 // What cannot be removed stays until the process is gone.
                 const bool removable = std::string_view(Faults::struck()) != "unlink";
-                if (removable) {
-                    EXPECT_EQ(strays(), 0U) << where;
-                }
+                EXPECT_TRUE(strays() == 0 || !removable) << where;
                 for (const std::string& name : folder.names()) {
                     if (name.ends_with(".tmp"))
                         std::filesystem::remove(folder.native(fromUtf8(name)));
@@ -149,9 +147,7 @@ TEST_F(Replace, AKillAtAnyCallLeavesTheOldOrTheNewFile) {
             const std::string kept = folder.bytes(L"f.bak");
             EXPECT_TRUE(now == kOld || now == kNewBytes) << at;
             EXPECT_TRUE(kept == kOld || kept == kOlder) << at;
-            if (backup && now == kNewBytes) {
-                EXPECT_EQ(kept, kOld) << at;
-            }
+            EXPECT_TRUE(kept == kOld || !backup || now == kOld) << at;
             EXPECT_LE(strays(), backup ? 2U : 1U) << at;
             // The next good write, over whatever the killed one left.
             EXPECT_TRUE(write(backup));
@@ -176,18 +172,15 @@ TEST_F(Replace, TheContentIsOnTheDiskBeforeTheRenameAndTheRenameAfterIt) {
 }
 
 TEST_F(Replace, SettingsAndHistoriesFailWithOneReportEach) {
-    for (std::size_t at = 1; at < 5; ++at) {
-        host.log.clear();
-        {
+    const std::function<void()> writers[] = {
+        gWriteSettings, [] { gSaveHistory(test::VectorTextList({L"a"}), L"info.his"); }};
+    for (const auto& writeThem : writers) {
+        for (std::size_t at = 1; at < 5; ++at) {
+            host.log.clear();
             const Faults faults(Faults::Kind::error, at, EROFS);
-            gWriteSettings();
+            writeThem();
+            EXPECT_EQ(host.log.size(), 1U) << at;
         }
-        EXPECT_EQ(host.log.size(), 1U) << at;
-        {
-            const Faults faults(Faults::Kind::error, at, EROFS);
-            gSaveHistory(test::VectorTextList({L"a"}), L"info.his");
-        }
-        EXPECT_EQ(host.log.size(), 2U) << at;
     }
     EXPECT_EQ(folder.names(), Lines{});
 }

@@ -110,14 +110,10 @@ std::unique_ptr<Progress> RecordingHost::makeProgress() {
     return std::make_unique<RecordingProgress>(*this);
 }
 
-std::optional<std::wstring> RecordingHost::answerFile(const FileQuestion& question) {
+bool RecordingHost::answer(const FileQuestion& question, std::wstring& chosen) {
     write(question.save ? "save" : "open", {question.title, question.filter, question.folder});
-    return next(files).value_or(std::nullopt);
-}
-
-bool RecordingHost::show(const FileQuestion& question) {
-    const auto file = answerFile(question);
-    if (file) chosen_ = *file;
+    const auto file = next(files).value_or(std::nullopt);
+    if (file) chosen = *file;
     return file.has_value();
 }
 
@@ -125,11 +121,7 @@ bool RecordingHost::show(const FileQuestion& question) {
 class OtherDialog final : public FileDialog {
   public:
     explicit OtherDialog(RecordingHost& host) : host_(host) {}
-    bool show(const FileQuestion& question) override {
-        const auto file = host_.answerFile(question);
-        if (file) chosen_ = *file;
-        return file.has_value();
-    }
+    bool show(const FileQuestion& question) override { return host_.answer(question, chosen_); }
     std::wstring path() const override { return chosen_; }
     std::unique_ptr<FileDialog> another() const override { return host_.another(); }
 

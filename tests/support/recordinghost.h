@@ -55,7 +55,7 @@ class RecordingHost final : public Messages,
     std::optional<std::wstring> prompt(std::wstring_view text, std::wstring_view title,
                                        std::wstring_view initial) override;
     std::unique_ptr<Progress> makeProgress() override;
-    bool show(const FileQuestion& question) override;
+    bool show(const FileQuestion& question) override { return answer(question, chosen_); }
     std::wstring path() const override { return chosen_; }
     std::unique_ptr<FileDialog> another() const override;
     std::optional<std::wstring> chooseFolder(std::wstring_view title, Owner* owner) override;
@@ -69,8 +69,9 @@ class RecordingHost final : public Messages,
     void enable(bool enabled) override;
     void focus() override;
 
-    // Logs the question and takes the next element of `files`.
-    std::optional<std::wstring> answerFile(const FileQuestion& question);
+    // Logs the question and takes the next element of `files`; false, and `chosen`
+    // as it was, when that is a cancel.
+    bool answer(const FileQuestion& question, std::wstring& chosen);
 
   private:
     void write(std::string_view call, std::initializer_list<std::wstring_view> values);

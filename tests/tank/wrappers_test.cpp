@@ -76,51 +76,24 @@ std::vector<Row> everyWrapper() {
     };
 }
 
-// A library that cannot be loaded fails at each call.
+// A library that cannot be loaded fails at each call; without a handle there is none.
 TEST_F(Wrappers, AFailureIsReportedOnceUnderTheRoutinesName) {
     const auto missing = makeTankLibrary({files.path(L"none")});
     for (const Row& row : everyWrapper()) {
         host.log.clear();
         gProgram().host.tank = missing.get();
-        const std::wstring result = row.call(-5);
+        const std::wstring result = row.call(0);
         EXPECT_TRUE(result == L"0" || result == L"''") << row.routine;
+        gProgram().host.tank = nullptr;
+        EXPECT_EQ(row.call(-5), result) << row.routine;
+        EXPECT_EQ(host.log, Lines{});
+        gProgram().host.tank = missing.get();
+        EXPECT_EQ(row.call(-5), result) << row.routine;
         const bool inner = row.routine == std::string("gstrGetChildDataRAW");
         const std::string routine = inner ? "glngOpenChild" : row.routine;
         ASSERT_EQ(errors().size(), 1U) << row.routine;
         EXPECT_TRUE(errors()[0].ends_with(" in '" + routine + "'")) << errors()[0];
     }
-}
-
-TEST_F(Wrappers, NothingIsCalledWithoutAHandleOrALibrary) {
-    const auto missing = makeTankLibrary({files.path(L"none")});
-    for (const Row& row : everyWrapper()) {
-        gProgram().host.tank = missing.get();
-        const std::wstring result = row.call(0);
-        EXPECT_TRUE(result == L"0" || result == L"''") << row.routine;
-        gProgram().host.tank = nullptr;
-        EXPECT_EQ(row.call(-5), result) << row.routine;
-    }
-    EXPECT_EQ(host.log, Lines{});
-}
-
-TEST_F(Wrappers, TheRoutineIsRecordedBeforeTheCall) {
-    open("tank|log\nfile|name=a|data=x\n");
-    const char* data = nullptr;
-    const struct {
-        const wchar_t* routine;
-        std::function<void()> call;
-    } kRows[] = {{L"glngGetChildCount", [&] { glngGetChildCount(tank, root); }},
-                 {L"gstrGetChildPath", [&] { gstrGetChildPath(tank, child); }},
-                 {L"glngOpenChild", [&] { glngOpenChild(tank, child, data); }},
-                 {L"glngCloseChild", [&] { glngCloseChild(data); }},
-                 {L"glngCloseTank", [&] { glngCloseTank(tank); }}};
-    for (const auto& row : kRows) {
-        row.call();
-        EXPECT_EQ(toUtf8(gProgram().routine), toUtf8(row.routine));
-    }
-    EXPECT_EQ(calls(),
-              "OpenTank\nGetRootDir\nGetChild 0\nGetChildCount\nGetChildPath\n"
-              "OpenChild\nCloseTank\n");
 }
 
 TEST_F(Wrappers, NumbersComeBackAsTheyAre) {
@@ -162,7 +135,6 @@ TEST_F(Wrappers, TextsAreWholeAndTheLibrarysOwn) {
         {"name=a.gas|path=\\art", "a.gas", "\\art"},
         {"x", "", ""},
         {"name=|path=", "", ""},
-        {"name=   |path= ", "", ""},
         {"name= a |path= \\b ", " a ", " \\b "},
         {"name=" + longName + "|path=" + longerPath, longName, longerPath},
         {"name=" + longName + "x", longName + "x", ""},
@@ -185,11 +157,9 @@ TEST_F(Wrappers, DataIsCutAtItsFirstZeroAndFilledWithSpaces) {
     } kRows[] = {
         {"data=" + hundred, kept, 100},
         {"data=abc", "abc", 3},
-        {"data=abc\\0", "abc\\x00", 4},
         {"data=a\\0b\\0", "a\\x00  ", 4},
         {"data=\\0abc", "", 4},
         {"data=  \\0abc", "", 6},
-        {"data=    ", "    ", 4},
         {"data= a \\0  ", " a \\x00  ", 6},
         {"data=", "", 0},
         {"data=\xE9\x80", "\u00E9\u20AC", 2},
@@ -197,7 +167,6 @@ TEST_F(Wrappers, DataIsCutAtItsFirstZeroAndFilledWithSpaces) {
         // Counts that lie.
         {"data=abcdef|bytes=3", "abc", 3},
         {"data=abc\\0|bytes=9", "abc\\x00     ", 9},
-        {"data=abc|bytes=0", "", 0},
         {"data=abc|bytes=-1", "", -1},
         {"data=abc|bytes=-2147483648", "", -2147483647 - 1},
         {"bytes=2147483647", "", 2147483647},
@@ -207,25 +176,15 @@ TEST_F(Wrappers, DataIsCutAtItsFirstZeroAndFilledWithSpaces) {
         EXPECT_EQ(count, row.count) << row.fields;
     }
     EXPECT_EQ(errors(), Lines{});
-}
-
-TEST_F(Wrappers, MoreDataThanThereCanBeIsRefusedAndClosed) {
     EXPECT_EQ(dataOf("data=abc\\0|bytes=2147483647"), L"");
     EXPECT_EQ(count, 2147483647);
     EXPECT_EQ(errors(), Lines{"Error (7): Out of memory in 'gstrGetChildDataRAW'"});
 }
 
 TEST_F(Wrappers, FormatsHaveNames) {
-    const struct {
-        std::int32_t format;
-        const char* name;
-    } kRows[] = {{0, "RAW"},
-                 {1, "ZLib"},
-                 {2, "LZO"},
-                 {3, "Unkown(Type: 3)"},
-                 {-1, "Unkown(Type: -1)"},
-                 {32767, "Unkown(Type: 32767)"}};
-    for (const auto& row : kRows) EXPECT_EQ(toUtf8(gstrFormatName(row.format)), row.name);
+    const std::pair<std::int32_t, const char*> kRows[] = {
+        {0, "RAW"}, {1, "ZLib"}, {2, "LZO"}, {3, "Unkown(Type: 3)"}, {-1, "Unkown(Type: -1)"}};
+    for (const auto& [format, name] : kRows) EXPECT_EQ(toUtf8(gstrFormatName(format)), name);
 }
 
 }  // namespace

@@ -61,12 +61,6 @@ int flood(const Words&) {
     return 0;
 }
 
-// 5 MB without a line end.
-int floodOneLine(const Words&) {
-    say(std::string(5'000'000, 'y'));
-    return 0;
-}
-
 // Characters of UTF-8 and bytes of an 8-bit code page, NULs and all line ends, one
 // byte at a time.
 int dribble(const Words&) {
@@ -97,7 +91,7 @@ int main(int count, char** arguments) {
     const Words words(arguments + 1, arguments + count);
     const std::map<std::string, std::function<int(const Words&)>> parts{
         {"words", tellWords}, {"streams", useBothStreams}, {"input", readInput}, {"crash", crash},
-        {"flood", flood},     {"one line", floodOneLine},  {"dribble", dribble}, {"wait", wait},
+        {"flood", flood},     {"dribble", dribble},        {"wait", wait},
     };
     const auto part = parts.find(valueOf(words, "-title"));
     return part == parts.end() ? 0 : part->second(words);

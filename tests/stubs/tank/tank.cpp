@@ -18,14 +18,12 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
-#include <functional>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -45,10 +43,9 @@ struct Entry {
     Fields fields;
     std::vector<std::int32_t> children;
 
-    bool has(const char* field) const { return fields.count(field) != 0; }
+    bool has(const char* field) const { return text(field) != nullptr; }
     std::int32_t number(const char* field, std::int32_t otherwise) const {
-        const auto at = fields.find(field);
-        return at == fields.end() ? otherwise : std::atoi(at->second.c_str());
+        return has(field) ? std::atoi(text(field)->c_str()) : otherwise;
     }
     const std::string* text(const char* field) const {
         const auto at = fields.find(field);
@@ -81,24 +78,15 @@ class Archive {
         std::ifstream file(path, std::ios::binary);
         std::string line;
         if (!std::getline(file, line)) return;
-        const Fields flags = fieldsOf(line);
-        whole_ = flags.count("tank") != 0;
-        logs_ = flags.count("log") != 0;
-        hasRoot_ = flags.count("noroot") == 0;
-        entries_.resize(1);
-        entries_[0].fields = flags;
+        entries_.push_back({fieldsOf(line), {}});
         std::vector<std::int32_t> levels{kFirstChild};
         while (std::getline(file, line)) add(line, levels);
     }
 
-    bool isWhole() const { return whole_; }
-    std::int32_t root() const { return hasRoot_ ? kFirstChild : 0; }
+    bool is(const char* flag) const { return !entries_.empty() && entries_[0].has(flag); }
 
     void log(std::string_view call) const {
-        if (logs_) std::ofstream(logPath_, std::ios::app) << call << "\n";
-    }
-    void log(std::string_view call, std::int32_t index) const {
-        if (logs_) log(std::string(call) + " " + std::to_string(index));
+        if (is("log")) std::ofstream(logPath_, std::ios::app) << call << "\n";
     }
 
     // No entry for a 0: what a caller has after an index with no entry.
@@ -112,21 +100,16 @@ class Archive {
     std::int32_t childAt(std::int32_t directory, std::int32_t index) {
         const Entry* entry = find(directory, "GetChild");
         if (entry == nullptr) return 0;
-        if (entry->has("endless")) return copyOf(directory);
+        if (entry->has("endless")) return append(Fields(entry->fields));
         const auto at = static_cast<std::size_t>(index);
         if (index < 0) die("GetChild", "a negative index");
         return at < entry->children.size() ? entry->children[at] : 0;
     }
 
   private:
-    std::int32_t append(const Fields& fields) {
-        entries_.push_back({fields, {}});
+    std::int32_t append(Fields fields) {
+        entries_.push_back({std::move(fields), {}});
         return kFirstChild + static_cast<std::int32_t>(entries_.size()) - 1;
-    }
-
-    std::int32_t copyOf(std::int32_t directory) {
-        const Fields fields = entries_[static_cast<std::size_t>(directory - kFirstChild)].fields;
-        return append(fields);
     }
 
     std::vector<std::int32_t>& childrenOf(std::int32_t directory) {
@@ -154,9 +137,6 @@ class Archive {
     }
 
     std::string logPath_;
-    bool whole_ = false;
-    bool logs_ = false;
-    bool hasRoot_ = true;
     std::vector<Entry> entries_;
 };
 
@@ -206,8 +186,8 @@ std::int32_t numberOf(std::int32_t tank, std::int32_t child, const char* call, c
 const char* handOut(const std::string* text) {
     if (text == nullptr) return nullptr;
     state().text = std::make_unique<char[]>(text->size() + 1);
-    return static_cast<const char*>(
-        std::memcpy(state().text.get(), text->c_str(), text->size() + 1));
+    text->copy(state().text.get(), text->size());
+    return state().text.get();
 }
 
 const char* textOf(std::int32_t tank, std::int32_t child, const char* call, const char* field) {
@@ -221,7 +201,7 @@ extern "C" {
 
 std::int32_t KESTREL_TANK_CALL OpenTank(const char* path) {
     Archive archive(path);
-    if (!archive.isWhole()) return 0;
+    if (!archive.is("tank")) return 0;
     archive.log("OpenTank");
     state().archives.emplace(state().next, std::move(archive));
     return state().next++;
@@ -234,7 +214,7 @@ std::int32_t KESTREL_TANK_CALL CloseTank(std::int32_t tank) {
 }
 
 std::int32_t KESTREL_TANK_CALL GetRootDir(std::int32_t tank) {
-    return archiveOf(tank, "GetRootDir").root();
+    return archiveOf(tank, "GetRootDir").is("noroot") ? 0 : kFirstChild;
 }
 
 std::int32_t KESTREL_TANK_CALL GetChildCount(std::int32_t tank, std::int32_t directory) {
@@ -246,7 +226,7 @@ std::int32_t KESTREL_TANK_CALL GetChildCount(std::int32_t tank, std::int32_t dir
 std::int32_t KESTREL_TANK_CALL GetChild(std::int32_t tank, std::int32_t directory,
                                         std::int32_t index, std::int32_t* child) {
     Archive& archive = openArchive(tank, "GetChild");
-    archive.log("GetChild", index);
+    archive.log("GetChild " + std::to_string(index));
     const std::int32_t found = archive.childAt(directory, index);
     if (found == 0) return -1;  // and what `child` points to stays as it was
     *child = found;
@@ -289,15 +269,12 @@ std::int16_t KESTREL_TANK_CALL GetChildFormat(std::int32_t tank, std::int32_t ch
 std::int32_t KESTREL_TANK_CALL OpenChild(std::int32_t tank, std::int32_t child, const char** data) {
     const Entry* entry = entryOf(tank, child, "OpenChild");
     if (entry == nullptr) return 0;  // and what `data` points to stays as it was
-    const std::string* text = entry->text("data");
-    if (text == nullptr) {
-        *data = nullptr;
-        return entry->number("bytes", 0);
-    }
-    const std::string bytes = unescaped(*text);
+    *data = nullptr;
+    if (!entry->has("data")) return entry->number("bytes", 0);
+    const std::string bytes = unescaped(*entry->text("data"));
     auto copy = std::make_unique<char[]>(bytes.size());
-    std::memcpy(copy.get(), bytes.data(), bytes.size());
     *data = copy.get();
+    bytes.copy(copy.get(), bytes.size());
     state().opened[*data] = std::move(copy);
     return entry->number("bytes", static_cast<std::int32_t>(bytes.size()));
 }
@@ -305,19 +282,6 @@ std::int32_t KESTREL_TANK_CALL OpenChild(std::int32_t tank, std::int32_t child, 
 std::int32_t KESTREL_TANK_CALL CloseChild(const char* data) {
     if (state().opened.erase(data) == 0) die("CloseChild", "the data is not open");
     return 3;
-}
-
-// Exported by the library, used by nobody.
-std::int32_t KESTREL_TANK_CALL GetParent(std::int32_t, std::int32_t) {
-    die("GetParent", "called");
-}
-
-std::int32_t KESTREL_TANK_CALL GetChildDate(std::int32_t, std::int32_t, void*) {
-    die("GetChildDate", "called");
-}
-
-const char* KESTREL_TANK_CALL FileTimeToPChar(const void*) {
-    die("FileTimeToPChar", "called");
 }
 
 }  // extern "C"
