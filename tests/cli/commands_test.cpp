@@ -20,6 +20,8 @@ using Words = std::vector<std::wstring>;
 
 const std::wstring kSamples = fromUtf8(KESTREL_SAMPLES);
 const std::string kUsage = "; \"kestrel-cli --help\" shows the usage\n";
+const std::string kListHint = "; \"kestrel-cli list\" shows those of a file\n";
+const std::string kInHint = "; name the folder of its file with --in\n";
 const std::string kNoData = "File loading error: Either no data found or unsupported file type.\n";
 
 std::string bytesOf(const fs::path& path) {
@@ -62,169 +64,88 @@ Outcome outcome(Words words) {
             replaced(err.str(), KESTREL_SAMPLES, "@")};
 }
 
-struct CommandCase {
-    const char* name;
-    Words words;
-    Outcome expected;
-};
+using Cases = std::vector<std::pair<Words, Outcome>>;
 
-void PrintTo(const CommandCase& c, std::ostream* out) {
-    *out << c.name;
+void expectAll(const Cases& cases) {
+    for (const auto& [words, expected] : cases) {
+        EXPECT_EQ(outcome(words), expected) << testing::PrintToString(words);
+    }
 }
 
-class Commands : public testing::TestWithParam<CommandCase> {};
-
-TEST_P(Commands, GiveCodeOutputAndMessages) {
-    EXPECT_EQ(outcome(GetParam().words), GetParam().expected);
+TEST(Commands, Usage) {
+    expectAll({{{}, {2, "", "kestrel-cli: name a command" + kUsage}},
+               {{L"lst", L"f"}, {2, "", "kestrel-cli: there is no command \"lst\"" + kUsage}},
+               {{L"show", L"f"}, {2, "", "kestrel-cli: write \"show FILE NAME\"" + kUsage}},
+               {{L"list", L"f", L"g"}, {2, "", "kestrel-cli: write \"list FILE\"" + kUsage}},
+               {{L"check"}, {2, "", "kestrel-cli: write \"check FILE...\"" + kUsage}},
+               {{L"list", L"f", L"--in", L"g"},
+                {2, "", "kestrel-cli: \"list\" has no option \"--in\"" + kUsage}},
+               {{L"--version"}, {0, "kestrel-cli 1.0.0\n", ""}}});
 }
 
-const CommandCase kUsageCases[] = {
-    {"nothing", {}, {2, "", "kestrel-cli: name a command" + kUsage}},
-    {"unknown", {L"lst", L"f"}, {2, "", "kestrel-cli: there is no command \"lst\"" + kUsage}},
-    {"too_few", {L"show", L"f"}, {2, "", "kestrel-cli: write \"show FILE NAME\"" + kUsage}},
-    {"too_many", {L"list", L"f", L"g"}, {2, "", "kestrel-cli: write \"list FILE\"" + kUsage}},
-    {"no_files", {L"check"}, {2, "", "kestrel-cli: write \"check FILE...\"" + kUsage}},
-    {"option_of_another",
-     {L"list", L"f", L"--in", L"g"},
-     {2, "", "kestrel-cli: \"list\" has no option \"--in\"" + kUsage}},
-    {"unknown_option",
-     {L"list", L"-f.gas"},
-     {2, "",
-      "kestrel-cli: there is no option \"-f.gas\"; put \"--\" before names that begin with \"-\"" +
-          kUsage}},
-    {"version", {L"--version"}, {0, "kestrel-cli 1.0.0\n", ""}},
-};
-INSTANTIATE_TEST_SUITE_P(Usage, Commands, testing::ValuesIn(kUsageCases));
-
-const CommandCase kListAndShow[] = {
-    {"list", {L"list", L"@/one-line.gas"}, {0, "Fog bell\tTemplate\nTemplate1\tTemplate\n", ""}},
-    {"list_in_utf8",
-     {L"list", L"@/high-bytes.gas"},
-     {0, "Caf\xC3\xA9 du Quai\tTemplate\nCrate with marks\tTemplate\n", ""}},
-    {"list_unknown_kind",
-     {L"list", L"@/tides.gas"},
-     {0, "tide_table0\ttide_table\ntide_table1\ttide_table\n", ""}},
-    {"list_missing",
-     {L"list", L"@/none.gas"},
-     {1, "", "kestrel-cli: @/none.gas: there is no such file\n"}},
-    {"list_folder",
-     {L"list", L"@"},
-     {1, "", "kestrel-cli: @: this is a folder; name a .gas file in it\n"}},
-    {"list_unloadable",
-     {L"list", L"@/folder/ledger.gas"},
-     {1, "", "kestrel-cli: @/folder/ledger.gas: " + kNoData}},
-    {"show_listed_by_doc",
-     {L"show", L"@/chain-c.gas", L"Oar", L"--listed"},
-     {0,
-      "[t:template,n:oar_single]\r\n{\r\n    doc = \"Oar\";\r\n    [look]\r\n    {\r\n"
-      "        model = \"m_oar\";\r\n    }\r\n}\r\n",
-      ""}},
-    {"show_listed_by_name",
-     {L"--listed", L"show", L"@/folder/boats.gas", L"skiff_ferry"},
-     {0,
-      "[t:template,n:skiff_ferry]\r\n{\r\n    doc = \"Ferry skiff\";\r\n"
-      "    specializes = \"skiff_plain\";\r\n    fare = 3;\r\n    [seats] { count = 6; }\r\n}\r\n",
-      ""}},
-    {"show_by_shown_name",
-     {L"show", L"@/one-line.gas", L"Template1", L"--listed"},
-     {0,
-      "[t:template,n:bell_watch]\r\n{\r\n    [hours]\r\n    {\r\n"
-      "        first = \"00:00\"; second = \"04:00\"; }\r\n    third = \"08:00\";\r\n}\r\n}\r\n",
-      ""}},
-    {"show_nothing",
-     {L"show", L"@/single.gas", L"weather"},
-     {1, "",
-      "kestrel-cli: @/single.gas: there is no template \"weather\"; \"kestrel-cli list\" shows "
-      "those of a file\n"}},
-    {"dump",
-     {L"dump", L"@/chain-c.gas"},
-     {0,
-      R"({"Name":"Oar","Kind":"Template","Text":"[t:template,n:oar_single]\r\n{\r\n    doc = )"
-      R"(\"Oar\";\r\n    [look]\r\n    {\r\n        model = \"m_oar\";\r\n    }\r\n}\r\n",)"
-      R"("Comments":"","Properties":[["name","oar_single","",false,0],["doc","Oar","",false,0],)"
-      R"(["look","","look",true,1],["model","m_oar","look",false,1]]})"
-      "\n"
-      R"({"Name":"Plain dinghy","Kind":"Template","Text":"[t:template,n:dinghy_plain]\r\n{\r\n)"
-      R"(    doc = \"Plain dinghy\";\r\n    screen_name = \"Dinghy\";\r\n    [look]\r\n    {\r\n)"
-      R"(        model = \"m_dinghy\";\r\n        texture = \"b_pine_oiled\";\r\n    }\r\n)"
-      R"(    [body]\r\n    {\r\n        weight = 85.0;\r\n        floats = true;\r\n    }\r\n}\r\n",)"
-      R"("Comments":"","Properties":[["name","dinghy_plain","",false,0],)"
-      R"(["doc","Plain dinghy","",false,0],["screen_name","Dinghy","",false,0],)"
-      R"(["look","","look",true,1],["model","m_dinghy","look",false,1],)"
-      R"(["texture","b_pine_oiled","look",false,1],["body","","body",true,2],)"
-      R"(["weight","85.0","body",false,2],["floats","true","body",false,2]]})"
-      "\n",
-      ""}},
-};
-INSTANTIATE_TEST_SUITE_P(ListAndShow, Commands, testing::ValuesIn(kListAndShow));
+TEST(Commands, ListAndShow) {
+    expectAll(
+        {{{L"list", L"@/one-line.gas"}, {0, "Fog bell\tTemplate\nTemplate1\tTemplate\n", ""}},
+         {{L"list", L"@/none.gas"}, {1, "", "kestrel-cli: @/none.gas: there is no such file\n"}},
+         {{L"list", L"@"}, {1, "", "kestrel-cli: @: this is a folder; name a .gas file in it\n"}},
+         {{L"list", L"@/folder/ledger.gas"},
+          {1, "", "kestrel-cli: @/folder/ledger.gas: " + kNoData}},
+         {{L"show", L"@/chain-c.gas", L"Oar", L"--listed"},
+          {0,
+           "[t:template,n:oar_single]\r\n{\r\n    doc = \"Oar\";\r\n    [look]\r\n    {\r\n"
+           "        model = \"m_oar\";\r\n    }\r\n}\r\n",
+           ""}},
+         {{L"show", L"@/single.gas", L"weather"},
+          {1, "", "kestrel-cli: @/single.gas: there is no template \"weather\"" + kListHint}}});
+}
 
 const std::string kLedger = "kestrel-cli: @/folder/ledger.gas: " + kNoData +
                             "kestrel-cli: @/folder/ledger.gas: Error loading gas file!\n";
 
-const CommandCase kChains[] = {
-    {"over_three_files",
-     {L"chain", L"@/folder/boats.gas", L"Racing skiff", L"--in", L"@/folder"},
-     {0,
-      "skiff_racing\t@/folder/boats.gas\nskiff_plain\t@/folder/HULLS.GAS\n"
-      "boat_wooden\t@/folder/timber.gas\n",
-      kLedger}},
-    {"without_a_folder",
-     {L"chain", L"@/folder/boats.gas", L"skiff_racing"},
-     {1, "skiff_racing\t@/folder/boats.gas\nskiff_plain\t\n",
-      "kestrel-cli: no file has the template \"skiff_plain\"; name the folder of its file with "
-      "--in\n"}},
-    {"missing_parent",
-     {L"chain", L"@/folder/strays.gas", L"buoy_red", L"--in", L"@/folder"},
-     {1, "buoy_red\t@/folder/strays.gas\nbuoy_sunken\t\n",
-      kLedger + "kestrel-cli: no file has the template \"buoy_sunken\"; name the folder of its "
-                "file with --in\n"}},
-    {"cycle_of_two",
-     {L"chain", L"@/folder/knots.gas", L"knot_bowline"},
-     {1,
-      "knot_bowline\t@/folder/knots.gas\nknot_sheet\t@/folder/knots.gas\n"
-      "knot_bowline\t@/folder/knots.gas\n",
-      "kestrel-cli: the chain comes back to \"knot_bowline\", so it has no end\n"}},
-    {"its_own_parent",
-     {L"chain", L"@/folder/knots.gas", L"Granny knot"},
-     {1, "knot_granny\t@/folder/knots.gas\nknot_granny\t@/folder/knots.gas\n",
-      "kestrel-cli: the chain comes back to \"knot_granny\", so it has no end\n"}},
-    {"no_parent",
-     {L"chain", L"@/chain-c.gas", L"oar_single"},
-     {0, "oar_single\t@/chain-c.gas\n", ""}},
-    {"no_start",
-     {L"chain", L"@/chain-c.gas", L"dinghy_tender"},
-     {1, "",
-      "kestrel-cli: @/chain-c.gas: there is no template \"dinghy_tender\"; \"kestrel-cli list\" "
-      "shows those of a file\n"}},
-    {"no_folder",
-     {L"chain", L"@/chain-c.gas", L"oar_single", L"--in", L"@/none"},
-     {1, "", "kestrel-cli: @/none: there is no such folder\n"}},
-};
-INSTANTIATE_TEST_SUITE_P(Chains, Commands, testing::ValuesIn(kChains));
+TEST(Commands, Chain) {
+    expectAll(
+        {{{L"chain", L"@/folder/boats.gas", L"Racing skiff", L"--in", L"@/folder"},
+          {0,
+           "skiff_racing\t@/folder/boats.gas\nskiff_plain\t@/folder/HULLS.GAS\n"
+           "boat_wooden\t@/folder/timber.gas\n",
+           kLedger}},
+         {{L"chain", L"@/folder/boats.gas", L"skiff_racing"},
+          {1, "skiff_racing\t@/folder/boats.gas\nskiff_plain\t\n",
+           "kestrel-cli: no file has the template \"skiff_plain\"" + kInHint}},
+         {{L"chain", L"@/folder/strays.gas", L"buoy_red", L"--in", L"@/folder"},
+          {1, "buoy_red\t@/folder/strays.gas\nbuoy_sunken\t\n",
+           kLedger + "kestrel-cli: no file has the template \"buoy_sunken\"" + kInHint}},
+         {{L"chain", L"@/folder/knots.gas", L"knot_bowline"},
+          {1,
+           "knot_bowline\t@/folder/knots.gas\nknot_sheet\t@/folder/knots.gas\n"
+           "knot_bowline\t@/folder/knots.gas\n",
+           "kestrel-cli: the chain comes back to \"knot_bowline\", so it has no end\n"}},
+         {{L"chain", L"@/chain-c.gas", L"oar_single"}, {0, "oar_single\t@/chain-c.gas\n", ""}},
+         {{L"chain", L"@/chain-c.gas", L"oar_single", L"--in", L"@/none"},
+          {1, "", "kestrel-cli: @/none: there is no such folder\n"}}});
+}
 
-const CommandCase kChecks[] = {
-    {"fine", {L"check", L"@/harbour.gas", L"@/high-bytes.gas"}, {0, "", ""}},
-    {"found",
-     {L"check", L"@/comments-first.gas", L"@/single.gas", L"@/mixed-ends.gas"},
-     {1,
-      "@/comments-first.gas:2: cut (a \";\" ends a comment: the rest of the line is none): "
-      "// (hung on hooks\n"
-      "@/comments-first.gas:2: ignored (this is no property, header, brace or comment): "
-      "see the quay lamps for posts)\n"
-      "@/comments-first.gas:10: cut (what stands before \"//\" becomes a part of the comment): "
-      "hook // = \"iron\"\n"
-      "@/mixed-ends.gas:4: cut (what stands behind the second \"=\" is left out): "
-      "scale = 5000\\n    depth = 12\n",
-      ""}},
-    {"goes_on_behind_a_bad_file",
-     {L"check", L"@/none.gas", L"@/folder/ledger.gas", L"@/mixed-ends.gas"},
-     {1,
-      "@/mixed-ends.gas:4: cut (what stands behind the second \"=\" is left out): "
-      "scale = 5000\\n    depth = 12\n",
-      "kestrel-cli: @/none.gas: there is no such file\nkestrel-cli: @/folder/ledger.gas: " +
-          kNoData}},
-};
-INSTANTIATE_TEST_SUITE_P(Checks, Commands, testing::ValuesIn(kChecks));
+TEST(Commands, Check) {
+    expectAll(
+        {{{L"check", L"@/harbour.gas", L"@/high-bytes.gas"}, {0, "", ""}},
+         {{L"check", L"@/comments-first.gas", L"@/single.gas", L"@/mixed-ends.gas"},
+          {1,
+           "@/comments-first.gas:2: cut (a \";\" ends a comment: the rest of the line is none): "
+           "// (hung on hooks\n"
+           "@/comments-first.gas:2: ignored (this is no property, header, brace or comment): "
+           "see the quay lamps for posts)\n"
+           "@/comments-first.gas:10: cut (what stands before \"//\" becomes a part of "
+           "the comment): hook // = \"iron\"\n"
+           "@/mixed-ends.gas:4: cut (what stands behind the second \"=\" is left out): "
+           "scale = 5000\\n    depth = 12\n",
+           ""}},
+         {{L"check", L"@/none.gas", L"@/folder/ledger.gas", L"@/mixed-ends.gas"},
+          {1,
+           "@/mixed-ends.gas:4: cut (what stands behind the second \"=\" is left out): "
+           "scale = 5000\\n    depth = 12\n",
+           "kestrel-cli: @/none.gas: there is no such file\nkestrel-cli: @/folder/ledger.gas: " +
+               kNoData}}});
+}
 
 TEST(Show, GivesTheTextOfTheGoldenFile) {
     for (const auto& [sample, name] :
@@ -252,6 +173,20 @@ class InFolder : public testing::Test {
     const test::TempFolder files;
 };
 
+TEST_F(InFolder, DumpWritesAnObjectALine) {
+    files.put(L"a.gas", "[info]\n{\n[b]\n{\nc = \"\xE9\";\n}\n}\n[info]\n{\na = 1;\n}\n");
+    EXPECT_EQ(outcomeHere({L"dump", L"#/a.gas"}),
+              (Outcome{0,
+                       R"({"Name":"Info0","Kind":"Info","Text":"[info]\r\n{\r\n[b]\r\n{\r\n)"
+                       "c = \\\"\xC3\xA9\\\";"
+                       R"(\r\n}\r\n}\r\n","Comments":"","Properties":[["b","","b",true,1],)"
+                       "[\"c\",\"\xC3\xA9\",\"b\",false,1]]}\n"
+                       R"({"Name":"Info1","Kind":"Info","Text":"[info]\r\n{\r\na = 1;\r\n}\r\n",)"
+                       R"("Comments":"","Properties":[["a","1","",false,0]]})"
+                       "\n",
+                       ""}));
+}
+
 TEST_F(InFolder, ConvertWritesTabFiles) {
     files.put(L"a b.gas", bytesOf(KESTREL_SAMPLES "/single.gas"));
     files.put(L"bad.GAS", "no block");
@@ -267,11 +202,9 @@ TEST_F(InFolder, ConvertWritesTabFiles) {
 TEST_F(InFolder, ConvertWritesASingleFile) {
     files.put(L"a.gas", bytesOf(KESTREL_SAMPLES "/single.gas"));
     const std::string counts = "Files processed: 1\nFiles converted: 1\nOutput filename: #/";
-    const Words words{L"convert", L"#",        L"--title",     L"T", L"--author",
-                      L"A",       L"--build=", L"--copyright", L"C", L"--single"};
-    Words toOne = words;
-    toOne.push_back(L"#/one.tab");
-    EXPECT_EQ(outcomeHere(toOne), (Outcome{0, counts + "one.tab\n", ""}));
+    EXPECT_EQ(outcomeHere({L"convert", L"#", L"--title", L"T", L"--author", L"A", L"--build=",
+                           L"--copyright", L"C", L"--single", L"#/one.tab"}),
+              (Outcome{0, counts + "one.tab\n", ""}));
     const std::string head =
         "Title: T\r\nAuthor: A\r\nBuild: \r\nCopyright: C\r\n"
         "Files processed: 1\r\nFiles converted: 1\r\n+++++";

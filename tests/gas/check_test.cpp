@@ -26,212 +26,120 @@ Lines losses(std::string_view bytes) {
     return lines;
 }
 
-struct StatementCase {
-    const char* name;
-    const char* statement;  // in line 3
-    Lines expected;         // without the "3: "
-};
+#define ODD "ignored: this is no property, header, brace or comment: "
+constexpr const char* kOdd = ODD;
+constexpr const char* kNoComma =
+    "ignored: a header with \"n:\" needs a \",\", as in [t:kind,n:name]: ";
+constexpr const char* kComment = "cut: a \";\" ends a comment: the rest of the line is none: ";
+constexpr const char* kQuotes = "cut: a \";\" ends a value, in quotes too: ";
+constexpr const char* kEquals = "cut: what stands behind the second \"=\" is left out: ";
+constexpr const char* kMarks = "cut: what stands before \"//\" becomes a part of the comment: ";
+constexpr const char* kBrace = "cut: a brace here is not counted: ";
+constexpr const char* kBeside = "cut: what stands beside the brace is left out: ";
+constexpr const char* kBrackets = "cut: brackets are taken out of a property: ";
+constexpr const char* kBehind = "cut: what stands behind \"]\" is left out: ";
+constexpr const char* kBehindBody = "cut: what stands behind \"}\" is left out: ";
+constexpr const char* kNoEquals = "cut: what stands behind \"{\" has no \"=\": ";
+constexpr const char* kNoColon = "cut: a part of a header without \":\" is left out: ";
+constexpr const char* kColons = "cut: what stands behind the second \":\" is left out: ";
 
-void PrintTo(const StatementCase& c, std::ostream* out) {
-    *out << c.name;
+TEST(Check, TellsWhatIsLeftOutOfAStatement) {
+    struct Told {
+        const char* why;
+        const char* text = nullptr;  // the whole statement where there is none
+    };
+    const struct {
+        const char* statement;
+        std::vector<Told> told;
+    } cases[] = {
+        {"plain words;", {{kOdd, "plain words"}}},
+        {"]", {{kOdd}}},
+        {"t:a,n:b]", {{kOdd}}},
+        {"[n:foo]", {{kNoComma}}},
+        {"[n:foo] {", {{kNoComma}}},
+        {"// one; two", {{kComment, "// one"}, {kOdd, "two"}}},
+        {"doc = \"one; two\";", {{kQuotes, "doc = \"one"}, {kOdd, "two\""}}},
+        {"a = \"b=c\";", {{kEquals, "a = \"b=c\""}}},
+        {"a = =b= c", {{kEquals}}},
+        {"a = 1 // b", {{kMarks}}},
+        {"a = http://x;", {{kMarks, "a = http://x"}}},
+        {"// a; b = 2;", {{kComment, "// a"}}},
+        {"// 5\" long; a = 1; b = 2;", {{kComment, "// 5\" long"}}},
+        {"a = \"x; b = 2\"; c = \"y\";", {{kQuotes, "a = \"x"}}},
+        {"x = 1 }", {{kBrace}}},
+        {"a = b[2]", {{kBrackets}}},
+        {"a = [b] = c }", {{kEquals}, {kBrackets}, {kBrace}}},
+        {"[a] {", {{kBrace}}},
+        {"[a]{}", {{kBrace}}},
+        {"[a] b", {{kBehind}}},
+        {"[a][b]", {{kBehind}}},
+        {"foo {", {{kBeside}}},
+        {"} foo", {{kBeside}}},
+        {"}}", {{kBrace}}},
+        {"{ }", {{kBrace}}},
+        {"[a] b { x = 1 }", {{kBehind}}},
+        {"[a] { x = 1 } b", {{kBehindBody}}},
+        {"[a=b] { x }", {{kNoEquals}}},
+        {"[a] { x = 1 = 2 }", {{kEquals}}},
+        {"[a] { { x = 1 }", {{kBrace}}},
+        {"[a=b] { x", {{kNoEquals}}},
+        {"[a] b { x = 1 = 2", {{kBehind}, {kEquals}}},
+        {"[t:part,n:foo,loose]", {{kNoColon}}},
+        {"[t:part:b,n:foo]", {{kColons}}},
+        {"[t:part,n:foo] {", {{kBrace}}},
+        {"n:a,x:b] {", {{kColons}, {kBrace}}},
+    };
+    for (const auto& [statement, told] : cases) {
+        Lines expected;
+        for (const auto& [why, text] : told) {
+            expected.push_back(std::string("3: ") + why + (text ? text : statement));
+        }
+        std::string file = "[t:template,n:x]\r\n{\r\n";
+        EXPECT_EQ(losses(file.append(statement).append("\r\n}\r\n")), expected) << statement;
+    }
 }
-
-class CheckStatement : public testing::TestWithParam<StatementCase> {};
-
-TEST_P(CheckStatement, TellsWhatIsLeftOut) {
-    const std::string head = "[t:template,n:x]\r\n{\r\n";
-    Lines expected = GetParam().expected;
-    for (std::string& line : expected) line.insert(0, "3: ");
-    EXPECT_EQ(losses(head + GetParam().statement + "\r\n}\r\n"), expected);
-}
-
-constexpr const char* kFineStatements[] = {
-    "",
-    " ",
-    ";;",
-    "// a note; ",
-    "a = 1; // why",
-    "a = \"b\";",
-    "a = ;",
-    "= 5;",
-    "a = b=",
-    "[a]",
-    "  [ \"a b\" ]",
-    "{",
-    "}",
-    "[a] { x = 1; }",
-    "[a] { x = 1 }",
-    "[a] { x = 1;\r\ny = 2;\r\n}",
-    "[t:part,n:foo]",
-    "[t:part, n:foo, side:left]",
-    "n:bar]",
-};
 
 TEST(Check, FindsNothingInWholeStatements) {
-    for (const char* statement : kFineStatements) {
+    for (const char* statement : {"", " ", ";;", "// a note; ", "a = 1; // why", "a = \"b\";",
+                                  "a = ;", "= 5;", "a = b=", "[a]", "  [ \"a b\" ]", "{", "}",
+                                  "[a] { x = 1; }", "[a] { x = 1 }", "[a] { x = 1;\r\ny = 2;\r\n}",
+                                  "[t:part,n:foo]", "[t:part, n:foo, side:left]", "n:bar]"}) {
         std::string text = "[t:template,n:x]\r\n{\r\n";
         EXPECT_EQ(losses(text.append(statement).append("\r\n}\r\n")), Lines{}) << statement;
     }
 }
 
-const StatementCase kIgnored[] = {
-    {"words",
-     "plain words;",
-     {"ignored: this is no property, header, brace or comment: plain words"}},
-    {"stray_bracket", "]", {"ignored: this is no property, header, brace or comment: ]"}},
-    {"header_without_a_bracket",
-     "t:a,n:b]",
-     {"ignored: this is no property, header, brace or comment: t:a,n:b]"}},
-    {"named_without_comma",
-     "[n:foo]",
-     {"ignored: a header with \"n:\" needs a \",\", as in [t:kind,n:name]: [n:foo]"}},
-    {"named_without_comma_and_a_brace",
-     "[n:foo] {",
-     {"ignored: a header with \"n:\" needs a \",\", as in [t:kind,n:name]: [n:foo] {"}},
-    {"rest_of_a_comment",
-     "// one; two",
-     {"cut: a \";\" ends a comment: the rest of the line is none: // one",
-      "ignored: this is no property, header, brace or comment: two"}},
-    {"rest_of_a_value",
-     "doc = \"one; two\";",
-     {"cut: a \";\" ends a value, in quotes too: doc = \"one",
-      "ignored: this is no property, header, brace or comment: two\""}},
-};
-INSTANTIATE_TEST_SUITE_P(Ignored, CheckStatement, testing::ValuesIn(kIgnored));
-
-const StatementCase kCutStatements[] = {
-    {"second_equals",
-     "a = \"b=c\";",
-     {"cut: what stands behind the second \"=\" is left out: a = \"b=c\""}},
-    {"third_equals",
-     "a = =b= c",
-     {"cut: what stands behind the second \"=\" is left out: a = =b= c"}},
-    {"code_before_a_comment",
-     "a = 1 // b",
-     {"cut: what stands before \"//\" becomes a part of the comment: a = 1 // b"}},
-    {"comment_marks_in_a_value",
-     "a = http://x;",
-     {"cut: what stands before \"//\" becomes a part of the comment: a = http://x"}},
-    {"property_behind_a_comment",
-     "// a; b = 2;",
-     {"cut: a \";\" ends a comment: the rest of the line is none: // a"}},
-    {"quote_in_a_comment",
-     "// 5\" long; a = 1; b = 2;",
-     {"cut: a \";\" ends a comment: the rest of the line is none: // 5\" long"}},
-    {"property_behind_quotes",
-     "a = \"x; b = 2\"; c = \"y\";",
-     {"cut: a \";\" ends a value, in quotes too: a = \"x"}},
-    {"brace_on_a_property", "x = 1 }", {"cut: a brace here is not counted: x = 1 }"}},
-    {"brackets_on_a_property", "a = b[2]", {"cut: brackets are taken out of a property: a = b[2]"}},
-    {"several_reasons",
-     "a = [b] = c }",
-     {"cut: what stands behind the second \"=\" is left out: a = [b] = c }",
-      "cut: brackets are taken out of a property: a = [b] = c }",
-      "cut: a brace here is not counted: a = [b] = c }"}},
-    {"brace_on_a_header", "[a] {", {"cut: a brace here is not counted: [a] {"}},
-    {"empty_body", "[a]{}", {"cut: a brace here is not counted: [a]{}"}},
-    {"behind_a_header", "[a] b", {"cut: what stands behind \"]\" is left out: [a] b"}},
-    {"second_header", "[a][b]", {"cut: what stands behind \"]\" is left out: [a][b]"}},
-    {"beside_an_opening_brace", "foo {", {"cut: what stands beside the brace is left out: foo {"}},
-    {"beside_a_closing_brace", "} foo", {"cut: what stands beside the brace is left out: } foo"}},
-    {"two_braces", "}}", {"cut: a brace here is not counted: }}"}},
-    {"empty_braces", "{ }", {"cut: a brace here is not counted: { }"}},
-    {"between_header_and_body",
-     "[a] b { x = 1 }",
-     {"cut: what stands behind \"]\" is left out: [a] b { x = 1 }"}},
-    {"behind_a_body",
-     "[a] { x = 1 } b",
-     {"cut: what stands behind \"}\" is left out: [a] { x = 1 } b"}},
-    {"body_without_equals",
-     "[a=b] { x }",
-     {"cut: what stands behind \"{\" has no \"=\": [a=b] { x }"}},
-    {"second_equals_in_a_body",
-     "[a] { x = 1 = 2 }",
-     {"cut: what stands behind the second \"=\" is left out: [a] { x = 1 = 2 }"}},
-    {"second_brace_of_a_body",
-     "[a] { { x = 1 }",
-     {"cut: a brace here is not counted: [a] { { x = 1 }"}},
-    {"opening_line_without_equals",
-     "[a=b] { x",
-     {"cut: what stands behind \"{\" has no \"=\": [a=b] { x"}},
-    {"opening_line_second_equals",
-     "[a] b { x = 1 = 2",
-     {"cut: what stands behind \"]\" is left out: [a] b { x = 1 = 2",
-      "cut: what stands behind the second \"=\" is left out: [a] b { x = 1 = 2"}},
-    {"part_of_a_named_header",
-     "[t:part,n:foo,loose]",
-     {"cut: a part of a header without \":\" is left out: [t:part,n:foo,loose]"}},
-    {"second_colon",
-     "[t:part:b,n:foo]",
-     {"cut: what stands behind the second \":\" is left out: [t:part:b,n:foo]"}},
-    {"named_header_with_a_brace",
-     "[t:part,n:foo] {",
-     {"cut: a brace here is not counted: [t:part,n:foo] {"}},
-    {"own_header",
-     "n:a,x:b] {",
-     {"cut: what stands behind the second \":\" is left out: n:a,x:b] {",
-      "cut: a brace here is not counted: n:a,x:b] {"}},
-};
-INSTANTIATE_TEST_SUITE_P(Cut, CheckStatement, testing::ValuesIn(kCutStatements));
-
-struct FileCase {
-    const char* name;
-    const char* bytes;
-    Lines expected;
-};
-
-void PrintTo(const FileCase& c, std::ostream* out) {
-    *out << c.name;
+TEST(Check, TellsLinesOfTheFile) {
+    const std::pair<const char*, Lines> cases[] = {
+        {"", {}},
+        {"words only\r\n", {}},
+        {"\n\n[info]\n{\n\n\nodd\na = 1;\n\nodd too\n}\n", {"7: " ODD "odd", "10: " ODD "odd too"}},
+        {"\r\n\r\n[info]\r\n\r\n\t{\r\n\r\n\r\n\t\todd\r\n}", {"8: " ODD "odd"}},
+        {"[info]\r\n{\r\na\nb\n\r\n\r\n  c;\rd;\r\n}\r\n",
+         {"3: " ODD "a\\nb", "7: " ODD "c", "8: " ODD "d"}},
+        {"[info]\r{\rodd\r}\r",
+         {std::string("2: ") + kBeside + "{\\rodd\\r}",
+          std::string("2: ") + kBrace + "{\\rodd\\r}"}},
+        {"[info]\r\n{\r\none\r\n}\r\n[info]\r\n{\r\ntwo\r\n}\r\n",
+         {"3: " ODD "one", "7: " ODD "two"}},
+        {"note\r\n// x\r\n[info]\r\n{\r\n}\r\n", {"1: " ODD "note"}},
+        {"\r\nnote\r\n\r\n// x; a = 1\r\n[tide]\r\n{\r\nodd\r\n}\r\n",
+         {"2: ignored: it stands before the first header: note",
+          "4: ignored: it stands before the first header: // x",
+          "4: ignored: it stands before the first header: a = 1", "7: " ODD "odd"}},
+        {"[info][info]\r\n{\r\n}\r\n[info]", {"1: ignored: the block is empty: [info]"}},
+        {"[credits_movie]\r\n{\r\n}\r\n", {}},
+        {"[credits_movie2]\r\n{\r\n}\r\n", {"1: " ODD "2]"}},
+        {"lost\r\n[party]\r\none\r\n[party]\r\ntwo\r\n[party]\r\nthree\r\n",
+         {"1: ignored: the first two sections, joined, take its place: lost", "3: " ODD "one",
+          "5: " ODD "two", "7: " ODD "three"}},
+        {"kept\r\n[party]\r\none\r\n", {"1: " ODD "kept", "3: " ODD "one"}},
+        {"\r\n[a\tb]\r\n\r\none\r\n[a    b]\r\n\r\ntwo\r\n", {"4: " ODD "one", "7: " ODD "two"}},
+        {"[info]\r\n{\r\ncaf\xE9\r\n}\r\n", {"3: " ODD "caf\xC3\xA9"}},
+    };
+    for (const auto& [bytes, expected] : cases) EXPECT_EQ(losses(bytes), expected) << bytes;
 }
-
-class CheckFile : public testing::TestWithParam<FileCase> {};
-
-TEST_P(CheckFile, TellsLinesOfTheFile) {
-    EXPECT_EQ(losses(GetParam().bytes), GetParam().expected);
-}
-
-#define NONE "ignored: this is no property, header, brace or comment: "
-const FileCase kFiles[] = {
-    {"nothing", "", {}},
-    {"no_block", "words only\r\n", {}},
-    {"line_feeds",
-     "\n\n[info]\n{\n\n\nodd\na = 1;\n\nodd too\n}\n",
-     {"7: " NONE "odd", "10: " NONE "odd too"}},
-    {"blank_lines_and_tabs",
-     "\r\n\r\n[info]\r\n\r\n\t{\r\n\r\n\r\n\t\todd\r\n}",
-     {"8: " NONE "odd"}},
-    {"mixed_ends",
-     "[info]\r\n{\r\na\nb\n\r\n\r\n  c;\rd;\r\n}\r\n",
-     {"3: " NONE "a\\nb", "7: " NONE "c", "8: " NONE "d"}},
-    {"carriage_returns",
-     "[info]\r{\rodd\r}\r",
-     {"2: cut: what stands beside the brace is left out: "
-      "{\\rodd\\r}",
-      "2: cut: a brace here is not counted: {\\rodd\\r}"}},
-    {"two_blocks",
-     "[info]\r\n{\r\none\r\n}\r\n[info]\r\n{\r\ntwo\r\n}\r\n",
-     {"3: " NONE "one", "7: " NONE "two"}},
-    {"before_a_known_kind", "note\r\n// x\r\n[info]\r\n{\r\n}\r\n", {"1: " NONE "note"}},
-    {"before_an_unknown_kind",
-     "\r\nnote\r\n\r\n// x; a = 1\r\n[tide]\r\n{\r\nodd\r\n}\r\n",
-     {"2: ignored: it stands before the first header: note",
-      "4: ignored: it stands before the first header: // x",
-      "4: ignored: it stands before the first header: a = 1", "7: " NONE "odd"}},
-    {"empty_block", "[info][info]\r\n{\r\n}\r\n[info]", {"1: ignored: the block is empty: [info]"}},
-    {"end_of_a_header", "[credits_movie]\r\n{\r\n}\r\n", {}},
-    {"more_than_the_end_of_a_header", "[credits_movie2]\r\n{\r\n}\r\n", {"1: " NONE "2]"}},
-    {"joined_parties",
-     "lost\r\n[party]\r\none\r\n[party]\r\ntwo\r\n[party]\r\nthree\r\n",
-     {"1: ignored: the first two sections, joined, take its place: lost", "3: " NONE "one",
-      "5: " NONE "two", "7: " NONE "three"}},
-    {"two_parties", "kept\r\n[party]\r\none\r\n", {"1: " NONE "kept", "3: " NONE "one"}},
-    {"header_of_several_spellings",
-     "\r\n[a\tb]\r\n\r\none\r\n[a    b]\r\n\r\ntwo\r\n",
-     {"4: " NONE "one", "7: " NONE "two"}},
-    {"high_bytes", "[info]\r\n{\r\ncaf\xE9\r\n}\r\n", {"3: " NONE "caf\xC3\xA9"}},
-};
-#undef NONE
-INSTANTIATE_TEST_SUITE_P(All, CheckFile, testing::ValuesIn(kFiles));
+#undef ODD
 
 // The capital letters of what a load stored.
 std::wstring capitals(const std::vector<GasTemplate>& templates) {
@@ -252,12 +160,12 @@ std::wstring capitals(const std::vector<GasTemplate>& templates) {
 
 // A statement of marks in any order; between some of them stands one of A, B, ...
 std::string anyStatement(std::mt19937& random) {
-    constexpr const char* kMarks[] = {"[", "]",  "{",  "}", "=",  ":",
-                                      ",", "//", "\"", " ", "t:", "n:"};
+    constexpr const char* kPieces[] = {"[", "]",  "{",  "}", "=",  ":",
+                                       ",", "//", "\"", " ", "t:", "n:"};
     std::string statement;
     char letter = 'A';
     for (std::size_t left = random() % 9 + 1; left > 0; --left) {
-        statement += kMarks[random() % std::size(kMarks)];
+        statement += kPieces[random() % std::size(kPieces)];
         if (random() % 2 == 0) statement += letter++;
     }
     return statement;

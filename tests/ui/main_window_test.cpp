@@ -47,7 +47,7 @@ class MainWindow : public UiTest {
 
 using Names = std::vector<std::wstring>;
 
-TEST_F(MainWindow, ShowsTheFirstTemplateOfAnOpenedFile) {
+TEST_F(MainWindow, ShowsTheFirstTemplateThenTheSelectedOne) {
     openTwo();
     EXPECT_EQ(names(*window->lvwTemplates), (Names{L"Crate", L"Barrel"}));
     EXPECT_EQ(names(*window->lvwProperties), (Names{L"name", L"doc", L"beta", L"look",
@@ -60,10 +60,6 @@ TEST_F(MainWindow, ShowsTheFirstTemplateOfAnOpenedFile) {
     EXPECT_EQ(panel(frmMain::pnlProps), L"8 Properties");
     const auto row = window->lvwProperties->shot(L"").rows.at(7);
     EXPECT_EQ(row, (Names{L"red", L"3", L"Crate\\look\\paint_2\\"}));
-}
-
-TEST_F(MainWindow, TreeNestsAsTheBlocksNest) {
-    openTwo();
     wxTreeCtrl& tree = *window->tvwInfo;
     const wxTreeItemId root = tree.GetRootItem();
     EXPECT_EQ(tree.GetItemText(root), "Crate");
@@ -71,6 +67,14 @@ TEST_F(MainWindow, TreeNestsAsTheBlocksNest) {
     EXPECT_EQ(tree.GetItemText(look), "look_1");
     EXPECT_EQ(tree.GetItemText(child(look)), "paint_2");
     EXPECT_TRUE(tree.IsSelected(root));
+
+    wxListEvent event(wxEVT_LIST_ITEM_SELECTED, window->lvwTemplates->GetId());
+    event.m_itemIndex = 1;
+    event.SetEventObject(window->lvwTemplates);
+    window->lvwTemplates->ProcessWindowEvent(event);
+    EXPECT_EQ(panel(frmMain::pnlInfo), L"Template K1 is Barrel");
+    EXPECT_EQ(names(*window->lvwProperties), (Names{L"name", L"doc"}));
+    EXPECT_EQ(tree.GetItemText(tree.GetRootItem()), "Barrel");
 }
 
 TEST_F(MainWindow, TreeFiltersOnlyWhileTheBoxIsSet) {
@@ -91,17 +95,6 @@ TEST_F(MainWindow, TreeFiltersOnlyWhileTheBoxIsSet) {
     EXPECT_EQ(panel(frmMain::pnlProps), L"8 Properties");
 }
 
-TEST_F(MainWindow, SelectingATemplateShowsIt) {
-    openTwo();
-    wxListEvent event(wxEVT_LIST_ITEM_SELECTED, window->lvwTemplates->GetId());
-    event.m_itemIndex = 1;
-    event.SetEventObject(window->lvwTemplates);
-    window->lvwTemplates->ProcessWindowEvent(event);
-    EXPECT_EQ(panel(frmMain::pnlInfo), L"Template K1 is Barrel");
-    EXPECT_EQ(names(*window->lvwProperties), (Names{L"name", L"doc"}));
-    EXPECT_EQ(window->tvwInfo->GetItemText(window->tvwInfo->GetRootItem()), "Barrel");
-}
-
 TEST_F(MainWindow, EmptyAndUnreadableFilesLeaveTheWindowUsable) {
     openTwo();
     for (const char* bytes : {"", "no bracket at all", "\0\1\2\xff"}) {
@@ -120,7 +113,7 @@ TEST_F(MainWindow, EmptyAndUnreadableFilesLeaveTheWindowUsable) {
     EXPECT_EQ(names(*window->lvwTemplates), (Names{L"Crate", L"Barrel"}));
 }
 
-TEST_F(MainWindow, AskedForAFileItOpensTheChosenOne) {
+TEST_F(MainWindow, OpensAChosenFileAndRecordsEachOnce) {
     openTwo();
     host.log.clear();
     EXPECT_FALSE(window->openFile({})) << "cancelled";
@@ -130,29 +123,21 @@ TEST_F(MainWindow, AskedForAFileItOpensTheChosenOne) {
     host.files = {folder.put(L"one.gas", "[t:template,n:x]\r\n{\r\n}\r\n")};
     EXPECT_TRUE(window->openFile({}));
     EXPECT_EQ(names(*window->lvwTemplates), (Names{L"Template0"}));
-    EXPECT_EQ(window->cboHistory->text(), folder.path(L"one.gas"));
-}
-
-TEST_F(MainWindow, HistoryKeepsEachFileOnceNewestFirst) {
-    const std::wstring a = folder.put(L"a.gas", kTwoTemplates);
-    const std::wstring b = folder.put(L"b.gas", kTwoTemplates);
-    for (const std::wstring& path : {a, b, a}) window->openFile(path);
-    ASSERT_EQ(window->cboHistory->count(), 2U);
-    EXPECT_EQ(window->cboHistory->at(0), b);
-    EXPECT_EQ(window->cboHistory->at(1), a);
-    EXPECT_EQ(window->cboHistory->text(), a);
+    window->openFile(file);
+    ASSERT_EQ(window->cboHistory->count(), 2U) << "each once, the last one opened shown";
+    EXPECT_EQ(window->cboHistory->at(0), folder.path(L"one.gas"));
+    EXPECT_EQ(window->cboHistory->at(1), file);
+    EXPECT_EQ(window->cboHistory->text(), file);
 }
 
 TEST_F(MainWindow, ReloadNeedsAPath) {
     wxButton& reload = *window->cmdCommands.at(frmMain::kReload);
-    for (const auto& [text, enabled] : std::initializer_list<std::pair<const char*, bool>>{
-             {"", false}, {"  ", false}, {"a", true}}) {
-        window->cboHistory->SetValue(text);
-        settle();
-        EXPECT_EQ(reload.IsEnabled(), enabled) << '"' << text << '"';
-    }
     file = folder.put(L"two.gas", kTwoTemplates);
-    window->cboHistory->SetValue(toWx(L"  " + file + L" "));
+    for (const std::wstring& text : {std::wstring(), std::wstring(L"  "), L"  " + file + L" "}) {
+        window->cboHistory->SetValue(toWx(text));
+        settle();
+        EXPECT_EQ(reload.IsEnabled(), text.size() > 2) << '"' << shown(text) << '"';
+    }
     click(reload);
     EXPECT_EQ(window->document().path, file);
 }
@@ -181,24 +166,20 @@ TEST_F(MainWindow, EnterOpensTheTypedPathAndAChoiceTheChosenOne) {
     EXPECT_EQ(window->document().path, other);
 }
 
-TEST_F(MainWindow, ClosingSavesHistoryAndSettings) {
-    openTwo();
-    gProgram().settings.skritpad = L"C:\\tools\\pad.exe";
-    window->Close();
-    settle();
-    EXPECT_EQ(folder.names(), (std::vector<std::string>{"info.his", "settings.set", "two.gas"}));
-    EXPECT_NE(folder.bytes(L"info.his").find("two.gas\r\n"), std::string::npos);
-    EXPECT_NE(folder.bytes(L"settings.set").find("C:\\tools\\pad.exe"), std::string::npos);
-}
-
-TEST_F(MainWindow, StartsWithTheHistoryAndTheFileOfTheCommandLine) {
+TEST_F(MainWindow, StartsWithTheHistoryAndSavesItAndTheSettingsWhenClosed) {
     folder.put(L"info.his", "first.gas\r\nsecond.gas\r\n");
-    file = folder.put(L"two.gas", kTwoTemplates);
-    window->start(file);
+    window->start(folder.put(L"two.gas", kTwoTemplates));
     EXPECT_EQ(window->cboHistory->count(), 3U);
     EXPECT_EQ(window->cboHistory->at(2), L"second.gas");
     EXPECT_EQ(names(*window->lvwTemplates), (Names{L"Crate", L"Barrel"}));
     EXPECT_EQ(window->GetTitle(), "Kestrel Template Browser (Kestrel v1.0.0)");
+    gProgram().settings.skritpad = L"C:\\tools\\pad.exe";
+    window->Close();
+    settle();
+    EXPECT_EQ(folder.names(),
+              (std::vector<std::string>{"info.his", "info.his.bak", "settings.set", "two.gas"}));
+    EXPECT_NE(folder.bytes(L"info.his").find("two.gas\r\n"), std::string::npos);
+    EXPECT_NE(folder.bytes(L"settings.set").find("C:\\tools\\pad.exe"), std::string::npos);
 }
 
 TEST_F(MainWindow, RefusesCommandsAndClosingWhileWorkGoesOn) {
@@ -211,13 +192,6 @@ TEST_F(MainWindow, RefusesCommandsAndClosingWhileWorkGoesOn) {
     EXPECT_TRUE(window->Close());
 }
 
-TEST_F(MainWindow, IsNeverSmallerThanItsContentNeeds) {
-    const wxSize least(fromTwips(*window, 9000), fromTwips(*window, 6250));
-    EXPECT_EQ(window->GetSize(), least);
-    resize(*window, least / 2);
-    EXPECT_EQ(window->GetSize(), least);
-}
-
 // The control's place in its window.
 wxRect placeOf(const wxWindow* control) {
     wxRect place = control->GetRect();
@@ -227,7 +201,11 @@ wxRect placeOf(const wxWindow* control) {
     return place;
 }
 
-TEST_F(MainWindow, LaysOutInRowsAndPanes) {
+TEST_F(MainWindow, LaysOutInRowsAndPanesFromItsLeastSizeOn) {
+    const wxSize least(fromTwips(*window, 9000), fromTwips(*window, 6250));
+    EXPECT_EQ(window->GetSize(), least);
+    resize(*window, least / 2);
+    EXPECT_EQ(window->GetSize(), least);
     EXPECT_FALSE(window->cmdCommands.at(frmMain::kTest)->IsShown());
     waitUntil("Reload stands 40 twips right of the history", [&] {
         return placeOf(window->cmdCommands.at(frmMain::kReload)).x ==
@@ -251,21 +229,6 @@ TEST_F(MainWindow, LaysOutInRowsAndPanes) {
     }
 }
 
-TEST_F(MainWindow, TabGoesThroughAllControls) {
-    std::vector<wxWindow*> chain{window->cboHistory, window->lvwTemplates, window->tvwInfo,
-                                 window->lvwProperties, window->chkTree};
-    for (const wxWindow* control : chain) {
-        EXPECT_TRUE(control->CanAcceptFocusFromKeyboard()) << control->GetName();
-    }
-    std::map<wxChar, int> mnemonics;
-    for (const auto& [index, button] : window->cmdCommands) {
-        const wxString label = button->GetLabel();
-        const int at = label.Find('&');
-        if (at != wxNOT_FOUND) ++mnemonics[wxTolower(label[static_cast<std::size_t>(at) + 1])];
-    }
-    for (const auto& [letter, count] : mnemonics) EXPECT_EQ(count, 1) << char(letter);
-}
-
 TEST_F(MainWindow, OpensADroppedGasFile) {
     file = folder.put(L"two.GAS", kTwoTemplates);
     auto* target = dynamic_cast<wxFileDropTarget*>(window->GetDropTarget());
@@ -287,6 +250,21 @@ TEST_F(MainWindow, MinimisesOrdinarilyWithoutANotificationArea) {
     wxCommandEvent restore(wxEVT_MENU, window->mnuFile->FindItem("Restore"));
     window->mnuFile->ProcessEvent(restore);
     waitUntil("the window is back", [&] { return !window->IsIconized(); });
+}
+
+TEST_F(MainWindow, TabGoesThroughAllControls) {
+    std::vector<wxWindow*> chain{window->cboHistory, window->lvwTemplates, window->tvwInfo,
+                                 window->lvwProperties, window->chkTree};
+    for (const wxWindow* control : chain) {
+        EXPECT_TRUE(control->CanAcceptFocusFromKeyboard()) << control->GetName();
+    }
+    std::map<wxChar, int> mnemonics;
+    for (const auto& [index, button] : window->cmdCommands) {
+        const wxString label = button->GetLabel();
+        const int at = label.Find('&');
+        if (at != wxNOT_FOUND) ++mnemonics[wxTolower(label[static_cast<std::size_t>(at) + 1])];
+    }
+    for (const auto& [letter, count] : mnemonics) EXPECT_EQ(count, 1) << char(letter);
 }
 
 }  // namespace
