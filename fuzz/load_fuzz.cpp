@@ -19,7 +19,8 @@ void require(bool holds) {
 
 void checkRecord(const GasTemplate& record) {
     require(!record.Name.empty() && !record.Kind.empty() && !record.Text.empty());
-    require(record.Text.ends_with(L"}") || record.Text.ends_with(L"}\r\n"));
+    const std::wstring text = record.Text;
+    require(text.ends_with(L"}") || text.ends_with(L"}\r\n"));
     int level = 0;
     for (const GasProperty& property : record.Properties) {
         require(property.Level >= level || property == GasProperty{});
@@ -56,7 +57,8 @@ void checkTexts(const std::wstring& text, const std::vector<GasTemplate>& templa
     const std::wstring source = normalised(text);
     std::size_t at = 0;
     for (std::size_t i = 1; i < templates.size(); ++i) {
-        std::wstring_view body = templates[i].Text;
+        const std::wstring whole = templates[i].Text;
+        std::wstring_view body = whole;
         if (body.ends_with(L'}')) body.remove_suffix(1);
         at = source.find(body, at);
         require(at != source.npos);
