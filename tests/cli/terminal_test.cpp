@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <regex>
 #include <sstream>
 #include <thread>
 
@@ -41,11 +40,21 @@ TEST_F(TerminalTest, NoFileSendsCommandsToIt) {
               "a\\x1B[2J\\t\\x7F\\x9B\xC2\xA0\xC3\xA9\\n");
 }
 
+// `text` with "9" for each digit and "a" for each run of letters.
+std::string shapeOf(std::wstring_view text) {
+    std::string shape;
+    for (const wchar_t c : text) {
+        const bool letter = (c >= L'A' && c <= L'Z') || (c >= L'a' && c <= L'z');
+        if (letter && shape.ends_with('a')) continue;
+        shape += letter ? 'a' : c >= L'0' && c <= L'9' ? '9' : static_cast<char>(c);
+    }
+    return shape;
+}
+
 TEST_F(TerminalTest, TheClockDoesNotDependOnTheLocale) {
     const Terminal terminal(err, false);
-    EXPECT_TRUE(std::regex_match(terminal.longTime(), std::wregex(LR"(\d\d:\d\d:\d\d)")));
-    EXPECT_TRUE(
-        std::regex_match(terminal.longDate(), std::wregex(L"[A-Za-z]+, \\d\\d [A-Za-z]+ \\d{4}")));
+    EXPECT_EQ(shapeOf(terminal.longTime()), "99:99:99");
+    EXPECT_EQ(shapeOf(terminal.longDate()), "a, 99 a 9999");
 }
 
 TEST_F(TerminalTest, ProgressIsShownOnATerminalAlone) {
