@@ -37,6 +37,13 @@ void tellUser(std::wstring_view text, Icon icon) {
     program.host.messages->tell(text, program.version.fileDescription, icon);
 }
 
+std::wstring promptUser(std::wstring_view text, std::wstring_view title,
+                        std::wstring_view initial) {
+    Messages* messages = gProgram().host.messages;
+    if (messages == nullptr) return {};
+    return messages->prompt(text, title, initial).value_or(std::wstring());
+}
+
 Answer askUser(std::wstring_view text, Icon icon, Buttons buttons) {
     const Program& program = gProgram();
     if (program.host.messages != nullptr) {

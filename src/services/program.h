@@ -57,6 +57,9 @@ class ProgramScope {
 // Shows a notice titled with the program's file description.
 void tellUser(std::wstring_view text, Icon icon);
 
+// Asks for one line of text; empty when cancelled, or when the host cannot ask.
+std::wstring promptUser(std::wstring_view text, std::wstring_view title, std::wstring_view initial);
+
 // Asks a question titled with the program's file description; cancel (or no)
 // when the host cannot ask.
 Answer askUser(std::wstring_view text, Icon icon, Buttons buttons);

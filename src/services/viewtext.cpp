@@ -203,15 +203,11 @@ void openInScriptEditor(const ViewedText& viewed) {
 }
 
 std::wstring askForSearchText(std::wstring_view initial, std::wstring_view title) {
-    Messages* messages = gProgram().host.messages;
-    if (messages == nullptr) return {};
-    return messages
-        ->prompt(
-            L"Please enter the text to search for:\r\n\r\n"
-            L"Note: This sub-string search is not case sensitive and does not "
-            L"support regular expressions or wildcards.",
-            title, initial)
-        .value_or(std::wstring());
+    return promptUser(
+        L"Please enter the text to search for:\r\n\r\n"
+        L"Note: This sub-string search is not case sensitive and does not "
+        L"support regular expressions or wildcards.",
+        title, initial);
 }
 
 void tellNotFound(std::wstring_view what) {

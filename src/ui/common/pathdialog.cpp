@@ -7,6 +7,7 @@
 
 #include "services/errors.h"
 #include "services/histories.h"
+#include "ui/common/buttons.h"
 #include "ui/common/strings.h"
 
 namespace kestrel {
@@ -61,6 +62,18 @@ HistoryCombo* PathDialog::addPathBox(wxWindow* parent, const wxString& name,
     box->onEnter = [this] { entered(); };
     boxes_.emplace_back(box, history);
     return box;
+}
+
+void PathDialog::addPathRow(wxFlexGridSizer& grid, wxWindow* parent, const PathRow& row,
+                            const wxString& text, const wxString& name, std::wstring_view history,
+                            const wxString& pickerName) {
+    const auto centred = wxSizerFlags().CentreVertical();
+    row.label = new wxStaticText(parent, wxID_ANY, text);
+    grid.Add(row.label, centred);
+    row.box = addPathBox(parent, name, history);
+    grid.Add(row.box, wxSizerFlags().Expand());
+    row.picker = addPictureButton(parent, "folder", pickerName, "Open Recent");
+    grid.Add(row.picker, centred);
 }
 
 void PathDialog::choose(HistoryCombo& box, const std::wstring& text) {

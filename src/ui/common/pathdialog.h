@@ -3,6 +3,7 @@
 #include <wx/button.h>
 #include <wx/dialog.h>
 #include <wx/sizer.h>
+#include <wx/stattext.h>
 
 #include <functional>
 #include <string>
@@ -29,6 +30,16 @@ class PathDialog : public wxDialog {
     // A box with the history of the file `history`, written back when the dialog
     // closes.
     HistoryCombo* addPathBox(wxWindow* parent, const wxString& name, std::wstring_view history);
+    struct PathRow {
+        wxStaticText*& label;
+        HistoryCombo*& box;
+        wxButton*& picker;
+    };
+    // A row of a grid of three columns for a path: a label with `text`, a box as
+    // addPathBox() makes it, and a button that picks one.
+    void addPathRow(wxFlexGridSizer& grid, wxWindow* parent, const PathRow& row,
+                    const wxString& text, const wxString& name, std::wstring_view history,
+                    const wxString& pickerName);
     // Puts what was chosen into the box and its history; an empty text is no choice.
     void choose(HistoryCombo& box, const std::wstring& text);
 

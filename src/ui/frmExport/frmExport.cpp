@@ -36,20 +36,11 @@ wxSizer* frmExport::buildMain() {
     fraMain->SetName("fraMain");
     auto* grid = new wxFlexGridSizer(3, FromDIP(wxSize(kGap, kGap)));
     grid->AddGrowableCol(1);
-    const auto centred = wxSizerFlags().CentreVertical();
-    const auto addRow = [&](Label label, const wxString& text, HistoryCombo*& combo,
-                            const wxString& name, std::wstring_view history, Command picker,
-                            const wxString& pickerName) {
-        grid->Add(addLabel(label, fraMain, text), centred);
-        combo = addPathBox(fraMain, name, history);
-        grid->Add(combo, wxSizerFlags().Expand());
-        cmdCommands[picker] = addPictureButton(fraMain, "folder", pickerName, "Open Recent");
-        grid->Add(cmdCommands[picker], centred);
-    };
-    addRow(lblSource, "&Source Folder", cboSourceFolder, "cboSourceFolder", L"cnv1.his",
-           kPickSource, "Choose the Source Folder");
-    addRow(lblTarget, "&Destination Filename", cboTarget, "cboTarget", L"cnv2.his", kPickTarget,
-           "Choose the Destination Filename");
+    addPathRow(*grid, fraMain, {lblGeneric[lblSource], cboSourceFolder, cmdCommands[kPickSource]},
+               "&Source Folder", "cboSourceFolder", L"cnv1.his", "Choose the Source Folder");
+    addPathRow(*grid, fraMain, {lblGeneric[lblTarget], cboTarget, cmdCommands[kPickTarget]},
+               "&Destination Filename", "cboTarget", L"cnv2.his",
+               "Choose the Destination Filename");
     box->Add(grid, wxSizerFlags().Expand().Border(wxALL, FromDIP(kGap)));
     return box;
 }

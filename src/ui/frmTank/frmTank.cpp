@@ -23,15 +23,11 @@ constexpr int kMargin = 12;
 constexpr int kGap = 6;
 
 std::wstring askForName(std::wstring_view initial) {
-    Messages* messages = gProgram().host.messages;
-    if (messages == nullptr) return {};
-    return messages
-        ->prompt(
-            L"Please enter the name of the Child (i.e. object or template name) to search for:"
-            L"\r\n\r\nNote: This sub-string search is not case sensitive and does not support "
-            L"regular expressions or wildcards. Only the first find will be returned.",
-            L"Find Child", initial)
-        .value_or(std::wstring());
+    return promptUser(
+        L"Please enter the name of the Child (i.e. object or template name) to search for:"
+        L"\r\n\r\nNote: This sub-string search is not case sensitive and does not support "
+        L"regular expressions or wildcards. Only the first find will be returned.",
+        L"Find Child", initial);
 }
 
 }  // namespace
