@@ -1,7 +1,6 @@
 #include "gas/chain.h"
 
 #include <algorithm>
-#include <chrono>
 #include <functional>
 
 #include "gas/load.h"
@@ -22,10 +21,6 @@ constexpr std::wstring_view kNoSource = L"Source not available.";
 
 // Some 16 MB: far more than any set of files has.
 constexpr std::size_t kMostKnownValues = 2'000'000;
-
-// The coarsest clock of a file system: a file written later than this ago may
-// change once more under the same time.
-constexpr std::chrono::seconds kClockTick{2};
 
 std::size_t hashOf(std::wstring_view text) noexcept {
     return std::hash<std::wstring_view>()(text);
@@ -53,18 +48,8 @@ std::wstring chainName(const GasTemplate& record) {
     return name.empty() ? record.Name : name;
 }
 
-std::optional<ChainDocument::Stamp> ChainDocument::stampOf(std::wstring_view file) {
-    const std::string bytes = toUtf8(file);
-    const std::filesystem::path path(std::u8string(bytes.begin(), bytes.end()));
-    std::error_code error;
-    Stamp stamp;
-    stamp.size = std::filesystem::file_size(path, error);
-    if (!error) stamp.written = std::filesystem::last_write_time(path, error);
-    return error ? std::nullopt : std::optional(stamp);
-}
-
 bool ChainDocument::load(const std::wstring& file) {
-    const std::optional<Stamp> stamp = stampOf(file);
+    const std::optional<FileStamp> stamp = fileStamp(file);
     std::vector<GasTemplate> templates;
     std::wstring path = file;
     if (!gblnLoadGas(path, templates, nullptr)) {
@@ -79,8 +64,7 @@ bool ChainDocument::load(const std::wstring& file) {
 }
 
 void ChainDocument::remember() {
-    using FileClock = std::filesystem::file_time_type::clock;
-    if (!stamp_ || stamp_->written > FileClock::now() - kClockTick) return;
+    if (!stamp_ || !isSettled(*stamp_)) return;
     Known& known = known_[file_];
     knownValues_ -= known.values.size();
     known = {*stamp_, sourceValues(templates_)};
@@ -92,13 +76,13 @@ void ChainDocument::remember() {
 
 bool ChainDocument::lacks(const std::wstring& file, std::wstring_view name) const {
     const auto known = known_.find(file);
-    return known != known_.end() && known->second.stamp == stampOf(file) &&
+    return known != known_.end() && known->second.stamp == fileStamp(file) &&
            !std::ranges::binary_search(known->second.values, hashOf(name));
 }
 
 const GasTemplate* ChainDocument::find(std::wstring_view name) {
     if (lacks(file_, name)) return nullptr;
-    const std::optional<Stamp> stamp = stampOf(file_);
+    const std::optional<FileStamp> stamp = fileStamp(file_);
     if (stamp && stamp != stamp_) load(file_);
     return findSource(templates_, name);
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,6 +8,7 @@
 #include <vector>
 
 #include "gas/template.h"
+#include "services/filestamp.h"
 
 // The chain of templates that a template specializes, followed over several
 // files: what the Specializes browser does, without its window.
@@ -37,25 +37,17 @@ class ChainDocument {
     const GasTemplate* loadAndFind(const std::wstring& file, std::wstring_view name);
 
   private:
-    // Equal as long as a file was not written.
-    struct Stamp {
-        std::uintmax_t size = 0;
-        std::filesystem::file_time_type written;
-
-        bool operator==(const Stamp&) const = default;
-    };
     struct Known {
-        Stamp stamp;
+        FileStamp stamp;
         std::vector<std::size_t> values;  // hashes of its docs and names, sorted
     };
 
-    static std::optional<Stamp> stampOf(std::wstring_view file);
     bool lacks(const std::wstring& file, std::wstring_view name) const;
     void remember();
 
     std::wstring file_;
     std::vector<GasTemplate> templates_;
-    std::optional<Stamp> stamp_;  // none: nobody needed the templates of file_ yet
+    std::optional<FileStamp> stamp_;  // none: nobody needed the templates of file_ yet
     std::unordered_map<std::wstring, Known> known_;
     std::size_t knownValues_ = 0;
 };

@@ -97,7 +97,7 @@ class Checker {
         const loading::LeftOutList leftOut = loading::leftOut(statement);
         for (const LeftOut& one : leftOut) add(statement.text, one);
         if (!leftOut.empty() && leftOut.front().all) return;
-        if (!goesOn(index)) return;
+        if (trimmed(statement.text).empty() || !goesOn(index)) return;
         if (isComment(statement)) {
             add(statement.text, {L"a \";\" ends a comment: the rest of the line is none"});
         } else if (inQuotes) {
@@ -105,11 +105,14 @@ class Checker {
         }
     }
 
-    // True when something stands behind the ";" of the statement.
+    // True when something stands behind the ";" of the statement, or behind more of
+    // them.
     bool goesOn(std::size_t index) const {
-        if (index + 1 == list_.statements.size()) return false;
-        const Statement& next = list_.statements[index + 1];
-        return isBehind(next, list_.statements[index]) && loading::hasContent(next.text);
+        const auto& all = list_.statements;
+        for (++index; index < all.size() && isBehind(all[index], all[index - 1]); ++index) {
+            if (loading::hasContent(all[index].text)) return true;
+        }
+        return false;
     }
 
     void add(std::string_view text, const LeftOut& loss) {
@@ -127,7 +130,7 @@ std::vector<Loss> lossesIn(std::string_view bytes) {
     Source source = loading::prepare(std::string(bytes), false);
     const Source raw = source;
     normalise(source);
-    const loading::Cut cut = cutBlocks(source.text, loading::FieldMaker(false));
+    const loading::Cut cut = cutBlocks(source.text, loading::FieldMaker(false, bytes.size()));
     Checker checker(*raw.bytes, source.text);
     checker.checkDropped(cut.dropped, L"it stands before the first header");
     for (std::size_t i = 0; i < cut.blocks.size(); ++i) {

@@ -6,6 +6,7 @@
 #include "gas/sourcetext.h"
 #include "gas/words.h"
 #include "services/bytes.h"
+#include "services/errors.h"
 
 namespace kestrel::loading {
 namespace {
@@ -112,7 +113,11 @@ std::wstring FieldMaker::wide(std::string_view bytes) const {
 }
 
 SharedText FieldMaker::path(std::string_view bytes) {
-    return paths_.share(bytes, [this](std::string_view key) { return wide(key); });
+    return paths_.share(bytes, [this](std::string_view key) {
+        if (key.size() > pathRoom_) throw RunTimeError(kOverflow, L"Overflow");
+        pathRoom_ -= key.size();
+        return wide(key);
+    });
 }
 
 void FieldMaker::append(std::wstring& text, std::string_view bytes) const {

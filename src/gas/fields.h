@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -20,11 +21,17 @@ std::string_view cleaned(std::string_view text, std::string& buffer);
 // Makes the texts of one load.
 class FieldMaker {
   public:
-    explicit FieldMaker(bool utf8) noexcept : utf8_(utf8) {}
+    // `size` is that of the whole text, in bytes.
+    FieldMaker(bool utf8, std::size_t size) noexcept
+        : utf8_(utf8), pathRoom_(kPathRoom + kPathsPerByte * size) {}
     bool utf8() const noexcept { return utf8_; }
 
     // All of `bytes`, as they are.
     std::wstring wide(std::string_view bytes) const;
+
+    // A group. Throws RunTimeError (overflow) when the groups take far more room
+    // than those of real files: sub-blocks that never close would take the square
+    // of the text's size.
     SharedText path(std::string_view bytes);
 
     // All of `bytes`, a part of a line, with four spaces for each tab.
@@ -35,7 +42,11 @@ class FieldMaker {
     SharedText name(std::string_view bytes);
 
   private:
+    static constexpr std::size_t kPathRoom = std::size_t{16} << 20;
+    static constexpr std::size_t kPathsPerByte = 16;
+
     bool utf8_;
+    std::size_t pathRoom_;  // bytes that are left for groups
     TextPool paths_;
     TextPool names_;  // by their bytes before cleaning
 };

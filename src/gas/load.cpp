@@ -106,7 +106,7 @@ void reportNoData(std::vector<GasTemplate>& templates, TemplateList* list) {
 bool loadBytes(std::string bytes, bool utf8, std::vector<GasTemplate>& templates,
                TemplateList* list, bool& hasHeader) {
     Source source = loading::prepare(std::move(bytes), utf8);
-    FieldMaker fields(utf8);
+    FieldMaker fields(utf8, source.text.size());
     Cut cut = cutBlocks(source.text, fields);
     if (needsNormalText(cut)) {
         normalise(source);

@@ -66,7 +66,7 @@ class TextPool {
     template <class Make>
     SharedText share(std::string_view bytes, Make&& make) {
         const Key key(bytes);
-        Slot& slot = slots_[key.hash() >> (64 - kSlotBits)];
+        Slot& slot = slots_[static_cast<std::size_t>(key.hash() >> (64 - kSlotBits))];
         if (slot.key != key || (!key.isWhole() && slot.bytes != bytes)) {
             slot = {key, std::string(bytes), SharedText(make(bytes))};
         }

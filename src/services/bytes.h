@@ -32,6 +32,8 @@ bool isNarrow(std::wstring_view text) noexcept;
 // UTF-8, for file names, messages of the system and text that need not fit the
 // code page. Bytes that are no UTF-8 become the lone surrogates DC80 to DCFF,
 // which turn back into the same bytes, so any file name survives a round trip.
+// Where wide characters have 16 bits that holds for texts, as names are there; of
+// bytes, one behind half a pair may join it.
 std::string toUtf8(std::wstring_view text);
 std::wstring fromUtf8(std::string_view bytes);
 

@@ -18,6 +18,13 @@ std::size_t folderLength(std::wstring_view path) {
     return length;
 }
 
+// True for an executable's folder that the program may take as its own. Programs
+// are installed into a "bin" together: root can write there, but must not.
+bool isPortable(std::wstring_view executables) {
+    return !executables.empty() && fileName(executables) != L"bin" &&
+           filesystem::isWritableFolder(executables);
+}
+
 }  // namespace
 
 std::string readFileBytes(std::wstring_view path) {
@@ -77,9 +84,12 @@ std::wstring programFile(std::wstring_view name) {
 }
 
 std::wstring chooseProgramFolder() {
-    std::wstring folder = filesystem::executableFolder();
-    if (!folder.empty() && filesystem::isWritableFolder(folder)) return folder;
-    folder = filesystem::userFolder();
+    return chooseProgramFolder(filesystem::executableFolder());
+}
+
+std::wstring chooseProgramFolder(std::wstring_view executables) {
+    if (isPortable(executables)) return std::wstring(executables);
+    const std::wstring folder = filesystem::userFolder();
     try {
         filesystem::makeFolder(folder);
     } catch (const RunTimeError&) {

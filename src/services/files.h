@@ -50,7 +50,11 @@ std::wstring_view folderOf(std::wstring_view path);
 std::wstring programFile(std::wstring_view name);
 
 // The folder for settings and histories: the executable's own when files can be
-// made there, else the user's folder for this program, made when it is missing.
+// made there and it is not a "bin", which many programs share; else the user's
+// folder for this program, made when it is missing.
 std::wstring chooseProgramFolder();
+
+// As chooseProgramFolder(), for an executable in the folder `executables`.
+std::wstring chooseProgramFolder(std::wstring_view executables);
 
 }  // namespace kestrel

@@ -29,6 +29,10 @@ CommandParts splitCommandLine(std::wstring_view commandLine, std::wstring_view c
 std::vector<std::wstring> splitArguments(std::wstring_view arguments,
                                          const std::function<bool(std::wstring_view)>& isFile);
 
+// What the process settles before anything else: where the system may take
+// libraries from.
+void settleProcess();
+
 // Starts the program that `commandLine` names, in a normal window with the
 // focus. `configured` is the path that the user chose, when there is one. Throws
 // RunTimeError with the system's reason when it cannot be started.

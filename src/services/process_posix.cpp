@@ -102,6 +102,8 @@ std::wstring programPath(std::wstring_view name) {
 
 }  // namespace
 
+void settleProcess() {}
+
 void startProgram(std::wstring_view commandLine, std::wstring_view configured) {
     const CommandParts parts = splitCommandLine(commandLine, configured, filesystem::isFile);
     std::vector<std::string> words{toUtf8(programPath(parts.program))};

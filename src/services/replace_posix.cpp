@@ -232,12 +232,20 @@ void removeSiblingsOf(const std::string& name) {
     removeSiblings(folderOf(name), temporaryStart(name));
 }
 
-// Flushes everything that was written to the file system of `folder`.
-void syncFileSystem(const std::string& folder) {
+// Flushes everything that was written to the file system of `folder`; false when it
+// cannot, or when some file there, maybe another one, could not be written.
+bool syncFileSystem(const std::string& folder) {
     const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0) return;
-    ::syncfs(descriptor);
+    if (descriptor < 0) return false;
+    const bool synced = ::syncfs(descriptor) == 0;
     ::close(descriptor);
+    return synced;
+}
+
+void syncFile(const std::string& name, const File::Failure& failure) {
+    File file(name, O_RDONLY, 0, failure);
+    file.sync();
+    file.close();
 }
 
 // Makes the renames in the folder of `name` last. The file is whole in any case,
@@ -314,12 +322,15 @@ void Batch::commit() {
     bytes_ = 0;
     if (files.empty()) return;
     const std::string folder = posix::folderOf(files.front().target);
-    // Whatever is renamed from here on is on the disk: one wait for all of them.
-    posix::syncFileSystem(folder);
+    // Whatever is renamed from here on is on the disk: one wait for all of them, or
+    // one for each where the disk does not tell whether that was well.
+    const bool synced = posix::syncFileSystem(folder);
     std::exception_ptr failed;
     for (const Pending& file : files) {
         try {
-            file.fresh->renameTo(file.target, {posix::kWrite, file.path});
+            const File::Failure failure{posix::kWrite, file.path};
+            if (!synced) posix::syncFile(file.fresh->name(), failure);
+            file.fresh->renameTo(file.target, failure);
         } catch (...) {
             if (!failed) failed = std::current_exception();
         }

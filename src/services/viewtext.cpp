@@ -99,6 +99,24 @@ bool isSameFile(std::wstring_view a, std::wstring_view b) {
     return a == b || compareWithoutCase(gstrLongPath(a), gstrLongPath(b)) == 0;
 }
 
+// An open file that cannot be looked at by now counts as unchanged: there is nothing
+// to lose, or the writing fails.
+bool isChangedByAnother(const OpenFile& openFile) {
+    const auto loaded = openFile.stamp ? openFile.stamp() : std::nullopt;
+    const auto now = fileStamp(openFile.path());
+    return loaded && now && *loaded != *now;
+}
+
+bool mayReplace(bool isOpenFile, const OpenFile& openFile) {
+    const auto agrees = [](std::wstring_view question) {
+        return askUser(question, Icon::question, Buttons::yesNo) == Answer::yes;
+    };
+    if (!agrees(L"File already exists. Replace existing file?")) return false;
+    return !isOpenFile || !isChangedByAnother(openFile) ||
+           agrees(
+               L"The file has been changed by another program since it was loaded. Overwrite it?");
+}
+
 std::wstring chooseTarget(bool canEdit, std::wstring_view openPath) {
     const std::wstring_view first = canEdit ? kGasFiles : kTextFiles;
     const std::wstring_view second = canEdit ? kTextFiles : kGasFiles;
@@ -181,14 +199,12 @@ void saveViewedText(const ViewedText& viewed, const OpenFile& openFile) {
         gWriteFile(target, viewed.text());
         return;
     }
-    if (askUser(L"File already exists. Replace existing file?", Icon::question, Buttons::yesNo) !=
-        Answer::yes) {
-        return;
-    }
+    const bool isOpenFile = isSameFile(target, openPath);
+    if (!mayReplace(isOpenFile, openFile)) return;
     // The text may be one template of a file that holds many.
     const std::wstring backup = isGasFile(target) ? backupPath(target) : std::wstring();
     const bool written = writeFile(target, viewed.text(), backup);
-    if (written && openFile.reload && isSameFile(target, openPath)) openFile.reload();
+    if (written && openFile.reload && isOpenFile) openFile.reload();
 }
 
 void openInScriptEditor(const ViewedText& viewed) {

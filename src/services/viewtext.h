@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "services/filestamp.h"
+
 // What the windows that show a text do with it, as far as no window is needed:
 // read-outs, search, saving and handing it over.
 //
@@ -55,11 +57,13 @@ std::array<std::wstring, 5> readOutTexts(const ReadOuts& readOuts);
 // The caption of a window whose text is `changed`.
 std::wstring markedCaption(std::wstring_view base, bool changed);
 
-// The main window's open file, as far as other windows need it; either member
-// may be empty.
+// The main window's open file, as far as other windows need it; each member may be
+// empty.
 struct OpenFile {
     std::function<std::wstring()> path;
     std::function<void()> reload;
+    // What the file was when it was loaded.
+    std::function<std::optional<FileStamp>()> stamp = nullptr;
 };
 
 // A text that a window shows; `text` gives it when it is needed.
@@ -74,7 +78,9 @@ struct ViewedText {
 bool mayDiscard(const ViewedText& viewed);
 
 // Asks for a file and writes the text into it. A replaced `.gas` file is kept
-// beside it as ".bak". Reloads the open file when that was written.
+// beside it as ".bak". Asks once more before it replaces an open file that another
+// program has changed since it was loaded. Reloads the open file when that was
+// written.
 void saveViewedText(const ViewedText& viewed, const OpenFile& openFile);
 
 // Opens a temporary file with the text in SkritPad, whose path is asked for when

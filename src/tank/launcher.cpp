@@ -36,9 +36,11 @@ bool isEscapedByte(wchar_t c) noexcept {
     return c >= 0xDC80 && c <= 0xDCFF;
 }
 
-// Replaces the escapes of bytes that were no UTF-8.
-void widenEscapes(std::wstring& text) noexcept {
-    for (std::size_t i = 0; i < text.size(); ++i) {
+// Appends UTF-8, and what is none as 8-bit text.
+void appendDecoded(std::wstring& text, std::string_view bytes) {
+    const std::size_t before = text.size();
+    text += fromUtf8(bytes);
+    for (std::size_t i = before; i < text.size(); ++i) {
         // The second half of a pair is no escape.
         if (isHighSurrogate(text[i])) {
             ++i;
@@ -48,12 +50,25 @@ void widenEscapes(std::wstring& text) noexcept {
     }
 }
 
+// True where half a pair is written as if it were a character. Taken as one, it would
+// join what stands behind it where wide characters have 16 bits.
+bool isHalfPair(std::string_view bytes, std::size_t at) noexcept {
+    return bytes[at] == '\xED' && at + 1 < bytes.size() && (bytes[at + 1] & 0xE0) == 0xA0;
+}
+
 std::wstring decodeWhole(std::string_view bytes) {
     const bool ascii =
         std::none_of(bytes.begin(), bytes.end(), [](char c) { return (c & 0x80) != 0; });
     if (ascii) return {bytes.begin(), bytes.end()};
-    std::wstring text = fromUtf8(bytes);
-    widenEscapes(text);
+    std::wstring text;
+    std::size_t start = 0;
+    for (std::size_t at = 0; at < bytes.size(); ++at) {
+        if (!isHalfPair(bytes, at)) continue;
+        appendDecoded(text, bytes.substr(start, at - start));
+        text += kWideOfByte[0xED];
+        start = at + 1;
+    }
+    appendDecoded(text, bytes.substr(start));
     return text;
 }
 

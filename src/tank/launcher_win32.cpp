@@ -1,6 +1,3 @@
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
 #include <windows.h>
 
 #include <algorithm>
@@ -8,6 +5,7 @@
 
 #include "services/errors.h"
 #include "services/filesystem.h"
+#include "services/process_win32.h"
 #include "tank/launcher.h"
 
 namespace kestrel {
@@ -50,14 +48,6 @@ Handle open(const std::wstring& name, DWORD access, DWORD flags, bool inherited)
     return handle;
 }
 
-// The file of the program: a bare name is looked for by the system.
-std::wstring programFile(const std::wstring& program) {
-    if (program.find_first_of(L"\\/:") != program.npos) return program;
-    wchar_t found[MAX_PATH] = {};
-    const DWORD length = SearchPathW(nullptr, program.c_str(), L".exe", MAX_PATH, found, nullptr);
-    return length == 0 || length >= MAX_PATH ? program : std::wstring(found, length);
-}
-
 class WindowsChild final : public Child {
   public:
     WindowsChild(const CommandParts& parts, std::wstring_view commandLine) {
@@ -68,7 +58,13 @@ class WindowsChild final : public Child {
         const Handle input = open(L"NUL", GENERIC_READ, FILE_ATTRIBUTE_NORMAL, true);
         const Handle output =
             open(name, FILE_APPEND_DATA | SYNCHRONIZE, FILE_ATTRIBUTE_NORMAL, true);
-        create(parts, std::wstring(commandLine), input.get(), output.get());
+        STARTUPINFOW startup{};
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdInput = input.get();
+        startup.hStdOutput = output.get();
+        startup.hStdError = output.get();
+        process_ = Handle(win32::createProcess(parts.program, std::wstring(commandLine), startup,
+                                               true, CREATE_NO_WINDOW));
     }
 
     std::optional<int> exitCode() override {
@@ -93,24 +89,6 @@ class WindowsChild final : public Child {
     }
 
   private:
-    // The program's file is named beside the line, so that the unquoted line can
-    // run no file that was planted at a shorter part of the path.
-    void create(const CommandParts& parts, std::wstring line, HANDLE input, HANDLE output) {
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        startup.dwFlags = STARTF_USESTDHANDLES;
-        startup.hStdInput = input;
-        startup.hStdOutput = output;
-        startup.hStdError = output;
-        PROCESS_INFORMATION process{};
-        if (!CreateProcessW(programFile(parts.program).c_str(), line.data(), nullptr, nullptr, TRUE,
-                            CREATE_NO_WINDOW, nullptr, nullptr, &startup, &process)) {
-            raise(GetLastError(), parts.program);
-        }
-        CloseHandle(process.hThread);
-        process_ = Handle(process.hProcess);
-    }
-
     Handle output_;
     Handle process_;
     LONGLONG read_ = 0;

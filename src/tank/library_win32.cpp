@@ -1,6 +1,3 @@
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
 #include <windows.h>
 
 #include "services/errors.h"
@@ -46,9 +43,11 @@ HMODULE load(const std::wstring& path) {
 std::string inCodePage(const std::wstring& path) {
     BOOL replaced = FALSE;
     std::string text(path.size() * 4 + 1, '\0');
-    const int length = ::WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, path.c_str(), -1,
-                                             text.data(), static_cast<int>(text.size()), nullptr,
-                                             ::GetACP() == CP_UTF8 ? nullptr : &replaced);
+    // The calls for UTF-8 and for other code pages take different arguments.
+    const bool utf8 = ::GetACP() == CP_UTF8;
+    const int length = ::WideCharToMultiByte(
+        CP_ACP, utf8 ? WC_ERR_INVALID_CHARS : WC_NO_BEST_FIT_CHARS, path.c_str(), -1, text.data(),
+        static_cast<int>(text.size()), nullptr, utf8 ? nullptr : &replaced);
     text.resize(length > 0 && replaced == FALSE ? static_cast<std::size_t>(length) - 1 : 0);
     return text;
 }

@@ -12,6 +12,11 @@ namespace {
 
 constexpr std::wstring_view kProcessing = L"Processing: ";
 
+std::wstring processing(const GasTemplate& record) {
+    std::wstring text(kProcessing);
+    return text.append(record.Name);
+}
+
 // Room enough for a template's text, so that it is built in place.
 std::size_t expectedSize(const GasTemplate& record) {
     constexpr std::size_t kFixed = 400;
@@ -129,7 +134,7 @@ std::wstring gstrMakeText(const GasTemplate& record, Owner* owner, std::wstring&
                           bool filterOnly, Progress* progress) {
     return guarded(L"gstrMakeText", [&] {
         normaliseFilter(groupFilter, record);
-        ProgressScope scope(progress, owner, std::wstring(kProcessing) + record.Name);
+        ProgressScope scope(progress, owner, processing(record));
         std::wstring text;
         text.reserve(expectedSize(record));
         const std::wstring* filter = filterOnly ? &groupFilter : nullptr;
@@ -145,7 +150,7 @@ std::wstring gstrMakeFileText(std::wstring_view path, const std::vector<GasTempl
         text.reserve(text.size() + expectedSize(templates));
         ProgressScope scope(progress, owner, kProcessing);
         for (const GasTemplate& record : templates) {
-            scope.process(std::wstring(kProcessing) + record.Name);
+            scope.process(processing(record));
             if (!appendTemplate(text, record, nullptr, scope)) return std::wstring();
         }
         return text;

@@ -9,6 +9,7 @@
 #include "cli/run.h"
 #include "services/bytes.h"
 #include "services/files.h"
+#include "services/filesystem.h"
 #include "services/program.h"
 #include "support/tempfolder.h"
 
@@ -19,6 +20,8 @@ namespace fs = std::filesystem;
 using Words = std::vector<std::wstring>;
 
 const std::wstring kSamples = fromUtf8(KESTREL_SAMPLES);
+// Between a folder that was given and the files that were found in it.
+const std::string kSeparator(1, static_cast<char>(filesystem::separator()));
 const std::string kUsage = "; \"kestrel-cli --help\" shows the usage\n";
 const std::string kListHint = "; \"kestrel-cli list\" shows those of a file\n";
 const std::string kInHint = "; name the folder of its file with --in\n";
@@ -99,15 +102,16 @@ TEST(Commands, ListAndShow) {
           {1, "", "kestrel-cli: @/single.gas: there is no template \"weather\"" + kListHint}}});
 }
 
-const std::string kLedger = "kestrel-cli: @/folder/ledger.gas: " + kNoData +
-                            "kestrel-cli: @/folder/ledger.gas: Error loading gas file!\n";
+const std::string kFound = "@/folder" + kSeparator;
+const std::string kLedger = "kestrel-cli: " + kFound + "ledger.gas: " + kNoData +
+                            "kestrel-cli: " + kFound + "ledger.gas: Error loading gas file!\n";
 
 TEST(Commands, Chain) {
     expectAll(
         {{{L"chain", L"@/folder/boats.gas", L"Racing skiff", L"--in", L"@/folder"},
           {0,
-           "skiff_racing\t@/folder/boats.gas\nskiff_plain\t@/folder/HULLS.GAS\n"
-           "boat_wooden\t@/folder/timber.gas\n",
+           "skiff_racing\t@/folder/boats.gas\nskiff_plain\t" + kFound + "HULLS.GAS\n" +
+               "boat_wooden\t" + kFound + "timber.gas\n",
            kLedger}},
          {{L"chain", L"@/folder/boats.gas", L"skiff_racing"},
           {1, "skiff_racing\t@/folder/boats.gas\nskiff_plain\t\n",
@@ -170,6 +174,7 @@ class InFolder : public testing::Test {
         return result;
     }
 
+    const std::string here = "#" + kSeparator;
     const test::TempFolder files;
 };
 
@@ -190,8 +195,9 @@ TEST_F(InFolder, DumpWritesAnObjectALine) {
 TEST_F(InFolder, ConvertWritesTabFiles) {
     files.put(L"a b.gas", bytesOf(KESTREL_SAMPLES "/single.gas"));
     files.put(L"bad.GAS", "no block");
-    EXPECT_EQ(outcomeHere({L"convert", L"#"}),
-              (Outcome{0, "Files processed: 2\nFiles converted: 1\nOutput folder: #/\n", ""}));
+    EXPECT_EQ(
+        outcomeHere({L"convert", L"#"}),
+        (Outcome{0, "Files processed: 2\nFiles converted: 1\nOutput folder: " + here + "\n", ""}));
     EXPECT_EQ(files.bytes(L"a b.tab").substr(0, 10), "Filename: ");
     EXPECT_EQ(files.bytes(L"bad.tab"), "(missing)");
     EXPECT_EQ(outcomeHere({L"convert", L"#", L"--build", L"7"}).code, 0);
@@ -201,16 +207,16 @@ TEST_F(InFolder, ConvertWritesTabFiles) {
 
 TEST_F(InFolder, ConvertWritesASingleFile) {
     files.put(L"a.gas", bytesOf(KESTREL_SAMPLES "/single.gas"));
-    const std::string counts = "Files processed: 1\nFiles converted: 1\nOutput filename: #/";
+    const std::string counts = "Files processed: 1\nFiles converted: 1\nOutput filename: #";
     EXPECT_EQ(outcomeHere({L"convert", L"#", L"--title", L"T", L"--author", L"A", L"--build=",
                            L"--copyright", L"C", L"--single", L"#/one.tab"}),
-              (Outcome{0, counts + "one.tab\n", ""}));
+              (Outcome{0, counts + "/one.tab\n", ""}));
     const std::string head =
         "Title: T\r\nAuthor: A\r\nBuild: \r\nCopyright: C\r\n"
         "Files processed: 1\r\nFiles converted: 1\r\n+++++";
     EXPECT_EQ(files.bytes(L"one.tab").substr(0, head.size()), head);
     EXPECT_EQ(outcomeHere({L"convert", L"#", L"--single="}),
-              (Outcome{0, counts + "Converted.tab\n", ""}));
+              (Outcome{0, counts + kSeparator + "Converted.tab\n", ""}));
     EXPECT_EQ(files.names(), (std::vector<std::string>{"Converted.tab", "a.gas", "one.tab"}));
 }
 
@@ -241,7 +247,7 @@ TEST_F(InFolder, ChainSearchesFilesByTheirNames) {
     const std::wstring start =
         files.put(L"start.gas", "[t:template,n:c]\n{\nspecializes = \"p\";\n}\n");
     EXPECT_EQ(outcomeHere({L"chain", start, L"c", L"--in", L"#"}),
-              (Outcome{0, "c\t#/start.gas\np\t#/a.gas\n", ""}));
+              (Outcome{0, "c\t" + here + "start.gas\np\t" + here + "a.gas\n", ""}));
 }
 
 TEST_F(InFolder, NamesMayBeginWithADash) {
@@ -259,8 +265,8 @@ TEST_F(InFolder, LongAndOddTextsStayOnALine) {
     const std::string why = " ignored (this is no property, header, brace or comment): ";
     EXPECT_EQ(outcomeHere({L"check", path}),
               (Outcome{1,
-                       "#/a.gas:2:" + why + std::string(120, 'x') + "...\n" + "#/a.gas:3:" + why +
-                           "\\x1B[2J\\ny\n",
+                       here + "a.gas:2:" + why + std::string(120, 'x') + "...\n" + here +
+                           "a.gas:3:" + why + "\\x1B[2J\\ny\n",
                        ""}));
 }
 

@@ -59,6 +59,7 @@ TEST(Check, TellsWhatIsLeftOutOfAStatement) {
         {"[n:foo] {", {{kNoComma}}},
         {"// one; two", {{kComment, "// one"}, {kOdd, "two"}}},
         {"doc = \"one; two\";", {{kQuotes, "doc = \"one"}, {kOdd, "two\""}}},
+        {"doc = \"one; ; two\";", {{kQuotes, "doc = \"one"}, {kOdd, "two\""}}},
         {"a = \"b=c\";", {{kEquals, "a = \"b=c\""}}},
         {"a = =b= c", {{kEquals}}},
         {"a = 1 // b", {{kMarks}}},

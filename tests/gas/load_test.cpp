@@ -218,6 +218,7 @@ TEST_F(Load, StaysLinearOnNastyShapes) {
         {"empty blocks", repeat(L"[info]\r\n{\r\n}\r\n", 100000), true},
         {"braces", L"[info]\r\n" + repeat(L"{\r\n", million) + repeat(L"}\r\n", million), true},
         {"deep nesting", L"[info]\r\n" + repeat(L"[a]\r\n{\r\n", 100000), false},
+        {"sub-blocks that never close", L"[info]\r\n" + repeat(L"[a]\r\n", 32000), false},
         {"one line", L"[info]\r\nv = " + repeat(L"x", 8 * million), true},
         {"long unknown header",
          L"[" + repeat(L"[", 2 * million) + L"x]" + repeat(L"[", 4 * million), true},

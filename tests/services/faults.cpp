@@ -30,20 +30,8 @@ bool strikes(const char* call) {
     const bool again = state.kind == Faults::Kind::errors && std::string_view(call) == state.struck;
     if (++state.count != state.at && !again) return false;
     state.struck = call;
-    switch (state.kind) {
-        case Faults::Kind::error:
-        case Faults::Kind::errors:
-            errno = state.code;
-            return true;
-        case Faults::Kind::interrupt:
-            errno = EINTR;
-            return std::string_view("open read write fsync close").find(call) !=
-                   std::string_view::npos;
-        case Faults::Kind::kill:
-            ::_exit(Faults::kKilled);
-        default:
-            return false;
-    }
+    errno = state.code;
+    return state.kind != Faults::Kind::none;
 }
 
 }  // namespace
@@ -54,9 +42,6 @@ Faults::Faults(Kind kind, std::size_t at, int code) {
 Faults::~Faults() {
     state.armed = false;
 }
-bool Faults::reached() {
-    return state.count >= state.at;
-}
 const char* Faults::struck() {
     return state.struck;
 }
@@ -64,15 +49,8 @@ std::string Faults::calls() {
     return state.calls;
 }
 
-// Whether the next counted call is the one that is struck.
-static bool isNext(Faults::Kind kind) {
-    return state.armed && state.kind == kind && state.count + 1 == state.at;
-}
-
 }  // namespace kestrel::test
 
-using kestrel::test::Faults;
-using kestrel::test::isNext;
 using kestrel::test::strikes;
 
 extern "C" {
@@ -86,6 +64,7 @@ extern "C" {
 
 KESTREL_WRAP(ssize_t, read, (int file, void* bytes, size_t size), (file, bytes, size))
 KESTREL_WRAP(int, fsync, (int file), (file))
+KESTREL_WRAP(int, syncfs, (int file), (file))
 KESTREL_WRAP(int, fchmod, (int file, mode_t mode), (file, mode))
 KESTREL_WRAP(int, fchown, (int file, uid_t user, gid_t group), (file, user, group))
 KESTREL_WRAP(int, lstat, (const char* name, struct stat* status), (name, status))
@@ -106,11 +85,6 @@ int __wrap_open(const char* name, int flags, ...) {
 }
 
 ssize_t __wrap_write(int file, const void* bytes, size_t size) {
-    if (isNext(Faults::Kind::shortWrite)) {
-        strikes("write");
-        return __real_write(file, bytes, 1);
-    }
-    if (isNext(Faults::Kind::kill)) (void)!__real_write(file, bytes, size / 2);
     return strikes("write") ? -1 : __real_write(file, bytes, size);
 }
 

@@ -1,13 +1,8 @@
 #include "services/process.h"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <chrono>
 #include <set>
-#include <thread>
 
 #include "services/errors.h"
 #include "support/shown.h"
@@ -57,30 +52,6 @@ TEST(Process, AFileNameAtTheEndIsOneWord) {
     EXPECT_EQ(splitArguments(L"  ", isFile), Words{});
 }
 
-// The text of the file `name` once a started program has put all of it there.
-std::string awaited(const TempFolder& folder, std::wstring_view name) {
-    for (int i = 0; i < 1000; ++i) {
-        const std::string bytes = folder.bytes(name);
-        if (bytes.ends_with("end\n")) return bytes;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return folder.bytes(name);
-}
-
-TEST(Process, StartsTheProgramAndLeavesNoChild) {
-    const TempFolder folder;
-    const std::wstring script =
-        folder.put(L"my tool",
-                   "#!/bin/sh\nfor word in \"$@\"; do echo \"<$word>\"; done >\"${0%/*}/out\"\n"
-                   "cat >>\"${0%/*}/out\"; echo end >>\"${0%/*}/out\"\n");
-    std::filesystem::permissions(folder.native(L"my tool"), std::filesystem::perms::owner_all);
-    const std::wstring file = folder.put(L"a b.gas", "");
-    startProgram(script + L" --now " + file, script);
-    EXPECT_EQ(awaited(folder, L"out"), "<--now>\n<" + test::shown(file) + ">\nend\n");
-    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
-    EXPECT_EQ(errno, ECHILD);
-}
-
 TEST(Process, FailsWithTheSystemsReason) {
     const TempFolder folder;
     const std::wstring text = folder.put(L"plain.txt", "no program\n");
@@ -100,14 +71,6 @@ TEST(Process, FailsWithTheSystemsReason) {
             EXPECT_EQ(error.number(), c.number) << test::shown(error.description());
         }
     }
-}
-
-TEST(Process, KnowsThePrograms) {
-    EXPECT_TRUE(isProgram(L"sh"));
-    EXPECT_TRUE(isProgram(L"/bin/sh"));
-    EXPECT_FALSE(isProgram(L"no-such-program-anywhere"));
-    EXPECT_FALSE(isProgram(L"/etc/passwd"));
-    EXPECT_FALSE(isProgram(L"/bin"));
 }
 
 }  // namespace

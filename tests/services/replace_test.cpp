@@ -1,24 +1,17 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
-#include <functional>
-#include <set>
 
 #include "services/bytes.h"
 #include "services/errors.h"
 #include "services/faults.h"
 #include "services/files.h"
 #include "services/filesystem.h"
-#include "services/histories.h"
-#include "services/settings.h"
 #include "support/recordinghost.h"
 #include "support/tempfolder.h"
-#include "support/vectortextlist.h"
 
 namespace kestrel {
 namespace {
@@ -49,17 +42,6 @@ class Replace : public testing::Test {
     }
     std::size_t strays() const { return folder.names().size() - 2; }
 
-    // Runs `work` in a process of its own; its exit code.
-    static int apart(const std::function<void()>& work) {
-        const pid_t child = ::fork();
-        if (child == 0) {
-            work();
-            ::_exit(0);
-        }
-        int status = 0;
-        EXPECT_EQ(::waitpid(child, &status, 0), child);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
     mode_t mode(std::wstring_view name) const {
         struct stat status {};
         EXPECT_EQ(::stat(folder.native(name).c_str(), &status), 0);
@@ -70,119 +52,12 @@ class Replace : public testing::Test {
     test::TempFolder folder;
 };
 
-TEST_F(Replace, AnErrorAtAnyCallLeavesTheOldFileAndIsReportedOnce) {
-    for (const bool backup : {false, true}) {
-        for (int code : {ENOSPC, EIO, EDQUOT, EROFS, EACCES, EMFILE}) {
-            int failures = 0;
-            for (std::size_t at = 1;; ++at) {
-                reset();
-                bool written = false;
-                bool reached = false;
-                {
-                    const Faults faults(Faults::Kind::error, at, code);
-                    written = write(backup);
-                    reached = Faults::reached();
-                }
-                const std::string where = std::string(Faults::struck()) + " " + std::to_string(at) +
-                                          " " + std::to_string(code);
-                failures += written ? 0 : 1;
-                EXPECT_EQ(folder.bytes(L"f"), written ? kNewBytes : kOld) << where;
-                EXPECT_EQ(host.log.size(), written ? 0U : 1U) << where;
-                const std::string kept = folder.bytes(L"f.bak");
-                EXPECT_TRUE(kept == kOld || (kept == kOlder && !(written && backup))) << where;
-                // What cannot be removed stays until the process is gone.
-                const bool removable = std::string_view(Faults::struck()) != "unlink";
-                EXPECT_TRUE(strays() == 0 || !removable) << where;
-                for (const std::string& name : folder.names()) {
-                    if (name.ends_with(".tmp"))
-                        std::filesystem::remove(folder.native(fromUtf8(name)));
-                }
-                if (!reached) break;
-                ASSERT_LT(at, 100U);
-            }
-            EXPECT_GE(failures, backup ? 7 : 5) << "the faults did not reach the writer";
-        }
-    }
-}
-
-TEST_F(Replace, AnErrorWithoutAnOldFileLeavesNothing) {
-    for (std::size_t at = 1; at < 100; ++at) {
-        const std::wstring path = folder.path(L"new");
-        const Faults faults(Faults::Kind::error, at, ENOSPC);
-        const bool written = writeFile(path, kNew);
-        const bool reached = Faults::reached();
-        const bool unlinked = std::string_view(Faults::struck()) == "unlink";
-        EXPECT_EQ(folder.names(), written ? Lines{"new"} : Lines{}) << Faults::struck();
-        EXPECT_FALSE(unlinked && !written);
-        std::filesystem::remove(folder.native(L"new"));
-        if (!reached) return;
-    }
-    FAIL() << "the writer does not end";
-}
-
-TEST_F(Replace, ShortWritesAndSignalsAreGoneOnWith) {
-    for (const Faults::Kind kind : {Faults::Kind::shortWrite, Faults::Kind::interrupt}) {
-        for (std::size_t at = 1; at < 100; ++at) {
-            reset();
-            const Faults faults(kind, at);
-            EXPECT_TRUE(write(true)) << Faults::struck();
-            EXPECT_EQ(folder.bytes(L"f"), kNewBytes);
-            EXPECT_EQ(folder.bytes(L"f.bak"), kOld);
-            EXPECT_EQ(strays(), 0U);
-            if (!Faults::reached()) break;
-        }
-    }
-}
-
-TEST_F(Replace, AKillAtAnyCallLeavesTheOldOrTheNewFile) {
-    for (const bool backup : {false, true}) {
-        std::size_t kills = 0;
-        for (std::size_t at = 1; at < 100; ++at) {
-            reset();
-            const int code = apart([&] {
-                const Faults faults(Faults::Kind::kill, at);
-                write(backup);
-            });
-            const std::string now = folder.bytes(L"f");
-            const std::string kept = folder.bytes(L"f.bak");
-            EXPECT_TRUE(now == kOld || now == kNewBytes) << at;
-            EXPECT_TRUE(kept == kOld || kept == kOlder) << at;
-            EXPECT_TRUE(kept == kOld || !backup || now == kOld) << at;
-            EXPECT_LE(strays(), backup ? 2U : 1U) << at;
-            // The next good write, over whatever the killed one left.
-            EXPECT_TRUE(write(backup));
-            EXPECT_EQ(folder.bytes(L"f"), kNewBytes) << at;
-            EXPECT_EQ(folder.bytes(L"f.bak"), backup ? now : kept) << at;
-            EXPECT_EQ(strays(), 0U) << at;
-            if (code == 0) break;
-            EXPECT_EQ(code, Faults::kKilled);
-            ++kills;
-        }
-        EXPECT_GE(kills, 8U);
-        EXPECT_LT(kills, 99U);
-    }
-}
-
 TEST_F(Replace, TheContentIsOnTheDiskBeforeTheRenameAndTheRenameAfterIt) {
     reset();
     const Faults faults(Faults::Kind::none, 0);
     ASSERT_TRUE(write(false));
     const std::string calls = Faults::calls();
     EXPECT_NE(calls.find("fsync close rename open fsync close"), std::string::npos) << calls;
-}
-
-TEST_F(Replace, SettingsAndHistoriesFailWithOneReportEach) {
-    const std::function<void()> writers[] = {
-        gWriteSettings, [] { gSaveHistory(test::VectorTextList({L"a"}), L"info.his"); }};
-    for (const auto& writeThem : writers) {
-        for (std::size_t at = 1; at < 5; ++at) {
-            host.log.clear();
-            const Faults faults(Faults::Kind::error, at, EROFS);
-            writeThem();
-            EXPECT_EQ(host.log.size(), 1U) << at;
-        }
-    }
-    EXPECT_EQ(folder.names(), Lines{});
 }
 
 TEST_F(Replace, AReadThatFailsIsReportedAndEmpty) {
@@ -327,35 +202,32 @@ TEST_F(Replace, ABatchPutsItsFilesInPlaceTogether) {
     EXPECT_EQ(strays(), 2U) << "the two folders alone, nor what a killed run left";
 }
 
+TEST_F(Replace, ABatchThatTheDiskDidNotTakeLeavesTheOldFiles) {
+    // The wait for all fails; then nothing can be opened to wait for each, or it can.
+    for (const bool each : {false, true}) {
+        reset();
+        folder.put(L"g", kOld);
+        filesystem::Batch batch;
+        batch.add(folder.path(L"f"), kNewBytes);
+        batch.add(folder.path(L"g"), kNewBytes);
+        const Faults faults(each ? Faults::Kind::errors : Faults::Kind::error, each ? 1 : 2, EIO);
+        if (each) {
+            EXPECT_THROW(batch.commit(), RunTimeError);
+        } else {
+            batch.commit();
+        }
+        EXPECT_STREQ(Faults::struck(), each ? "open" : "syncfs");
+        EXPECT_EQ(folder.bytes(L"f"), each ? kOld : kNewBytes);
+        EXPECT_EQ(folder.bytes(L"g"), each ? kOld : kNewBytes);
+        EXPECT_EQ(strays(), 1U) << "g alone";
+        std::filesystem::remove(folder.native(L"g"));
+    }
+}
+
 TEST_F(Replace, TheLongestNameCanBeWritten) {
     const std::wstring name(255, L'x');
     EXPECT_TRUE(writeFile(folder.path(name), kNew));
     EXPECT_EQ(folder.names(), Lines{std::string(255, 'x')});
-}
-
-TEST_F(Replace, TwoProgramsAtOnceLeaveWholeFiles) {
-    reset();
-    const std::set<std::string> whole{kOld, kNewBytes, kOlder};
-    pid_t children[2];
-    for (int i = 0; i < 2; ++i) {
-        children[i] = ::fork();
-        if (children[i] != 0) continue;
-        const std::wstring path = folder.path(L"f");
-        bool good = true;
-        for (int round = 0; round < 100; ++round) {
-            good = writeFile(path, i == 0 ? kNew : widen(kOlder), backupPath(path)) && good;
-        }
-        ::_exit(good ? 0 : 1);
-    }
-    for (int ended = 0; ended < 2;) {
-        EXPECT_TRUE(whole.contains(folder.bytes(L"f")));
-        EXPECT_TRUE(whole.contains(folder.bytes(L"f.bak")));
-        int status = 0;
-        if (::waitpid(children[ended], &status, WNOHANG) == 0) continue;
-        EXPECT_EQ(status, 0);
-        ++ended;
-    }
-    EXPECT_EQ(strays(), 0U);
 }
 
 }  // namespace

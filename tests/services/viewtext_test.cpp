@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <deque>
 #include <filesystem>
+#include <functional>
 
 #include "services/bytes.h"
 #include "services/files.h"
@@ -60,7 +63,7 @@ TEST(ViewText, CountsCharacters) {
 }
 
 TEST(ViewText, OnlyCodesThatAreNoCharactersNeedAStandIn) {
-    EXPECT_EQ(standIn(std::wstring(L"a\0\r\n\uFFFF\U0001F600", 6)), std::nullopt);
+    EXPECT_EQ(standIn(std::wstring(L"a\0\r\n", 4) + L"\uFFFF\U0001F600"), std::nullopt);
     const auto lone = [](unsigned code) { return std::wstring{L'a', static_cast<wchar_t>(code)}; };
     EXPECT_EQ(standIn(lone(0xD800)), L"a\uFFFD");
     EXPECT_EQ(standIn(lone(0xDC80) + L"b"), L"a\uFFFDb");
@@ -143,6 +146,58 @@ TEST_F(ViewedTexts, AnEditedTextStartsAtTheOpenFileAndReloadsIt) {
                                "(*.gas)|*.gas|Text File (*.txt)|*.txt|All files (*.*)|*.* | " +
                                    toUtf8(openPath),
                                kReplace, "reload"}));
+}
+
+TEST_F(ViewedTexts, AnotherProgramsChangeIsReplacedOnlyOnASecondYes) {
+    const std::string changed =
+        "ask: The file has been changed by another program since it was loaded. Overwrite it? | "
+        "Kestrel | question | yesNo";
+    const auto loaded = [this] {
+        gWriteFile(openPath, L"before");
+        return fileStamp(openPath);
+    };
+    const auto later = [this] {
+        const auto written = std::filesystem::last_write_time(folder.native(L"open.gas"));
+        std::filesystem::last_write_time(folder.native(L"open.gas"),
+                                         written + std::chrono::seconds(2));
+    };
+    const struct {
+        const char* what;
+        std::function<void()> change;
+        std::deque<Answer> answers;
+        bool asked;
+        bool written;
+    } cases[] = {
+        {"unchanged", [] {}, {}, false, true},
+        {"longer", [this] { folder.put(L"open.gas", "before+"); }, {}, true, true},
+        {"declined",
+         [this] { folder.put(L"open.gas", "before+"); },
+         {Answer::yes, Answer::no},
+         true,
+         false},
+        {"as long", later, {}, true, true},
+        {"gone", [this] { std::filesystem::remove(folder.native(L"open.gas")); }, {}, false, true},
+    };
+    for (const auto& c : cases) {
+        const auto stamp = loaded();
+        ASSERT_TRUE(stamp);
+        c.change();
+        const std::string before = folder.bytes(L"open.gas");
+        host.log.clear();
+        host.answers = c.answers;
+        host.files = {openPath};
+        saveViewedText(viewed(), {[this] { return openPath; }, {}, [&] { return stamp; }});
+        EXPECT_EQ(host.logged(changed), c.asked ? Lines{changed} : Lines{}) << c.what;
+        EXPECT_EQ(folder.bytes(L"open.gas"), c.written ? toUtf8(text) : before) << c.what;
+    }
+    // A file that was never loaded, or whose state nobody knows, has one question.
+    folder.put(L"other.gas", "other");
+    for (const auto& stamp : {fileStamp(folder.path(L"other.gas")), fileStamp(L"")}) {
+        host.log.clear();
+        host.files = {folder.path(stamp ? L"other.gas" : L"open.gas")};
+        saveViewedText(viewed(), {[this] { return openPath; }, {}, [&] { return stamp; }});
+        EXPECT_EQ(host.logged("ask"), Lines{kReplace});
+    }
 }
 
 TEST_F(ViewedTexts, NothingIsWrittenWhenTheUserDeclines) {

@@ -4,6 +4,7 @@
 
 #include "services/bytes.h"
 #include "services/files.h"
+#include "services/filesystem.h"
 #include "support/recordinghost.h"
 #include "support/tempfolder.h"
 #include "tank/modTank.h"
@@ -39,7 +40,7 @@ class Archives : public testing::Test {
     RecordingHost host;
     TempFolder files;
     std::unique_ptr<TankLibrary> library =
-        makeTankLibrary({std::wstring(folderOf(fromUtf8(KESTREL_TANK)))});
+        makeTankLibrary({filesystem::absolutePath(folderOf(fromUtf8(KESTREL_TANK)))});
 };
 
 }  // namespace kestrel::test

@@ -101,9 +101,12 @@ TEST_F(Library, AFileThatIsNoLibraryForThisProgramIsReported) {
     std::ifstream good(KESTREL_TANK, std::ios::binary);
     std::string bytes(std::istreambuf_iterator<char>(good), {});
     ASSERT_GT(bytes.size(), 1000U);
+    // Where the file of a Linux library says 32 or 64; one of Windows is a test of its own.
     std::string otherBits = bytes;
-    constexpr std::size_t kBits = 4;  // where the file says 32 or 64
-    otherBits[kBits] = otherBits[kBits] == 1 ? 2 : 1;
+    if (bytes.starts_with("\x7F"))
+        otherBits[4] = otherBits[4] == 1 ? 2 : 1;
+    else
+        otherBits.clear();
     const struct {
         const char* what;
         std::string bytes;

@@ -151,7 +151,7 @@ TEST_F(Convert, ABorrowedDialogStaysAndItsOwnIsShownAndGone) {
 
 // At every step of the work: each output is whole or as it was before.
 TEST_F(Convert, ACancelLeavesWholeFiles) {
-    constexpr std::size_t kFiles = 4;
+    constexpr std::size_t kFiles = 40;
     constexpr std::size_t kSteps = kFiles * 4;  // one a property
     for (std::size_t i = 0; i < kFiles; ++i) files.put(std::to_wstring(i) + L".gas", kFile);
     for (std::size_t step = 0; step < kSteps; ++step) {
@@ -169,7 +169,7 @@ TEST_F(Convert, ACancelLeavesWholeFiles) {
         }
         EXPECT_EQ(converted, step / 4);
         EXPECT_EQ(shownSummary(),
-                  "Files processed: 4\\r\\nFiles converted: " + std::to_string(converted) +
+                  "Files processed: 40\\r\\nFiles converted: " + std::to_string(converted) +
                       "\\r\\nOutput folder: " + here() + "\\r\\n");
     }
 }
@@ -189,9 +189,9 @@ TEST_F(Convert, AFailedWriteIsReportedAndTheRestIsConverted) {
     files.put(L"b.gas", kFile);
     fs::create_directory(files.native(L"a.tab"));
     ASSERT_TRUE(convert());
-    EXPECT_EQ(host.logged("ask"), Lines{"ask: Error (75): Cannot write '" + here() +
-                                        "a.tab': Is a directory in 'gWriteFile' | Kestrel | "
-                                        "exclamation | ok"});
+    ASSERT_EQ(host.logged("ask").size(), 1U);
+    EXPECT_NE(host.logged("ask")[0].find("): Cannot write '" + here() + "a.tab': "),
+              std::string::npos);
     EXPECT_EQ(files.bytes(L"b.tab").substr(0, 10), "Filename: ");
     EXPECT_EQ(files.names(), (Lines{"a.gas", "a.tab", "b.gas", "b.tab"}));
 }

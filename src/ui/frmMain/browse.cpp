@@ -57,12 +57,14 @@ bool frmMain::mSelectFile(std::wstring path) {
     // The lists show the records that the load is about to replace.
     lvwTemplates->clear();
     lvwProperties->clear();
+    const auto stamp = fileStamp(path);
     std::wstring loaded = path;
     if (!gblnLoadGas(loaded, document_.templates, nullptr)) {
         clearViews();
         return false;
     }
     document_.path = path;
+    document_.stamp = stamp;
     cboHistory->setText(path);
     historyChanged();
     lvwTemplates->fill(document_.templates.size());
@@ -74,6 +76,8 @@ bool frmMain::mSelectFile(std::wstring path) {
 
 void frmMain::reloadOpenFile() {
     const auto selected = lvwTemplates->selected();
+    // Though it may not load any more: that change was our own.
+    document_.stamp = fileStamp(document_.path);
     if (!openFile(document_.path) || !selected) return;
     if (lvwTemplates->selectPosition(*selected)) templateSelected();
 }

@@ -29,7 +29,8 @@ namespace kestrel {
 // The open file.
 struct Document {
     std::vector<GasTemplate> templates;
-    std::wstring path;  // the file opened last with success
+    std::wstring path;               // the file opened last with success
+    std::optional<FileStamp> stamp;  // what that was when it was loaded
 };
 
 // The start-up window.

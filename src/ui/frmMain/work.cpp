@@ -172,7 +172,8 @@ bool frmMain::viewChain() {
 }
 
 OpenFile frmMain::openFileHooks() {
-    return {[this] { return document_.path; }, [this] { reloadOpenFile(); }};
+    return {[this] { return document_.path; }, [this] { reloadOpenFile(); },
+            [this] { return document_.stamp; }};
 }
 
 void frmMain::view(std::wstring_view caption, std::wstring_view text, View kind) {

@@ -86,7 +86,7 @@ class Archive {
     bool is(const char* flag) const { return !entries_.empty() && entries_[0].has(flag); }
 
     void log(std::string_view call) const {
-        if (is("log")) std::ofstream(logPath_, std::ios::app) << call << "\n";
+        if (is("log")) std::ofstream(logPath_, std::ios::app | std::ios::binary) << call << "\n";
     }
 
     // No entry for a 0: what a caller has after an index with no entry.

@@ -1,0 +1,105 @@
+#include "services/files.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <chrono>
+
+#include "services/bytes.h"
+#include "services/filesystem.h"
+#include "support/recordinghost.h"
+#include "support/tempfolder.h"
+
+namespace kestrel {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class PosixFiles : public testing::Test {
+  protected:
+    void putOddities() const {
+        folder.put(L"file", "text");
+        ASSERT_EQ(::mkfifo(folder.native(L"pipe").c_str(), 0600), 0);
+        std::filesystem::create_symlink("loop", folder.native(L"loop"));
+    }
+
+    test::RecordingHost host;
+    test::TempFolder folder;
+};
+
+TEST_F(PosixFiles, WhatIsNoOrdinaryFileReadsAsMissing) {
+    putOddities();
+    const auto start = std::chrono::steady_clock::now();
+    for (const std::wstring& path :
+         {folder.path(L"pipe"), folder.path(L"loop"), std::wstring(L"/dev/zero")}) {
+        EXPECT_EQ(gstrReadFile(path), L"") << toUtf8(path);
+        EXPECT_FALSE(fileExists(path)) << toUtf8(path);
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+    EXPECT_NE(gstrReadFile(L"/proc/self/status"), L"") << "a file that claims no length";
+    EXPECT_EQ(host.log, Lines{});
+}
+
+TEST_F(PosixFiles, NamesThatAreNoUtf8Work) {
+    const std::wstring name = fromUtf8("n\xFFme \xC3\xA9");
+    EXPECT_TRUE(writeFile(folder.path(name), L"text"));
+    EXPECT_EQ(gstrReadFile(folder.path(name)), L"text");
+    EXPECT_EQ(folder.names(), Lines{"n\xFFme \xC3\xA9"});
+}
+
+TEST_F(PosixFiles, RefusedTargets) {
+    putOddities();
+    const std::wstring here = folder.path();
+    const Lines before = folder.names();
+    const struct {
+        int number;
+        std::wstring path;
+        std::string reason;
+    } cases[] = {
+        {75, here, "Is a directory"},
+        {75, here + L"/pipe", "it is not an ordinary file"},
+        {75, L"/dev/null", "it is not an ordinary file"},
+        {75, here + L"/loop", "Too many levels of symbolic links"},
+        {53, here + L"/no/such", "No such file or directory"},
+        {75, here + L"/file/below", "Not a directory"},
+    };
+    for (const auto& c : cases) {
+        host.log.clear();
+        EXPECT_FALSE(writeFile(c.path, L"new"));
+        EXPECT_EQ(host.log, Lines{"ask: Error (" + std::to_string(c.number) + "): Cannot write '" +
+                                  toUtf8(c.path) + "': " + c.reason +
+                                  " in 'gWriteFile' | Kestrel | exclamation | ok"});
+    }
+    EXPECT_EQ(folder.bytes(L"file"), "text");
+    EXPECT_EQ(folder.names(), before);
+}
+
+TEST_F(PosixFiles, TemporaryFileIsPrivate) {
+    const std::filesystem::path path(toUtf8(gstrTempFile()));
+    EXPECT_EQ(std::filesystem::status(path).permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    std::filesystem::remove(path);
+}
+
+TEST_F(PosixFiles, NoFileCanBeMadeInAFolderOfTheSystem) {
+    EXPECT_FALSE(filesystem::isWritableFolder(L"/proc/self"));
+}
+
+TEST_F(PosixFiles, PartsOfPaths) {
+    EXPECT_EQ(folderOf(L"a\\b.gas"), L"");
+    EXPECT_EQ(fileName(L"a\\b.gas"), L"a\\b.gas");
+    EXPECT_EQ(joinPath(L"/a", L"b"), L"/a/b");
+}
+
+TEST_F(PosixFiles, UserFolderFollowsTheEnvironment) {
+    ::setenv("XDG_CONFIG_HOME", "/some/where", 1);
+    EXPECT_EQ(filesystem::userFolder(), L"/some/where/kestrel");
+    ::setenv("XDG_CONFIG_HOME", "relative", 1);
+    ::setenv("HOME", "/home/mina", 1);
+    EXPECT_EQ(filesystem::userFolder(), L"/home/mina/.config/kestrel");
+    ::unsetenv("XDG_CONFIG_HOME");
+    EXPECT_EQ(filesystem::userFolder(), L"/home/mina/.config/kestrel");
+}
+
+}  // namespace
+}  // namespace kestrel
