@@ -6,6 +6,7 @@
 #include "services/errors.h"
 #include "services/files.h"
 #include "services/filesystem.h"
+#include "services/process.h"
 #include "ui/common/strings.h"
 #include "ui/frmMain/frmMain.h"
 
@@ -24,6 +25,7 @@ std::wstring commandFile(const wxArrayString& arguments) {
 }  // namespace
 
 bool App::OnInit() {
+    settleProcess();
     // The program has no options, so the toolkit reads none of its own.
     const std::wstring file = commandFile(argv.GetArguments());
     SetAppName("kestrel");

@@ -47,15 +47,20 @@ class Commands : public UiTest {
 };
 
 // The dialog that the command `run` opens: its title and, of a viewer, the text.
+// `use` works with a viewer that is shown.
 struct Seen {
     std::string title;
     std::wstring text;
 };
 
-Seen seenBy(const std::function<void()>& run) {
+Seen seenBy(const std::function<void()>& run, const std::function<void(frmView&)>& use = {}) {
     Seen seen;
     const ExpectDialog dialog([&](wxDialog& shownDialog) {
-        const auto* viewer = dynamic_cast<frmView*>(&shownDialog);
+        auto* viewer = dynamic_cast<frmView*>(&shownDialog);
+        if (use && viewer != nullptr) {
+            show(*viewer);
+            use(*viewer);
+        }
         seen = {shownDialog.GetTitle().utf8_string(), viewer ? viewer->TextBlock() : L""};
         return wxID_CANCEL;
     });
@@ -275,6 +280,23 @@ TEST_F(Commands, ReloadFromAViewerKeepsTheSelection) {
     EXPECT_EQ(window->selectedTemplate()->Name, L"Template0");
 }
 
+TEST_F(Commands, SavingASourceAsksOnceMoreWhenAnotherProgramChangedTheFile) {
+    const auto questions = [this] {
+        host.log.clear();
+        host.files = {folder.path(L"props.gas")};
+        seenBy([&] { command("Source"); }, [](frmView& view) { click(*view.cmdCommands[1]); });
+        return host.logged("ask: ").size();
+    };
+    open();
+    EXPECT_EQ(questions(), 1U);
+    EXPECT_EQ(questions(), 1U) << "what Kestrel wrote itself is no change";
+    folder.put(L"props.gas", std::string(kFile) + "\r\n");
+    EXPECT_EQ(questions(), 2U);
+    folder.put(L"props.gas", std::string(kFile) + "\r\n\r\n");
+    window->reload();
+    EXPECT_EQ(questions(), 1U) << "loaded again";
+}
+
 TEST_F(Commands, DoubleClicksFollowTheChain) {
     open();
     window->lvwProperties->selectRow(2);
@@ -351,6 +373,23 @@ TEST_F(Commands, KeysRunCommandsAndLeaveTheHistoryItsOwn) {
         EXPECT_TRUE(event.GetSkipped()) << static_cast<char>(code);
     }
     EXPECT_EQ(host.log, Lines{});
+}
+
+TEST_F(Commands, MarkedLettersWorkFromEveryPane) {
+    open();
+    const auto title = [&](wxWindow& focused, int letter) {
+        return seenBy([&] { key(focused, letter, wxMOD_ALT); }).title;
+    };
+    EXPECT_EQ(title(*window->lvwTemplates, 'P'), "View Parsed Text: Crate");
+    EXPECT_EQ(title(*window->cboHistory, 'L'), "View Listed Text: Crate");
+    key(*window->lvwTemplates, 'S', wxMOD_ALT);
+    EXPECT_TRUE(window->tvwInfo->HasFocus());
+    host.log.clear();
+    key(*window->tvwInfo, 'T', wxMOD_ALT);
+    EXPECT_EQ(host.log, Lines{}) << "the button is hidden";
+    key(*window->tvwInfo, 'D', wxMOD_ALT);
+    settle();
+    EXPECT_TRUE(wxTopLevelWindows.empty());
 }
 
 TEST_F(Commands, EscapeClosesTheWindow) {

@@ -255,8 +255,10 @@ TEST_F(Export, OnlyItsWidthGrows) {
     settle();
     EXPECT_EQ(dialog->cboSourceFolder->GetSize().x, box + 200);
     EXPECT_EQ(dialog->GetMaxClientSize().y, height);
-    EXPECT_EQ(dialog->cboSourceFolder->GetScreenPosition().x,
-              dialog->txtTitle->GetScreenPosition().x);
+    const auto left = [](const wxWindow* control) {
+        return control->GetParent()->ClientToScreen(control->GetPosition()).x;
+    };
+    EXPECT_EQ(left(dialog->cboSourceFolder), left(dialog->txtTitle));
 }
 
 }  // namespace

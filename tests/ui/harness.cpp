@@ -6,8 +6,11 @@
 #include <wx/evtloop.h>
 #include <wx/log.h>
 #include <wx/toplevel.h>
+#include <wx/utils.h>
 
 #include <chrono>
+
+#include "ui/common/strings.h"
 
 namespace kestrel::test {
 namespace {
@@ -34,7 +37,7 @@ void runEvents() {
 bool sendKey(wxWindow& window, wxEventType type, int code, int modifiers) {
     wxKeyEvent event(type);
     event.m_keyCode = code;
-    event.m_uniChar = code < WXK_START ? code : 0;
+    event.m_uniChar = static_cast<wxChar>(code < WXK_START ? code : 0);
     event.SetRawControlDown((modifiers & wxMOD_CONTROL) != 0);
     event.SetControlDown((modifiers & wxMOD_CONTROL) != 0);
     event.SetShiftDown((modifiers & wxMOD_SHIFT) != 0);
@@ -125,6 +128,25 @@ void key(wxWindow& focused, int code, int modifiers) {
     }
     sendKey(focused, wxEVT_KEY_UP, code, modifiers);
     settle();
+}
+
+TemporaryFilesIn::TemporaryFilesIn(const TempFolder& folder) {
+    // By the names that the systems ask for.
+    for (const char* name : {"TMPDIR", "TMP"}) {
+        wxString value;
+        before_[name] = wxGetEnv(name, &value) ? std::optional(value) : std::nullopt;
+        wxSetEnv(name, toWx(folder.path()));
+    }
+}
+
+TemporaryFilesIn::~TemporaryFilesIn() {
+    for (const auto& [name, value] : before_) {
+        if (value) {
+            wxSetEnv(name, *value);
+        } else {
+            wxUnsetEnv(name);
+        }
+    }
 }
 
 ExpectDialog::ExpectDialog(std::function<int(wxDialog&)> answer) : answer_(std::move(answer)) {

@@ -42,7 +42,7 @@ TEST_F(RealKeys, FindInTheMainWindow) {
 }
 
 TEST_F(RealKeys, SaveEditAndLeaveAViewer) {
-    wxSetEnv("TMPDIR", toWx(folder.path()));
+    const TemporaryFilesIn here(folder);
     auto* viewer = new frmView(nullptr, {});
     viewer->TextBlock(L"one two one");
     viewer->SetTitle("Edit");
@@ -61,7 +61,6 @@ TEST_F(RealKeys, SaveEditAndLeaveAViewer) {
               [&] { return fromWx(viewer->stbMain->GetStatusText(2)) == L"Char: 11"; });
     press(WXK_ESCAPE);
     waitUntil("Esc closes the viewer", [] { return wxTopLevelWindows.empty(); });
-    wxUnsetEnv("TMPDIR");
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "services/bytes.h"
 #include "services/files.h"
+#include "services/filesystem.h"
 #include "services/histories.h"
 #include "support/shown.h"
 #include "tank/library.h"
@@ -76,7 +77,7 @@ class Tank : public UiTest {
                   "dir|name=art|path=\n"
                   ".file|name=a.gas|path=\\art|size=3|comp=2|crc=-5|format=1|data=x\\0y\n");
     std::unique_ptr<TankLibrary> library =
-        makeTankLibrary({std::wstring(folderOf(fromUtf8(KESTREL_TANK)))});
+        makeTankLibrary({std::wstring(folderOf(filesystem::absolutePath(fromUtf8(KESTREL_TANK))))});
     frmTank* dialog = nullptr;
 };
 
@@ -260,16 +261,16 @@ TEST_F(Tank, KeysReachThePathAndCloseTheDialog) {
     settle();
     key(*dialog->cmdCommands[frmTank::kTest], 'S', wxMOD_ALT);
     EXPECT_TRUE(dialog->cboTankFilename->HasFocus());
-    for (const int other : {'T', 'X', '&'})
-        key(*dialog->cmdCommands[frmTank::kTest], other, wxMOD_ALT);
+    for (const int other : {'X', '&'}) key(*dialog->cmdCommands[frmTank::kTest], other, wxMOD_ALT);
     EXPECT_TRUE(dialog->cmdCommands[frmTank::kTest]->HasFocus());
+    key(*dialog->cboTankFilename, 'T', wxMOD_ALT);
+    EXPECT_EQ(host.log, Lines{"ask: Tank test passed. | Kestrel | information | ok"});
     gProgram().progressShowing = true;
     key(*dialog->cboTankFilename, WXK_ESCAPE);
     EXPECT_TRUE(isOpen()) << "not while a report is made";
     gProgram().progressShowing = false;
     key(*dialog->cmdCommands[frmTank::kList], WXK_ESCAPE);
     EXPECT_FALSE(isOpen());
-    EXPECT_EQ(host.log, Lines{});
 }
 
 TEST_F(Tank, MinimisingItMinimisesTheMainWindow) {

@@ -16,7 +16,8 @@ class ViewTest : public UiTest {
     ViewTest() { gProgram().version.fileDescription = L"Kestrel"; }
 
     void open(std::wstring_view text, bool canEdit) {
-        view = new frmView(nullptr, {[this] { return openPath; }, [this] { ++reloads; }});
+        view = new frmView(nullptr, {[this] { return openPath; }, [this] { ++reloads; },
+                                     [this] { return loaded; }});
         view->TextBlock(text);
         view->CanEdit(canEdit);
         view->SetTitle("View Source: oak");
@@ -53,6 +54,7 @@ class ViewTest : public UiTest {
 
     frmView* view = nullptr;
     std::wstring openPath = folder.path(L"open.gas");
+    std::optional<FileStamp> loaded;
     int reloads = 0;
 };
 
@@ -171,8 +173,23 @@ TEST_F(ViewTest, SavesOverTheOpenFileAndReloadsIt) {
     EXPECT_EQ(reloads, 2);
 }
 
+TEST_F(ViewTest, KeepsAnotherProgramsChangeAndTheEditedTextOnNo) {
+    folder.put(L"open.gas", "before");
+    loaded = fileStamp(openPath);
+    open(L"[a]", true);
+    type("x");
+    folder.put(L"open.gas", "changed meanwhile");
+    host.files = {openPath};
+    host.answers = {Answer::yes, Answer::no};
+    key(*view->txtView, 'S', wxMOD_CONTROL);
+    EXPECT_EQ(host.logged("ask: The file has been changed by another program").size(), 1U);
+    EXPECT_EQ(folder.bytes(L"open.gas"), "changed meanwhile");
+    EXPECT_TRUE(view->TextBlockChanged());
+    EXPECT_EQ(reloads, 0);
+}
+
 TEST_F(ViewTest, HandsItsTextToSkritPad) {
-    wxSetEnv("TMPDIR", folder.native().native());
+    const TemporaryFilesIn here(folder);
     gProgram().settings.skritpad = L"/opt/pad";
     open(L"text", false);
     key(*view->txtView, 'E', wxMOD_CONTROL);
@@ -183,7 +200,6 @@ TEST_F(ViewTest, HandsItsTextToSkritPad) {
     host.missingProgram = L"/opt/pad";
     click(*view->cmdCommands[5]);
     EXPECT_TRUE(host.log.back().starts_with("ask: Error (53): File not found in '"));
-    wxUnsetEnv("TMPDIR");
 }
 
 }  // namespace

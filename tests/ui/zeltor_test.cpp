@@ -187,10 +187,10 @@ TEST_F(ZeltorTest, ARefusedStartShowsNoLog) {
     open();
     fill("words");
     press(frmZeltor::kCreate);
-    EXPECT_EQ(host.log,
-              (Lines{"ask: Error (-2147219504): Cannot start '" + shown(folder.path()) +
-                     "/my zeltor': No such file or directory in 'gExecZeltor' | Kestrel | "
-                     "exclamation | ok"}));
+    ASSERT_EQ(host.log.size(), 1U);
+    EXPECT_TRUE(host.log[0].starts_with("ask: Error (-2147219504): Cannot start '" +
+                                        shown(folder.path(L"my zeltor")) + "': "));
+    EXPECT_TRUE(host.log[0].ends_with(" in 'gExecZeltor' | Kestrel | exclamation | ok"));
 }
 
 TEST_F(ZeltorTest, PickersFillTheBoxesAndTheHistories) {
@@ -221,7 +221,7 @@ TEST_F(ZeltorTest, PriorityTakesDigitsAlone) {
     const auto passes = [this](int code) {
         wxKeyEvent event(wxEVT_CHAR);
         event.m_keyCode = code;
-        event.m_uniChar = code < WXK_START ? code : 0;
+        event.m_uniChar = static_cast<wxChar>(code < WXK_START ? code : 0);
         event.SetEventObject(dialog->txtPriority);
         dialog->txtPriority->GetEventHandler()->ProcessEvent(event);
         return event.GetSkipped();

@@ -13,4 +13,9 @@ bool showDesktopProperties(const std::wstring& path);
 // none, or the editor cannot be started.
 void openTextEditor(const std::wstring& path);
 
+// The time of day and the date of now as the user's system writes them at
+// length.
+std::wstring longTimeText();
+std::wstring longDateText();
+
 }  // namespace kestrel

@@ -1,10 +1,13 @@
 #include <gio/gio.h>
+#include <wx/datetime.h>
+#include <wx/uilocale.h>
 
 #include <memory>
 
 #include "services/bytes.h"
 #include "services/errors.h"
 #include "ui/common/desktop.h"
+#include "ui/common/strings.h"
 
 namespace kestrel {
 namespace {
@@ -51,6 +54,18 @@ void openTextEditor(const std::wstring& path) {
     const std::wstring reason = fromUtf8(error->message);
     g_error_free(error);
     throw RunTimeError(kFileNotFound, L"Cannot start the text editor: " + reason);
+}
+
+std::wstring longTimeText() {
+    return fromWx(wxDateTime::Now().Format(wxS("%X")));
+}
+
+std::wstring longDateText() {
+    const wxDateTime now = wxDateTime::Now();
+    const wxString name = wxUILocale::GetCurrent().GetName();
+    // The format that a system without a language of its own has is for logs.
+    const bool plain = name.empty() || name == "C" || name.StartsWith("C.") || name == "POSIX";
+    return fromWx(now.Format(plain ? wxS("%A, %B %d, %Y") : wxS("%A, %d %B %Y")));
 }
 
 }  // namespace kestrel

@@ -2,6 +2,8 @@
 
 #include <shellapi.h>
 
+#include <iterator>
+
 #include "services/errors.h"
 #include "ui/common/desktop.h"
 
@@ -11,6 +13,7 @@ bool showDesktopProperties(const std::wstring& path) {
     SHELLEXECUTEINFOW request{};
     request.cbSize = sizeof request;
     request.fMask = SEE_MASK_INVOKEIDLIST | SEE_MASK_NOCLOSEPROCESS | SEE_MASK_FLAG_NO_UI;
+    request.hwnd = GetActiveWindow();
     request.lpVerb = L"properties";
     request.lpFile = path.c_str();
     request.nShow = SW_SHOWNORMAL;
@@ -28,6 +31,20 @@ void openTextEditor(const std::wstring& path) {
     request.nShow = SW_SHOWNORMAL;
     if (!ShellExecuteExW(&request))
         throwSystemError(static_cast<int>(GetLastError()), L"Cannot edit", path);
+}
+
+std::wstring longTimeText() {
+    wchar_t text[128] = {};
+    GetTimeFormatEx(LOCALE_NAME_USER_DEFAULT, 0, nullptr, nullptr, text,
+                    static_cast<int>(std::size(text)));
+    return text;
+}
+
+std::wstring longDateText() {
+    wchar_t text[128] = {};
+    GetDateFormatEx(LOCALE_NAME_USER_DEFAULT, DATE_LONGDATE, nullptr, nullptr, text,
+                    static_cast<int>(std::size(text)), nullptr);
+    return text;
 }
 
 }  // namespace kestrel

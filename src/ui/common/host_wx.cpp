@@ -1,13 +1,11 @@
 #include "ui/common/host_wx.h"
 
 #include <wx/clipbrd.h>
-#include <wx/datetime.h>
 #include <wx/dirdlg.h>
 #include <wx/filename.h>
 #include <wx/msgdlg.h>
 #include <wx/textdlg.h>
 #include <wx/toplevel.h>
-#include <wx/uilocale.h>
 #include <wx/utils.h>
 
 #include <algorithm>
@@ -116,15 +114,11 @@ void ClipboardWx::setText(std::wstring_view text) {
 }
 
 std::wstring ClockWx::longTime() const {
-    return fromWx(wxDateTime::Now().Format(wxS("%X")));
+    return longTimeText();
 }
 
 std::wstring ClockWx::longDate() const {
-    const wxDateTime now = wxDateTime::Now();
-    const wxString name = wxUILocale::GetCurrent().GetName();
-    // The format that a system without a language of its own has is for logs.
-    const bool plain = name.empty() || name == "C" || name.StartsWith("C.") || name == "POSIX";
-    return fromWx(now.Format(plain ? wxS("%A, %B %d, %Y") : wxS("%A, %d %B %Y")));
+    return longDateText();
 }
 
 void OwnerWx::enable(bool enabled) {

@@ -1,13 +1,13 @@
 #include "ui/common/pathdialog.h"
 
 #include <wx/dnd.h>
-#include <wx/statbox.h>
 
 #include <algorithm>
 
 #include "services/errors.h"
 #include "services/histories.h"
 #include "ui/common/buttons.h"
+#include "ui/common/mnemonics.h"
 #include "ui/common/strings.h"
 
 namespace kestrel {
@@ -29,12 +29,6 @@ class PathDropTarget final : public wxFileDropTarget {
   private:
     Takes takes_;
 };
-
-// The letter behind the first "&" of the caption; none of them shows an "&".
-bool hasMnemonic(const wxString& caption, int letter) {
-    const wxString behind = caption.AfterFirst('&').Upper();
-    return !behind.empty() && behind[0] == letter;
-}
 
 }  // namespace
 
@@ -118,23 +112,8 @@ void PathDialog::keepHeight() {
     SetMaxClientSize(wxSize(wxDefaultCoord, least.y));
 }
 
-// Gives the keyboard to the first control of the frame with that letter.
-bool PathDialog::focusFrame(int letter) {
-    for (wxWindow* child : GetChildren()) {
-        const auto* frame = dynamic_cast<wxStaticBox*>(child);
-        if (frame == nullptr || !hasMnemonic(frame->GetLabel(), letter)) continue;
-        for (wxWindow* control : frame->GetChildren()) {
-            if (!control->CanAcceptFocusFromKeyboard()) continue;
-            control->SetFocus();
-            return true;
-        }
-    }
-    return false;
-}
-
 void PathDialog::keyPressed(wxKeyEvent& event) {
-    // The toolkit would press the default button for the caption of a frame.
-    if (event.GetModifiers() == wxMOD_ALT && focusFrame(event.GetKeyCode())) return;
+    if (event.GetModifiers() == wxMOD_ALT && pressMnemonic(*this, event.GetKeyCode())) return;
     if (event.GetKeyCode() != WXK_ESCAPE) {
         event.Skip();
     } else if (listIsOpen()) {

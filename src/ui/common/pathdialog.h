@@ -57,7 +57,6 @@ class PathDialog : public wxDialog {
 
   private:
     void keepHeight();
-    bool focusFrame(int letter);
     void keyPressed(wxKeyEvent& event);
     void closing(wxCloseEvent& event);
     bool listIsOpen() const;

@@ -8,6 +8,7 @@
 
 #include "services/errors.h"
 #include "ui/common/buttons.h"
+#include "ui/common/mnemonics.h"
 #include "ui/common/strings.h"
 
 namespace kestrel {
@@ -47,7 +48,8 @@ TextCommands::TextCommands(wxTopLevelWindow& window, OpenFile openFile)
 
 void TextCommands::activated(wxActivateEvent& event) {
     pressed_ = nullptr;
-    if (event.GetActive()) takeCaption();
+    // A window that takes the keyboard before it is shown may have no caption yet.
+    if (event.GetActive() && window_.IsShown()) takeCaption();
     event.Skip();
 }
 
@@ -117,6 +119,7 @@ void TextCommands::keyPressed(wxKeyEvent& event) {
         return one.key == event.GetKeyCode() && one.modifiers == event.GetModifiers();
     });
     pressed_ = row == kRows.end() ? nullptr : row;
+    if (event.GetModifiers() == wxMOD_ALT && pressMnemonic(window_, event.GetKeyCode())) return;
     event.Skip();
 }
 

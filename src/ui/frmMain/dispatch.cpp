@@ -5,6 +5,7 @@
 
 #include "services/errors.h"
 #include "services/tools.h"
+#include "ui/common/mnemonics.h"
 #include "ui/common/strings.h"
 #include "ui/common/toolbarstyle.h"
 #include "ui/frmMain/frmMain.h"
@@ -113,6 +114,7 @@ void frmMain::keyPressed(wxKeyEvent& event) {
         if (row.code == WXK_ESCAPE && cboHistory->isOpen()) break;
         return run(mainCommand(row.place, row.command));
     }
+    if (event.GetModifiers() == wxMOD_ALT && pressMnemonic(*this, event.GetKeyCode())) return;
     event.Skip();
 }
 

@@ -24,7 +24,7 @@ constexpr std::wstring_view kTargetFilter =
     L"Party Files (*.dsparty)|*.dsparty";
 
 std::wstring quotedText(const wxTextCtrl& box) {
-    return quoted(fromWx(box.GetValue()));
+    return kestrel::quoted(fromWx(box.GetValue()));
 }
 
 std::wstring flag(const wxCheckBox& box, std::wstring_view option) {
