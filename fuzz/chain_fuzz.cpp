@@ -1,0 +1,77 @@
+// Chains of templates over files of any bytes.
+#include <filesystem>
+#include <vector>
+
+#include "fuzz/fuzz.h"
+#include "gas/chain.h"
+#include "gas/modGas.h"
+#include "services/files.h"
+#include "support/recordinghost.h"
+
+namespace kestrel::fuzz {
+namespace {
+
+constexpr char kNextFile = '\x01';
+constexpr std::size_t kMostFiles = 4;
+constexpr std::size_t kMostClicks = 12;
+
+// The parts of the input, each as a file; the first two are listed in "spec.his".
+std::vector<std::wstring> putFiles(Input input) {
+    const std::filesystem::path folder = workFolder().native();
+    std::filesystem::current_path(folder);
+    std::vector<std::wstring> files;
+    std::string_view rest = input.rest();
+    while (files.size() < kMostFiles && (files.empty() || !rest.empty())) {
+        const std::string_view part = rest.substr(0, rest.find(kNextFile));
+        files.push_back(workFolder().put(std::to_wstring(files.size()) + L".gas", part));
+        rest.remove_prefix(std::min(part.size() + 1, rest.size()));
+    }
+    std::wstring list;
+    for (std::size_t i = 0; i < std::min<std::size_t>(files.size(), 2); ++i) {
+        list += files[i] + L"\r\n";
+    }
+    workFolder().put(L"spec.his", narrow(list));
+    return files;
+}
+
+void checkNodes(const SpecializesChain& chain) {
+    for (std::size_t i = 0; i < chain.nodes().size(); ++i) {
+        const ChainNode& node = chain.nodes()[i];
+        require(i == 0 ? node.parent == ChainNode::kNoParent : node.parent < i);
+        require(node.tag.empty() || fileExists(node.tag));
+    }
+    require(!chain.nodes().empty() || chain.text().empty());
+}
+
+void walk(test::RecordingHost& host, const std::wstring& name,
+          const std::vector<std::wstring>& files) {
+    SpecializesChain chain;
+    chain.open(name, files.front());
+    checkNodes(chain);
+    for (std::size_t i = 0; i < std::min(chain.nodes().size(), kMostClicks); ++i) {
+        host.files.assign(1, files.back());
+        const std::size_t before = chain.nodes().size();
+        chain.click(i);
+        require(!chain.text().empty() && chain.nodes().size() - before <= 1);
+        checkNodes(chain);
+    }
+    chain.saveFiles();
+    for (const std::wstring& file : files) {
+        require(std::ranges::count(chain.files(), file) <= 1);
+    }
+}
+
+}  // namespace
+
+void run(Input input) {
+    test::RecordingHost host;
+    gProgram().folder = workFolder().path();
+    const std::vector<std::wstring> files = putFiles(input);
+    std::vector<GasTemplate> templates;
+    std::wstring path = files.front();
+    gblnLoadGas(path, templates, nullptr);
+    walk(host, chainName(templates.front()), files);
+    walk(host, chainName(templates.back()), files);
+}
+
+}  // namespace kestrel::fuzz
