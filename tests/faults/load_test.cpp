@@ -63,7 +63,7 @@ TEST_F(Load, HundredThousandTemplates) {
 
 TEST_F(Load, ATemplateOfAMillionProperties) {
     std::string text = "[t:template,n:big]\r\n{\r\n";
-    for (int i = 0; i < 1'000'000; ++i) text += "x" + std::to_string(i) + " = 1;\r\n";
+    for (int i = 0; i < 1'000'000; ++i) text.append("x").append(std::to_string(i)) += " = 1;\r\n";
     const std::wstring rendered = loadAndRender(put(text + "}\r\n"), 1);
     EXPECT_NE(rendered.find(L"x999999"), rendered.npos);
 }
