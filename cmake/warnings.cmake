@@ -3,6 +3,10 @@
 add_library(kestrel_options INTERFACE)
 target_compile_options(kestrel_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+# GCC 12 sees an overlap wherever a literal is put before a text.
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  target_compile_options(kestrel_options INTERFACE -Wno-restrict)
+endif()
 if(KESTREL_SANITIZE)
   target_compile_options(kestrel_options INTERFACE
     -fsanitize=${KESTREL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -28,8 +28,10 @@ bool usable(const wxWindow& window) {
 }
 
 void runEvents() {
+    // A slow display may ask for more painting than it gets done.
+    constexpr int kMost = 1000;
     wxEventLoopBase* loop = wxEventLoopBase::GetActive();
-    while (loop->Pending()) loop->Dispatch();
+    for (int i = 0; i < kMost && loop->Pending(); ++i) loop->Dispatch();
     wxTheApp->ProcessPendingEvents();
     loop->ProcessIdle();
 }

@@ -19,7 +19,7 @@ namespace {
 using namespace std::chrono_literals;
 
 // Longer than any window test may take.
-constexpr auto kHung = 60s;
+constexpr auto kHung = 110s;
 
 // What the toolkit would show a user as an error is a failure of the test.
 class FailingLog final : public wxLog {
