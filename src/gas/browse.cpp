@@ -11,12 +11,19 @@ namespace {
 
 struct SortKey {
     std::wstring folded;
-    std::wstring text;
+    std::wstring mixed;  // the text, where it differs from the folded one
 
+    const std::wstring& text() const noexcept { return mixed.empty() ? folded : mixed; }
     int compare(const SortKey& other) const noexcept {
         const int order = folded.compare(other.folded);
-        return order != 0 ? order : text.compare(other.text);
+        return order != 0 ? order : text().compare(other.text());
     }
+};
+
+// A row and the start of its key as a number, which decides most comparisons.
+struct SortRow {
+    std::uint64_t start;
+    std::uint32_t position;
 };
 
 std::vector<SortKey> sortKeys(std::size_t count,
@@ -25,9 +32,37 @@ std::vector<SortKey> sortKeys(std::size_t count,
     keys.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
         std::wstring text = sortText(i);
-        keys.push_back({lowerCase(text), std::move(text)});
+        std::wstring folded = lowerCase(text);
+        if (folded == text) text = {};
+        keys.push_back({std::move(folded), std::move(text)});
     }
     return keys;
+}
+
+// How many characters all keys begin with: names of one file often do.
+std::size_t commonStart(const std::vector<SortKey>& keys) {
+    if (keys.empty()) return 0;
+    std::wstring_view common = keys.front().folded;
+    for (const SortKey& key : keys) {
+        const auto end =
+            std::mismatch(common.begin(), common.end(), key.folded.begin(), key.folded.end()).first;
+        common = common.substr(0, static_cast<std::size_t>(end - common.begin()));
+    }
+    return common.size();
+}
+
+// The characters of `key` from `begin` on that fit into a number, in their order.
+std::uint64_t startOf(std::wstring_view key, std::size_t begin) noexcept {
+    constexpr int kCharacters = 3;
+    constexpr int kBits = 21;
+    constexpr std::int64_t kMost = (1 << kBits) - 1;
+    std::uint64_t start = 0;
+    for (std::size_t i = begin; i < begin + kCharacters; ++i) {
+        const std::int64_t code = i < key.size() ? static_cast<std::int64_t>(key[i]) : 0;
+        start =
+            start << kBits | static_cast<std::uint64_t>(std::clamp<std::int64_t>(code, 0, kMost));
+    }
+    return start;
 }
 
 bool breaksLine(wchar_t c) noexcept {
@@ -53,10 +88,18 @@ RowOrder rowOrder(std::size_t count, const SortState& state,
     std::iota(order.begin(), order.end(), 0U);
     if (!state.sorted) return order;
     const std::vector<SortKey> keys = sortKeys(count, sortText);
-    std::stable_sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) {
-        const int result = keys[a].compare(keys[b]);
+    const std::size_t common = commonStart(keys);
+    std::vector<SortRow> rows;
+    rows.reserve(count);
+    for (const std::uint32_t position : order) {
+        rows.push_back({startOf(keys[position].folded, common), position});
+    }
+    std::stable_sort(rows.begin(), rows.end(), [&](const SortRow& a, const SortRow& b) {
+        if (a.start != b.start) return (a.start < b.start) != state.descending;
+        const int result = keys[a.position].compare(keys[b.position]);
         return state.descending ? result > 0 : result < 0;
     });
+    std::ranges::transform(rows, order.begin(), &SortRow::position);
     return order;
 }
 

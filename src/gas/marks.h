@@ -32,7 +32,7 @@ inline constexpr std::size_t kMarkBlock = 64;
 
 // Bit i tells whether byte i of the kMarkBlock bytes at `text` is a mark.
 inline std::uint64_t markBits(const char* text) noexcept {
-    std::array<std::uint8_t, kMarkBlock> hits;
+    std::array<std::uint8_t, kMarkBlock> hits{};
     for (std::size_t i = 0; i < kMarkBlock; ++i) hits[i] = distanceToMark(text[i]) == 0 ? 1 : 0;
     std::uint64_t bits = 0;
     for (std::size_t i = 0; i < kMarkBlock; i += 8) {
@@ -48,12 +48,11 @@ inline std::uint64_t markBits(const char* text) noexcept {
 template <class Visit>
 void forEachMark(std::string_view text, Visit&& visit) {
     const char* at = text.data();
-    std::array<char, kMarkBlock> rest;
+    std::array<char, kMarkBlock> rest{};
     for (std::size_t left = text.size(); left > 0;) {
         const char* block = at;
         const std::size_t length = left < kMarkBlock ? left : kMarkBlock;
         if (length < kMarkBlock) {
-            rest.fill(0);
             std::memcpy(rest.data(), at, length);
             block = rest.data();
         }

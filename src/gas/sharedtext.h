@@ -16,6 +16,7 @@ namespace kestrel {
 // A text whose copies share one storage: most properties of a file stand in few
 // sub-blocks and bear few names. A value like any text; it never changes.
 // Copies must stay in one thread: the program has no other.
+// NOLINTNEXTLINE(cppcoreguidelines-special-member-functions): one assignment does both.
 class SharedText {
   public:
     SharedText() = default;

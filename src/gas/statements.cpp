@@ -68,13 +68,14 @@ constexpr std::uint8_t firstRule(unsigned content) {
     return kNoRule;
 }
 
-constexpr auto kRuleOfContent = [] {
+constexpr std::array<std::uint8_t, 256> rulesOfContents() {
     std::array<std::uint8_t, 256> rules{};
     for (unsigned content = 0; content < rules.size(); ++content) {
         rules[content] = firstRule(content);
     }
     return rules;
-}();
+}
+constexpr std::array<std::uint8_t, 256> kRuleOfContent = rulesOfContents();
 
 bool equalsWithoutCase(std::string_view text, std::string_view lower) {
     if (text.size() != lower.size()) return false;

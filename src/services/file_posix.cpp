@@ -32,7 +32,7 @@ void File::Failure::raise() const {
     throwSystemError(errno, action, path);
 }
 
-File::File(const std::string& name, int flags, mode_t mode, Failure failure)
+File::File(const std::string& name, int flags, mode_t mode, const Failure& failure)
     : descriptor_(uninterrupted([&] { return ::open(name.c_str(), flags | O_CLOEXEC, mode); })),
       failure_(failure) {
     if (descriptor_ < 0) failure_.raise();

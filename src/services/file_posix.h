@@ -24,7 +24,7 @@ class File {
         [[noreturn]] void raise() const;
     };
 
-    File(const std::string& name, int flags, mode_t mode, Failure failure);
+    File(const std::string& name, int flags, mode_t mode, const Failure& failure);
     ~File();
     File(const File&) = delete;
     File& operator=(const File&) = delete;

@@ -8,6 +8,7 @@ namespace {
 
 Program*& current() {
     static Program first;
+    // NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): the only one.
     static Program* program = &first;
     return program;
 }

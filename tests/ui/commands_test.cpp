@@ -400,5 +400,20 @@ TEST_F(Commands, EscapeClosesTheWindow) {
     EXPECT_NE(folder.bytes(L"info.his").find("props.gas"), std::string::npos);
 }
 
+TEST_F(Commands, ASessionThatEndsInADialogEndsItFirst) {
+    open();
+    {
+        const ExpectDialog viewer([&](wxDialog&) {
+            window->CallAfter([this] { window->Close(true); });
+            return wxID_NONE;
+        });
+        command("Listed");
+    }
+    ASSERT_NE(wxTopLevelWindows.Find(window), nullptr) << "the command was still at work in it";
+    EXPECT_FALSE(window->IsShown());
+    settle();
+    EXPECT_EQ(wxTopLevelWindows.Find(window), nullptr);
+}
+
 }  // namespace
 }  // namespace kestrel::test

@@ -202,5 +202,13 @@ TEST_F(ViewTest, HandsItsTextToSkritPad) {
     EXPECT_TRUE(host.log.back().starts_with("ask: Error (53): File not found in '"));
 }
 
+TEST_F(ViewTest, LetsTheMouseGoWhenItClosesWhileAButtonIsHeld) {
+    open(L"oak", false);
+    view->txtView->CaptureMouse();
+    key(*view->txtView, WXK_ESCAPE);
+    EXPECT_FALSE(isOpen());
+    EXPECT_EQ(wxWindow::GetCapture(), nullptr);
+}
+
 }  // namespace
 }  // namespace kestrel::test

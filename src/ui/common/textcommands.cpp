@@ -9,6 +9,7 @@
 #include "services/errors.h"
 #include "ui/common/buttons.h"
 #include "ui/common/mnemonics.h"
+#include "ui/common/mousecapture.h"
 #include "ui/common/strings.h"
 
 namespace kestrel {
@@ -44,6 +45,10 @@ TextCommands::TextCommands(wxTopLevelWindow& window, OpenFile openFile)
     txtView->Bind(wxEVT_SET_FOCUS, &TextCommands::caretMoved, this);
     txtView->Bind(wxEVT_LEFT_UP, &TextCommands::caretMoved, this);
     txtView->Bind(wxEVT_STC_UPDATEUI, &TextCommands::caretMoved, this);
+}
+
+TextCommands::~TextCommands() {
+    releaseMouse(window_);
 }
 
 void TextCommands::activated(wxActivateEvent& event) {

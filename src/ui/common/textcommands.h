@@ -23,6 +23,7 @@ class TextCommands final : public wxEvtHandler {
     enum Panel { pnlLine, pnlCol, pnlChar, pnlChars, pnlLines, kPanels };
 
     TextCommands(wxTopLevelWindow& window, OpenFile openFile);
+    ~TextCommands() override;
 
     TextPane* txtView;
     std::array<wxButton*, kButtons> cmdCommands;

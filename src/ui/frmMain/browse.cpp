@@ -108,6 +108,7 @@ void frmMain::templateSelected() {
         setPanel(pnlInfo, selectionText(*lvwTemplates->selected(), *record));
         setPanel(pnlTemplates, countText(lvwTemplates->rows().size(), L"Templates"));
         setPanel(pnlType, record->Kind);
+        lvwProperties->fill(record->Properties.size());
         fillProperties(selectedBranch());
     });
 }
@@ -148,11 +149,9 @@ void frmMain::fillProperties(std::wstring_view path) {
     if (record == nullptr) return lvwProperties->clear();
     const bool useTree = chkTree->GetValue();
     const std::wstring filter = branchFilter(path, useTree);
-    lvwProperties->fill(record->Properties.size());
-    if (!filter.empty()) {
-        lvwProperties->limit(
-            [&](RowOrder order) { return propertyRows(*record, filter, std::move(order)); });
-    }
+    // Another branch changes no order: the rows need not be sorted again.
+    lvwProperties->limit(
+        [&](RowOrder order) { return propertyRows(*record, filter, std::move(order)); });
     lvwProperties->selectRow(0);
     setPanel(pnlProps, countText(lvwProperties->rows().size(), L"Properties"));
     if (!useTree) return;

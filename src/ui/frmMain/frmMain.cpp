@@ -2,12 +2,14 @@
 
 #include <wx/app.h>
 #include <wx/dnd.h>
+#include <wx/evtloop.h>
 
 #include "gas/browse.h"
 #include "services/histories.h"
 #include "services/program.h"
 #include "services/settings.h"
 #include "services/text.h"
+#include "ui/common/mousecapture.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
 #include "ui/frmProgress/frmProgress.h"
@@ -62,6 +64,7 @@ frmMain::frmMain()
 
 frmMain::~frmMain() {
     tray_->RemoveIcon();
+    releaseMouse(*this);
     // The lists ask this window for their texts until they are gone.
     DestroyChildren();
 }
@@ -90,6 +93,10 @@ void frmMain::buildMenu() {
 void frmMain::bindWindow() {
     SetDropTarget(new GasDropTarget(*this));
     Bind(wxEVT_CLOSE_WINDOW, &frmMain::closing, this);
+    Bind(wxEVT_IDLE, [this](wxIdleEvent& event) {
+        leave();
+        event.Skip();
+    });
     Bind(wxEVT_CHAR_HOOK, &frmMain::keyPressed, this);
     Bind(wxEVT_SYS_COLOUR_CHANGED, [this](wxSysColourChangedEvent& event) {
         refreshIcons();
@@ -143,7 +150,16 @@ void frmMain::closing(wxCloseEvent& event) {
         return;
     }
     shutDown();
-    Destroy();
+    Hide();
+    left_ = true;
+    leave();
+}
+
+// A session that ends closes the window in the midst of anything. Nothing of it may
+// be at work any more when it goes: no dialog, and nothing that shows its progress.
+void frmMain::leave() {
+    const wxEventLoopBase* loop = wxEventLoopBase::GetActive();
+    if (left_ && (loop == nullptr || (loop->IsMain() && !loop->IsYielding()))) Destroy();
 }
 
 void frmMain::shutDown() {

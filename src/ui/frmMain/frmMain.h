@@ -150,6 +150,7 @@ class frmMain final : public wxFrame {
     void restore();
     void closing(wxCloseEvent& event);
     void shutDown();
+    void leave();
     wxMenu* makeFileMenu();
     void keyPressed(wxKeyEvent& event);
     bool busy() const;
@@ -174,6 +175,7 @@ class frmMain final : public wxFrame {
     TimedLauncher redLauncher_;                       // runs the builder, whatever dialogs are open
     SearchKind searchKind_ = SearchKind::none;
     std::wstring lastSearch_[2];  // of the templates and the properties
+    bool left_ = false;           // closed, and goes when nothing of it is at work
     bool filling_ = false;        // the tree changes by code, not by the user
 };
 

@@ -23,6 +23,7 @@ constexpr int kWidth = 420;
 constexpr int kMargin = 12;
 
 frmProgress*& shownDialog() {
+    // NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): there is one screen.
     static frmProgress* dialog = nullptr;
     return dialog;
 }

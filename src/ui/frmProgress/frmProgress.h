@@ -57,6 +57,8 @@ class ProgressWindow final : public Progress {
   public:
     ProgressWindow();
     ~ProgressWindow() override;
+    ProgressWindow(const ProgressWindow&) = delete;
+    ProgressWindow& operator=(const ProgressWindow&) = delete;
 
     void show(Owner* owner) override;
     void Process(std::wstring_view text) override { window_->setProcess(text); }

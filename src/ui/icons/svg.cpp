@@ -40,7 +40,7 @@ void divideByOpacity(wxImage& image) {
 // Draws as the toolkit's own bundle does, with the colours put right.
 class SvgBundle final : public wxBitmapBundleImpl {
   public:
-    explicit SvgBundle(wxBitmapBundle svg) : svg_(std::move(svg)) {}
+    explicit SvgBundle(const wxBitmapBundle& svg) : svg_(svg) {}
 
     wxSize GetDefaultSize() const override { return svg_.GetDefaultSize(); }
     wxSize GetPreferredBitmapSizeAtScale(double scale) const override {
@@ -65,7 +65,7 @@ class SvgBundle final : public wxBitmapBundleImpl {
 wxBitmapBundle bundleFromSvg(const std::string& svg, int size) {
     wxBitmapBundle bundle = wxBitmapBundle::FromSVG(svg.c_str(), wxSize(size, size));
     if (!bundle.IsOk() || !multipliesTwice()) return bundle;
-    return wxBitmapBundle::FromImpl(new SvgBundle(std::move(bundle)));
+    return wxBitmapBundle::FromImpl(new SvgBundle(bundle));
 }
 
 }  // namespace kestrel

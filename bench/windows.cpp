@@ -1,0 +1,270 @@
+// How long the windows keep a user waiting, beside the least that could be done.
+
+#include <wx/app.h>
+#include <wx/evtloop.h>
+#include <wx/init.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "gas/load.h"
+#include "measure.h"
+#include "services/program.h"
+#include "table.h"
+#include "ui/common/host_wx.h"
+#include "ui/common/strings.h"
+#include "ui/frmMain/frmMain.h"
+#include "ui/frmView/frmView.h"
+
+namespace kestrel::bench {
+namespace {
+
+namespace fs = std::filesystem;
+using Job = std::function<void()>;
+
+constexpr int kRuns = 7;
+
+// Lets the windows paint and do what they put off, until nothing is left.
+void settle() {
+    wxEventLoopBase* loop = wxEventLoopBase::GetActive();
+    for (int quiet = 0; quiet < 3; ++quiet) {
+        while (loop->Pending()) {
+            loop->Dispatch();
+            quiet = 0;
+        }
+        loop->ProcessIdle();
+    }
+}
+
+std::string templates(int count) {
+    std::string text;
+    for (int i = 0; i < count; ++i) {
+        const std::string id = std::to_string(i * 7919LL % count);
+        text += "[t:template,n:thing_" + id + "]\r\n{\r\n\tdoc = \"Thing " + id +
+                "\";\r\n\tspecializes = \"base\";\r\n\t[look]\r\n\t{\r\n\t\tmodel = m_" + id +
+                ";\r\n\t}\r\n}\r\n";
+    }
+    return text;
+}
+
+// One template with `count` properties in a hundred blocks.
+std::string properties(int count) {
+    std::string text = "[t:template,n:wide]\r\n{\r\n";
+    for (int i = 0; i < count; ++i) {
+        if (i % (count / 100) == 0) {
+            text += (i == 0 ? "[block" : "}\r\n[block") + std::to_string(i) + "]\r\n{\r\n";
+        }
+        text +=
+            "property_" + std::to_string(i * 7919LL % count) + " = " + std::to_string(i) + ";\r\n";
+    }
+    return text + "}\r\n}\r\n";
+}
+
+class Windows {
+  public:
+    Windows() : folder_(fs::temp_directory_path() / "kestrel-bench-windows") {
+        fs::remove_all(folder_);
+        fs::create_directories(folder_);
+        gProgram().folder = folder_.wstring();
+        host_.interfaces();
+        gProgram().host.clipboard = &host_.clipboard;
+        gProgram().host.messages = &answers_;
+        window_ = new frmMain;
+        window_->Show();
+        settle();
+    }
+    ~Windows() {
+        window_->Destroy();
+        settle();
+        fs::remove_all(folder_);
+    }
+
+    std::string run() {
+        const std::wstring large = put("large.gas", templates(95'000));
+        const std::wstring wide = put("wide.gas", properties(100'000));
+        openLarge(large);
+        sortTemplates();
+        search();
+        viewLarge();
+        browseWide(wide);
+        return markdown(rows_);
+    }
+
+  private:
+    class Answers final : public Messages {
+      public:
+        Answer ask(std::wstring_view, std::wstring_view, Icon, Buttons) override {
+            return Answer::ok;
+        }
+        std::optional<std::wstring> prompt(std::wstring_view, std::wstring_view,
+                                           std::wstring_view) override {
+            return text;
+        }
+        std::wstring text;
+    };
+
+    std::wstring put(const char* name, const std::string& bytes) const {
+        std::ofstream(folder_ / name, std::ios::binary) << bytes;
+        return (folder_ / name).wstring();
+    }
+
+    // The median of the CPU milliseconds, until everything is painted, of `job`; `before` is not
+    // timed.
+    double time(const Job& job, const Job& before = {}) const {
+        std::vector<double> times;
+        for (int run = 0; run < kRuns; ++run) {
+            if (before) before();
+            settle();
+            const double start = cpuSeconds();
+            job();
+            settle();
+            times.push_back(1000 * (cpuSeconds() - start));
+        }
+        longest_ = *std::max_element(times.begin(), times.end());
+        return median(times);
+    }
+
+    void row(const std::string& name, double milliseconds, const std::string& goal) {
+        rows_.push_back({name, fixed(milliseconds, 1), fixed(longest_, 1), goal});
+    }
+
+    void openLarge(const std::wstring& large) {
+        std::vector<GasTemplate> records;
+        const double load = time([&] {
+            std::wstring path = large;
+            gblnLoadGas(path, records, nullptr);
+        });
+        row("loading a 10 MB file alone", load, "");
+        records = {};
+        const double open = time([&] { window_->openFile(large); });
+        row("opening it, until it is painted (" + fixed(open / load, 2) + " times the load)", open,
+            "2.5 times, 1 s");
+    }
+
+    void sortTemplates() {
+        row("sorting its templates", time([&] { click(*window_->lvwTemplates, 0); }), "100");
+        row("selecting one of its templates", time([&] { select(*window_->lvwTemplates); }), "100");
+    }
+
+    void search() {
+        answers_.text = L"nowhere to be found";
+        row("finding no template", time([&] { window_->find(frmMain::SearchKind::templates); }),
+            "100");
+    }
+
+    void viewLarge() {
+        std::wstring text;
+        for (const GasTemplate& record : window_->document().templates) text += record.Text;
+        const double time_ = time(
+            [&] {
+                viewer_ = new frmView(window_, {});
+                viewer_->TextBlock(text);
+                viewer_->Show();
+            },
+            [&] { close(); });
+        row("a viewer on its text", time_, "1 s");
+        answers_.text = L"nowhere to be found";
+        row("finding nothing in the viewer",
+            time([&] { viewer_->txtView->find(L"nowhere to be found"); }), "100");
+        row("a letter typed there", time([&] { viewer_->txtView->AddText("x"); }), "100");
+        close();
+    }
+
+    void browseWide(const std::wstring& wide) {
+        window_->openFile(wide);
+        row("selecting a template of 100,000 properties",
+            time([&] { window_->lvwTemplates->onSelect(); }), "100");
+        row("sorting its properties", time([&] { click(*window_->lvwProperties, 0); }), "100");
+        row("sorting them by group", time([&] { click(*window_->lvwProperties, 2); }), "100");
+        window_->chkTree->SetValue(true);
+        row("a click on its tree, which filters", time([&] { nextNode(); }), "50");
+        window_->chkTree->SetValue(false);
+        row("a click on its tree, without filter", time([&] { nextNode(); }), "50");
+        row("finding no property", time([&] { window_->find(frmMain::SearchKind::properties); }),
+            "100");
+        row("selecting one of its properties", time([&] { select(*window_->lvwProperties); }),
+            "100");
+    }
+
+    static void click(ReportList& list, int column) {
+        wxListEvent event(wxEVT_LIST_COL_CLICK, list.GetId());
+        event.SetEventObject(&list);
+        event.m_col = column;
+        list.ProcessWindowEvent(event);
+    }
+
+    void select(ReportList& list) {
+        constexpr long kState = wxLIST_STATE_SELECTED | wxLIST_STATE_FOCUSED;
+        row_ = (row_ + 37'441) % list.GetItemCount();
+        list.SetItemState(row_, kState, kState);
+        list.EnsureVisible(row_);
+    }
+
+    void nextNode() {
+        wxTreeCtrl& tree = *window_->tvwInfo;
+        const wxTreeItemId root = tree.GetRootItem();
+        wxTreeItemIdValue cookie{};
+        const wxTreeItemId next = tree.GetSelection() == root
+                                      ? tree.GetFirstChild(root, cookie)
+                                      : tree.GetNextSibling(tree.GetSelection());
+        tree.SelectItem(next.IsOk() ? next : root);
+    }
+
+    void close() {
+        if (viewer_ != nullptr) viewer_->Destroy();
+        viewer_ = nullptr;
+        settle();
+    }
+
+    fs::path folder_;
+    HostWx host_;
+    Answers answers_;
+    frmMain* window_;
+    frmView* viewer_ = nullptr;
+    long row_ = 0;
+    mutable double longest_ = 0;
+    std::vector<std::vector<std::string>> rows_{{"What", "CPU ms", "longest", "goal, ms"}};
+};
+
+class BenchApp final : public wxApp {
+  public:
+    bool OnInit() override {
+        SetExitOnFrameDelete(false);
+        CallAfter([this] {
+            std::fputs(Windows().run().c_str(), stdout);
+            ExitMainLoop();
+        });
+        return true;
+    }
+};
+
+// The least program with a window: what a start must cost.
+class EmptyApp final : public wxApp {
+  public:
+    bool OnInit() override {
+        (new wxFrame(nullptr, wxID_ANY, "empty"))->Show();
+        return true;
+    }
+};
+
+}  // namespace
+}  // namespace kestrel::bench
+
+// kestrel_bench_windows [empty]: the table, or an empty window to compare starts with.
+int main(int count, char** words) {
+    using namespace kestrel::bench;
+    const bool empty = count > 1;
+    if (empty) {
+        wxApp::SetInstance(new EmptyApp);
+    } else {
+        wxApp::SetInstance(new BenchApp);
+    }
+    int one = 1;
+    return wxEntry(one, words);
+}
