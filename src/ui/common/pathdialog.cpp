@@ -7,6 +7,7 @@
 #include "services/errors.h"
 #include "services/histories.h"
 #include "ui/common/buttons.h"
+#include "ui/common/dialogend.h"
 #include "ui/common/mnemonics.h"
 #include "ui/common/strings.h"
 
@@ -135,11 +136,7 @@ void PathDialog::closing(wxCloseEvent& event) {
         return;
     }
     for (const auto& [box, history] : boxes_) gSaveHistory(*box, history);
-    if (IsModal()) {
-        EndModal(wxID_CANCEL);
-    } else {
-        Destroy();
-    }
+    endDialog(*this);
 }
 
 }  // namespace kestrel

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "services/errors.h"
+#include "ui/common/dialogend.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
 
@@ -245,11 +246,7 @@ bool frmSpecialize::Show(bool show) {
 void frmSpecialize::closing(wxCloseEvent& event) {
     if (event.CanVeto() && !commands_.mayClose()) return event.Veto();
     saveFiles();
-    if (IsModal()) {
-        EndModal(wxID_CANCEL);
-    } else {
-        Destroy();
-    }
+    endDialog(*this);
 }
 
 void frmSpecialize::saveFiles() {

@@ -1,6 +1,7 @@
 #include "ui/frmView/frmView.h"
 
 #include "services/errors.h"
+#include "ui/common/dialogend.h"
 #include "ui/common/twips.h"
 
 namespace kestrel {
@@ -54,10 +55,8 @@ bool frmView::Show(bool show) {
 void frmView::closing(wxCloseEvent& event) {
     if (event.CanVeto() && !commands_.mayClose()) {
         event.Veto();
-    } else if (IsModal()) {
-        EndModal(wxID_CANCEL);
     } else {
-        Destroy();
+        endDialog(*this);
     }
 }
 
