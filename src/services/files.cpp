@@ -89,7 +89,7 @@ std::wstring chooseProgramFolder() {
 
 std::wstring chooseProgramFolder(std::wstring_view executables) {
     if (isPortable(executables)) return std::wstring(executables);
-    const std::wstring folder = filesystem::userFolder();
+    std::wstring folder = filesystem::userFolder();
     try {
         filesystem::makeFolder(folder);
     } catch (const RunTimeError&) {
