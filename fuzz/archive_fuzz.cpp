@@ -88,7 +88,7 @@ class RandomLibrary final : public TankLibrary {
                                                    0x8000,
                                                    0x10000,
                                                    4'000'001,
-                                                   (1 << 29) + 1};
+                                                   (1 << 27) + 1};
         const std::uint8_t choice = input_.byte();
         if (choice < 0xF0) return choice % 12;
         return kOdd[choice % kOdd.size()];

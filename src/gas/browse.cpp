@@ -66,12 +66,21 @@ std::uint64_t startOf(std::wstring_view key, std::size_t begin) noexcept {
 }
 
 bool breaksLine(wchar_t c) noexcept {
-    return c < 0x20 || c == 0x7F || c == 0x85 || c == 0x2028 || c == 0x2029;
+    return (c >= L'\t' && c <= L'\r') || c == 0x85 || c == 0x2028 || c == 0x2029;
 }
 
+// A control character shows nothing, and one that turns the direction of what
+// follows lets a name pass for another.
 bool isDrawable(wchar_t c) noexcept {
     const auto code = static_cast<char32_t>(c);
-    return code <= 0x10FFFF && (sizeof(wchar_t) == 2 || code < 0xD800 || code > 0xDFFF);
+    const auto within = [code](char32_t first, char32_t last) {
+        return code >= first && code <= last;
+    };
+    const bool controls = code < 0x20 || within(0x7F, 0x9F);
+    const bool turns =
+        code == 0x61C || within(0x200E, 0x200F) || within(0x202A, 0x202E) || within(0x2066, 0x2069);
+    const bool nowhere = code > 0x10FFFF || (sizeof(wchar_t) != 2 && within(0xD800, 0xDFFF));
+    return !controls && !turns && !nowhere;
 }
 
 }  // namespace
@@ -186,8 +195,11 @@ std::wstring lineText(std::wstring_view text) {
     constexpr std::size_t kLongest = 1000;
     std::wstring line(text.substr(0, kLongest));
     for (wchar_t& c : line) {
-        if (breaksLine(c)) c = L' ';
-        if (!isDrawable(c)) c = L'\xFFFD';
+        if (breaksLine(c)) {
+            c = L' ';
+        } else if (!isDrawable(c)) {
+            c = L'\xFFFD';
+        }
     }
     if (text.size() > kLongest) line += L'\x2026';
     return line;

@@ -68,9 +68,10 @@ std::wstring countText(std::size_t count, std::wstring_view what);
 // "Kestrel Template Browser (Kestrel v1.0.0)".
 std::wstring mainCaption(const Version& version);
 
-// `text` fit to be drawn in one line of a list or tree: characters that break or
-// end a line become blanks, those that no font or toolkit takes the replacement
-// character, and what lies beyond a thousand characters is cut.
+// `text` fit to be drawn in one line of a list, tree or caption: characters that
+// break a line become blanks, those that show nothing, turn the direction of others
+// or that no toolkit takes the replacement character, and what lies beyond a thousand
+// characters is cut.
 std::wstring lineText(std::wstring_view text);
 
 }  // namespace kestrel

@@ -11,8 +11,8 @@
 namespace kestrel {
 namespace {
 
-// More than a 32-bit program could hold as text: a count beyond it is no count.
-constexpr std::size_t kMostData = std::size_t{1} << 29;
+// More than a report of it could show: a count beyond it is no count.
+constexpr std::size_t kMostData = std::size_t{1} << 27;
 
 // Runs `call` with the library under the guard of `routine`; nothing is called
 // without a handle or a library.

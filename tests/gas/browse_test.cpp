@@ -80,7 +80,13 @@ TEST(Browse, CellsAndTextsReadAsShown) {
 
 TEST(Browse, LinesCanBeDrawnWhateverTheyHold) {
     EXPECT_EQ(lineText(L"a\r\nb\tc"), L"a  b c");
-    EXPECT_EQ(lineText(std::wstring(L"x\0y", 3)), L"x y");
+    EXPECT_EQ(lineText(L"a\vb\u0085c\u2028d"), L"a b c d");
+    EXPECT_EQ(lineText(std::wstring(L"x\0y\x01\x1B\x7F\x9Dz", 7)),
+              L"x\uFFFDy\uFFFD\uFFFD\uFFFD\uFFFD");
+    // A name that reads "harmless.gas" backwards.
+    EXPECT_EQ(lineText(L"\u202Esag.sselmrah\u2066\u200F\u061C"),
+              L"\uFFFDsag.sselmrah\uFFFD\uFFFD\uFFFD");
+    EXPECT_EQ(lineText(L"\u00E9\u20AC \u05D0"), L"\u00E9\u20AC \u05D0");
     EXPECT_EQ(lineText(std::wstring(2000, L'a')).size(), 1001U);
 }
 

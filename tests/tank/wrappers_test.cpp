@@ -176,8 +176,8 @@ TEST_F(Wrappers, DataIsCutAtItsFirstZeroAndFilledWithSpaces) {
         EXPECT_EQ(count, row.count) << row.fields;
     }
     EXPECT_EQ(errors(), Lines{});
-    EXPECT_EQ(dataOf("data=abc\\0|bytes=2147483647"), L"");
-    EXPECT_EQ(count, 2147483647);
+    EXPECT_EQ(dataOf("data=abc\\0|bytes=134217729"), L"") << "128 MB and a byte";
+    EXPECT_EQ(count, 134217729);
     EXPECT_EQ(errors(), Lines{"Error (7): Out of memory in 'gstrGetChildDataRAW'"});
 }
 

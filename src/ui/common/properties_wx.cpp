@@ -6,6 +6,7 @@
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 
+#include "services/files.h"
 #include "ui/common/desktop.h"
 #include "ui/common/host_wx.h"
 #include "ui/common/strings.h"
@@ -50,7 +51,7 @@ std::vector<std::pair<std::wstring, std::wstring>> fileFacts(const std::wstring&
 }
 
 void showOwnProperties(wxWindow* parent, const std::wstring& path) {
-    wxDialog sheet(parent, wxID_ANY, "Properties of " + wxFileName(toWx(path)).GetFullName(),
+    wxDialog sheet(parent, wxID_ANY, "Properties of " + shownLine(fileName(path)),
                    wxDefaultPosition, wxDefaultSize, wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER);
     const int margin = sheet.FromDIP(kMargin);
     auto* grid = new wxFlexGridSizer(2, margin / 2, margin);

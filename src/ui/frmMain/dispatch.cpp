@@ -101,7 +101,7 @@ void frmMain::showToolCaptions() {
     for (std::size_t i = 0; i < kUserTools; ++i) {
         // A name with "&" is a name, no mnemonic.
         entryItems_.at("Tool" + std::to_string(i + 1))
-            ->SetItemLabel(wxControl::EscapeMnemonics(toWx(userToolCaption(i))));
+            ->SetItemLabel(wxControl::EscapeMnemonics(shownLine(userToolCaption(i))));
     }
 }
 

@@ -114,11 +114,11 @@ void frmProgress::showPainted() {
 
 void frmProgress::setProcess(std::wstring_view text) {
     // Kept: an empty text is shown as the answer to whether it is "Working...".
-    lblProces->SetLabelText(text.empty() ? wxString("False") : toWx(text));
+    lblProces->SetLabelText(text.empty() ? wxString("False") : shownLine(text));
 }
 
 void frmProgress::setSubProcess(std::wstring_view text) {
-    lblSubProcess->SetLabelText(toWx(text));
+    lblSubProcess->SetLabelText(shownLine(text));
 }
 
 void frmProgress::showProgress(int percentage, std::wstring_view message) {
