@@ -30,10 +30,10 @@ RowOrder allRows(const GasTemplate& record) {
 
 // The rows of a branch are those that the property list shows of it.
 void checkBranch(const GasTemplate& record, const BlockNode& node) {
-    std::wstring filter = fullPath(node);
+    std::wstring filter = node.tag;
     const std::wstring text = gstrMakeText(record, nullptr, filter, true, nullptr);
     require(filter == node.tag);
-    const RowOrder rows = propertyRows(record, branchFilter(fullPath(node), true), allRows(record));
+    const RowOrder rows = propertyRows(record, branchFilter(node.tag, true), allRows(record));
     std::size_t ends = 6 + lineEnds(record.Name);
     for (const std::uint32_t row : rows) {
         const GasProperty& property = record.Properties[row];

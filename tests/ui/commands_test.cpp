@@ -400,14 +400,18 @@ TEST_F(Commands, EscapeClosesTheWindow) {
     EXPECT_NE(folder.bytes(L"info.his").find("props.gas"), std::string::npos);
 }
 
-TEST_F(Commands, ASessionThatEndsInADialogEndsItFirst) {
+TEST_F(Commands, ASessionThatEndsInDialogsEndsThemFirst) {
     open();
     {
-        const ExpectDialog viewer([&](wxDialog&) {
+        const ExpectDialog archive([this](wxDialog&) {
+            window->CallAfter([this] { command("Listed"); });
+            return wxID_NONE;
+        });
+        const ExpectDialog viewer([this](wxDialog&) {
             window->CallAfter([this] { window->Close(true); });
             return wxID_NONE;
         });
-        command("Listed");
+        choose("MOR");
     }
     ASSERT_NE(wxTopLevelWindows.Find(window), nullptr) << "the command was still at work in it";
     EXPECT_FALSE(window->IsShown());

@@ -158,8 +158,26 @@ void frmMain::closing(wxCloseEvent& event) {
 // A session that ends closes the window in the midst of anything. Nothing of it may
 // be at work any more when it goes: no dialog, and nothing that shows its progress.
 void frmMain::leave() {
+    if (!left_) return;
     const wxEventLoopBase* loop = wxEventLoopBase::GetActive();
-    if (left_ && (loop == nullptr || (loop->IsMain() && !loop->IsYielding()))) Destroy();
+    if (loop != nullptr && loop->IsYielding()) return;
+    if (loop == nullptr || loop->IsMain()) {
+        Destroy();
+    } else if (!ending_) {
+        endFrontDialog();
+    }
+}
+
+// Dialogs end one by one: the toolkit leaves one for ever that was told to end behind
+// another. They are gone soon after their end.
+void frmMain::endFrontDialog() {
+    for (wxWindow* window : wxTopLevelWindows) {
+        auto* dialog = dynamic_cast<wxDialog*>(window);
+        if (dialog != nullptr && dialog->IsModal()) ending_ = dialog;
+    }
+    if (!ending_) return;
+    ending_->Close(true);
+    wxWakeUpIdle();
 }
 
 void frmMain::shutDown() {
@@ -167,7 +185,9 @@ void frmMain::shutDown() {
     gWriteSettings();
     std::vector<wxWindow*> others;
     for (wxWindow* window : wxTopLevelWindows) {
-        if (window != this) others.push_back(window);
+        const auto* dialog = dynamic_cast<wxDialog*>(window);
+        const bool modal = dialog != nullptr && dialog->IsModal();
+        if (window != this && !modal) others.push_back(window);
     }
     for (wxWindow* window : others) {
         if (wxTopLevelWindows.Find(window) != nullptr) window->Close(true);

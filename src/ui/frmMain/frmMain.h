@@ -2,6 +2,7 @@
 
 #include <wx/button.h>
 #include <wx/checkbox.h>
+#include <wx/dialog.h>
 #include <wx/frame.h>
 #include <wx/menu.h>
 #include <wx/splitter.h>
@@ -9,6 +10,7 @@
 #include <wx/statusbr.h>
 #include <wx/toolbar.h>
 #include <wx/treectrl.h>
+#include <wx/weakref.h>
 
 #include <map>
 #include <memory>
@@ -151,6 +153,7 @@ class frmMain final : public wxFrame {
     void closing(wxCloseEvent& event);
     void shutDown();
     void leave();
+    void endFrontDialog();
     wxMenu* makeFileMenu();
     void keyPressed(wxKeyEvent& event);
     bool busy() const;
@@ -176,6 +179,7 @@ class frmMain final : public wxFrame {
     SearchKind searchKind_ = SearchKind::none;
     std::wstring lastSearch_[2];  // of the templates and the properties
     bool left_ = false;           // closed, and goes when nothing of it is at work
+    wxWeakRef<wxDialog> ending_;  // told to, and waited for
     bool filling_ = false;        // the tree changes by code, not by the user
 };
 

@@ -134,7 +134,12 @@ bool Monkey::cleared() {
 // compared.
 void Monkey::rest() {
     constexpr int kSettle = 10;  // steps, for what windows do late
-    if (settling_ == 0 && !cleared()) return;
+    constexpr int kPatience = 3'000;
+    if (settling_ == 0 && !cleared()) {
+        if (++waiting_ > kPatience) fail("the windows do not close");
+        return;
+    }
+    waiting_ = 0;
     if (phase_ == Phase::ending) {
         Stop();
         checkMemory();

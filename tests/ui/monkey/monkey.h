@@ -94,6 +94,7 @@ class Monkey final : private wxTimer {
     int step_ = 0;
     int nextRest_;
     int settling_ = 0;
+    int waiting_ = 0;
     std::size_t deepest_ = 0;
     std::size_t filesAtFirst_ = 0;
     std::deque<std::string> last_;
