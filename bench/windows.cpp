@@ -5,6 +5,7 @@
 #include <wx/init.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -16,17 +17,20 @@
 #include "gas/load.h"
 #include "measure.h"
 #include "services/program.h"
+#include "starts.h"
 #include "table.h"
 #include "ui/common/host_wx.h"
 #include "ui/common/strings.h"
 #include "ui/frmMain/frmMain.h"
 #include "ui/frmView/frmView.h"
+#include "ui/frmZeltor/frmZeltor.h"
 
 namespace kestrel::bench {
 namespace {
 
 namespace fs = std::filesystem;
 using Job = std::function<void()>;
+using Steady = std::chrono::steady_clock;
 
 constexpr int kRuns = 7;
 
@@ -93,6 +97,7 @@ class Windows {
         search();
         viewLarge();
         browseWide(wide);
+        runBuilder();
         return markdown(rows_);
     }
 
@@ -192,6 +197,75 @@ class Windows {
             "100");
     }
 
+    // The longest that the windows were not asked for anything new while a builder writes
+    // as fast as it can, and how long its log takes to close while it writes nothing.
+    void runBuilder() {
+        gProgram().settings.zeltor = L"" KESTREL_STUB_BUILDER;
+        longest_ = 0;
+        const double flood = build("flood", [this] { return !builder_.running(); });
+        const auto megabytes = static_cast<double>(logged_) / 1e6;
+        row("the log of a builder that writes all it can, " + fixed(megabytes, 0) + " MB at " +
+                fixed(1e3 * megabytes / flood, 0) + " MB/s",
+            flood, "20 MB/s");
+        row("the longest pause of it", longest_, "100");
+        build("wait", [this] { return logged_ > 0; });
+        longest_ = closing_;
+        row("closing the log of a silent builder by Esc", closing_, "200");
+        std::ofstream(folder_ / "out.dsres.go") << "go";
+        while (builder_.running()) settle();
+    }
+
+    // The milliseconds until `done`, from the click on; its log is then closed.
+    double build(const char* part, const std::function<bool()>& done) {
+        frmZeltor dialog(window_, builder_, {}, L"");
+        dialog.cboSourceFolder->SetValue(toWx(folder_.wstring()));
+        dialog.cboTarget->SetValue(toWx((folder_ / "out.dsres").wstring()));
+        dialog.txtTitle->SetValue(part);
+        dialog.Show();
+        settle();
+        const auto begin = Steady::now();
+        double took = 0;
+        Steady::time_point last = begin;
+        Steady::time_point escape;
+        wxTimer timer;
+        timer.Bind(wxEVT_TIMER, [&](wxTimerEvent&) {
+            longest_ = std::max(longest_, since(last));
+            last = Steady::now();
+            auto* log = dynamic_cast<frmView*>(wxTopLevelWindows.GetLast()->GetData());
+            if (log == nullptr) return;
+            logged_ = static_cast<std::size_t>(log->txtView->GetLength());
+            if (!done()) return;
+            timer.Stop();
+            took = since(begin);
+            escape = Steady::now();
+            pressEscape(*log->txtView);
+        });
+        logged_ = 0;
+        timer.Start(1);
+        press(*dialog.cmdCommands[frmZeltor::kCreate]);
+        closing_ = since(escape);
+        return took;
+    }
+
+    static double since(Steady::time_point begin) {
+        return std::chrono::duration<double, std::milli>(Steady::now() - begin).count();
+    }
+
+    static void pressEscape(wxWindow& window) {
+        for (const wxEventType type : {wxEVT_CHAR_HOOK, wxEVT_KEY_DOWN, wxEVT_KEY_UP}) {
+            wxKeyEvent event(type);
+            event.m_keyCode = WXK_ESCAPE;
+            event.SetEventObject(&window);
+            window.ProcessWindowEvent(event);
+        }
+    }
+
+    static void press(wxButton& button) {
+        wxCommandEvent event(wxEVT_BUTTON, button.GetId());
+        event.SetEventObject(&button);
+        button.ProcessWindowEvent(event);
+    }
+
     static void click(ReportList& list, int column) {
         wxListEvent event(wxEVT_LIST_COL_CLICK, list.GetId());
         event.SetEventObject(&list);
@@ -227,6 +301,9 @@ class Windows {
     Answers answers_;
     frmMain* window_;
     frmView* viewer_ = nullptr;
+    TimedLauncher builder_;
+    std::size_t logged_ = 0;  // characters
+    double closing_ = 0;      // milliseconds
     long row_ = 0;
     mutable double longest_ = 0;
     std::vector<std::vector<std::string>> rows_{{"What", "CPU ms", "longest", "goal, ms"}};
@@ -244,27 +321,19 @@ class BenchApp final : public wxApp {
     }
 };
 
-// The least program with a window: what a start must cost.
-class EmptyApp final : public wxApp {
-  public:
-    bool OnInit() override {
-        (new wxFrame(nullptr, wxID_ANY, "empty"))->Show();
-        return true;
-    }
-};
-
 }  // namespace
 }  // namespace kestrel::bench
 
-// kestrel_bench_windows [empty]: the table, or an empty window to compare starts with.
+// kestrel_bench_windows: the tables.
+// kestrel_bench_windows start WHO [FILE]: one of the starts that it compares.
 int main(int count, char** words) {
     using namespace kestrel::bench;
-    const bool empty = count > 1;
-    if (empty) {
-        wxApp::SetInstance(new EmptyApp);
-    } else {
-        wxApp::SetInstance(new BenchApp);
+    if (count > 2) {
+        const std::string who = words[2];
+        std::rotate(words + 1, words + 3, words + count);
+        return startAs(who, count - 2, words);
     }
-    int one = 1;
-    return wxEntry(one, words);
+    std::puts(startsTable(words[0]).c_str());
+    wxApp::SetInstance(new BenchApp);
+    return wxEntry(count, words);
 }

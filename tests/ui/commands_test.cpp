@@ -400,6 +400,18 @@ TEST_F(Commands, EscapeClosesTheWindow) {
     EXPECT_NE(folder.bytes(L"info.his").find("props.gas"), std::string::npos);
 }
 
+TEST_F(Commands, ACommandEndsWhatIsDragged) {
+    open();
+    auto& header = *dynamic_cast<wxListCtrl&>(*window->lvwProperties).GetChildren().GetFirst();
+    wxWindow& dragged = *header.GetData();
+    dragged.CaptureMouse();
+    const ExpectDialog viewer([&](wxDialog&) {
+        EXPECT_FALSE(dragged.HasCapture());
+        return wxID_CANCEL;
+    });
+    command("Listed");
+}
+
 TEST_F(Commands, ASessionThatEndsInDialogsEndsThemFirst) {
     open();
     {

@@ -6,6 +6,7 @@
 #include "services/errors.h"
 #include "services/tools.h"
 #include "ui/common/mnemonics.h"
+#include "ui/common/mousecapture.h"
 #include "ui/common/strings.h"
 #include "ui/common/toolbarstyle.h"
 #include "ui/frmMain/frmMain.h"
@@ -76,6 +77,7 @@ wxMenu* frmMain::makeFileMenu() {
 
 void frmMain::run(const Command& command) {
     if (busy()) return;
+    endDrag(*this);
     if (command.place == Command::Place::dropDown) return choose(command);
     if (command.run == nullptr) return repeat(command);
     const bool tool = command.place == Command::Place::toolbar;
