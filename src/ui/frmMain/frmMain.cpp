@@ -129,7 +129,7 @@ bool frmMain::reload() {
 }
 
 bool frmMain::busy() const {
-    return gProgram().progressShowing;
+    return left_ || gProgram().progressShowing;
 }
 
 void frmMain::iconized(bool now) {

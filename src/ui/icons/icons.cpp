@@ -11,7 +11,9 @@
 namespace kestrel {
 namespace {
 
-constexpr int kProgramIconSizes[] = {16, 24, 32, 48, 64, 128, 256};
+// Those of windows. Larger ones take longer to draw than all else of a start, and desktops
+// have them as files.
+constexpr int kProgramIconSizes[] = {16, 24, 32, 48, 64};
 
 // Each has a contrast of at least 4 to 1 with the window colours it is for.
 constexpr std::string_view kAccentOnLight = "#b4510f";

@@ -116,7 +116,8 @@ void Monkey::play() {
     if (!main_) return openMain(random_.oneIn(2) ? files_.source(random_) : std::wstring());
     if (frmProgress::current() != nullptr) return actInProgress();
     wxTopLevelWindow* const window = front();
-    if (window->IsBeingDeleted()) return;
+    // Nobody reaches a window that has been closed.
+    if (wxPendingDelete.Member(window)) return;
     dialogs_.top() == nullptr ? actInMain() : actInDialog(*window);
 }
 
