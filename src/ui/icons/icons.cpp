@@ -11,8 +11,8 @@
 namespace kestrel {
 namespace {
 
-// Those of windows. Larger ones take longer to draw than all else of a start, and desktops
-// have them as files.
+// Those of windows. Larger ones slow the start down, and desktops have them as
+// files.
 constexpr int kProgramIconSizes[] = {16, 24, 32, 48, 64};
 
 // Each has a contrast of at least 4 to 1 with the window colours it is for.

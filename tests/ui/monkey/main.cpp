@@ -38,6 +38,7 @@ class MonkeyApp final : public wxApp {
     }
     int OnExit() override {
         std::fputs(monkey_->summary().c_str(), stdout);
+        std::fflush(stdout);
         monkey_.reset();
         return wxApp::OnExit();
     }
