@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <ctime>
 
 #include "support/recordinghost.h"
 #include "support/tempfolder.h"
@@ -78,9 +78,10 @@ TEST_F(SettingsFile, HostileFilesAreReadInNoTime) {
                                  std::string(50'000'000, '\r') + "\norvane=x", many};
     for (const std::string& bytes : cases) {
         folder.put(L"settings.set", bytes);
-        const auto start = std::chrono::steady_clock::now();
+        // Of the processor where the system tells it: other work on the machine takes none.
+        const std::clock_t start = std::clock();
         gReadSettings();
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+        EXPECT_LT(std::clock() - start, 2 * CLOCKS_PER_SEC);
     }
     EXPECT_EQ(all(), "x,,,x,,,,,");
     EXPECT_EQ(host.log, Lines{});

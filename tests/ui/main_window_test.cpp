@@ -2,6 +2,8 @@
 #include <wx/menu.h>
 #include <wx/treectrl.h>
 
+#include <chrono>
+
 #include "services/histories.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
@@ -180,6 +182,20 @@ TEST_F(MainWindow, StartsWithTheHistoryAndSavesItAndTheSettingsWhenClosed) {
               (std::vector<std::string>{"info.his", "info.his.bak", "settings.set", "two.gas"}));
     EXPECT_NE(folder.bytes(L"info.his").find("two.gas\r\n"), std::string::npos);
     EXPECT_NE(folder.bytes(L"settings.set").find("C:\\tools\\pad.exe"), std::string::npos);
+}
+
+TEST_F(MainWindow, ClosesThoughNothingCanBeWritten) {
+    openTwo();
+    // A folder in a file: nobody may write there, not even the system's master.
+    gProgram().folder = file;
+    host.log.clear();
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(window->Close());
+    waitUntil("the window is gone", [] { return wxTopLevelWindows.empty(); });
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+    ASSERT_EQ(host.log.size(), 2U) << "one report a file";
+    EXPECT_NE(host.log[0].find("info.his"), std::string::npos) << host.log[0];
+    EXPECT_NE(host.log[1].find("settings.set"), std::string::npos) << host.log[1];
 }
 
 TEST_F(MainWindow, RefusesCommandsAndClosingWhileWorkGoesOn) {
