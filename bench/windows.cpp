@@ -221,6 +221,7 @@ class Windows {
         dialog.cboSourceFolder->SetValue(toWx(folder_.wstring()));
         dialog.cboTarget->SetValue(toWx((folder_ / "out.dsres").wstring()));
         dialog.txtTitle->SetValue(part);
+        dialog.txtBuild->SetValue("100");
         dialog.Show();
         settle();
         const auto begin = Steady::now();

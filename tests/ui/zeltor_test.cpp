@@ -2,6 +2,7 @@
 
 #include <wx/hyperlink.h>
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 
@@ -180,6 +181,26 @@ TEST_F(ZeltorTest, BuilderRunsOnWithoutItsLogAndDialog) {
     EXPECT_EQ(folder.bytes(L"islands.dsres.done"), "done");
     fill("nothing");
     create("another builder has run", [this](frmView&) { return !launcher.running(); });
+}
+
+TEST_F(ZeltorTest, EscClosesTheLogOfASilentBuilder) {
+    open();
+    fill("wait");
+    std::chrono::steady_clock::time_point pressed;
+    const ExpectDialog log([&](wxDialog& shown) {
+        auto& viewer = dynamic_cast<frmView&>(shown);
+        viewer.CallAfter([&] {
+            waitUntil("the builder waits", [&] { return viewer.TextBlock() == L"waiting\n"; });
+            pressed = std::chrono::steady_clock::now();
+            key(*viewer.txtView, WXK_ESCAPE);
+        });
+        return wxID_NONE;
+    });
+    press(frmZeltor::kCreate);
+    EXPECT_LT(std::chrono::steady_clock::now() - pressed, std::chrono::seconds(1));
+    EXPECT_TRUE(launcher.running());
+    folder.put(L"islands.dsres.go", "");
+    waitForEnd();
 }
 
 TEST_F(ZeltorTest, ARefusedStartShowsNoLog) {

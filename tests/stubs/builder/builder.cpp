@@ -53,11 +53,12 @@ int crash(const Words&) {
     std::abort();
 }
 
-// 50 MB in lines of 64 bytes.
-int flood(const Words&) {
-    constexpr std::size_t kLines = 50'000'000 / 64;
+// As many MB as the build says, else 50, in lines of 64 bytes.
+int flood(const Words& words) {
+    const std::string build = valueOf(words, "-build");
+    const std::size_t lines = (build.empty() ? 50U : std::stoul(build)) * 1'000'000 / 64;
     const std::string line = std::string(62, 'x') + "\r\n";
-    for (std::size_t i = 0; i < kLines; ++i) std::fwrite(line.data(), 1, line.size(), stdout);
+    for (std::size_t i = 0; i < lines; ++i) std::fwrite(line.data(), 1, line.size(), stdout);
     return 0;
 }
 

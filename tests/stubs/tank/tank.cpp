@@ -117,7 +117,8 @@ class Archive {
     }
 
     void add(const std::string& line, std::vector<std::int32_t>& levels) {
-        const std::size_t depth = std::min(line.find_first_not_of('.'), levels.size() - 1);
+        const std::size_t depth =
+            std::min({line.find_first_not_of('.'), levels.size() - 1, line.size()});
         levels.resize(depth + 1);
         const Fields fields = fieldsOf(std::string_view(line).substr(depth));
         std::int32_t child = append(fields);
