@@ -10,6 +10,7 @@
 
 #include "services/process.h"
 #include "support/recordinghost.h"
+#include "support/system.h"
 #include "ui/common/host_wx.h"
 #include "ui/frmMain/frmMain.h"
 #include "ui/monkey/files.h"
@@ -35,6 +36,7 @@ class Soak {
   public:
     Soak() {
         gProgram().folder = files_.profile();
+        setTemporaryFolder(files_.folder());
         gProgram().host.progress = &progress_;
         settleProcess();
     }
@@ -96,11 +98,10 @@ class Soak {
         host_.log.clear();
     }
 
-    // The program's temporary files are there, and beside the files that it writes.
+    // They are also beside the files that the program writes.
     std::size_t temporaryFiles() const {
         std::size_t count = 0;
-        for (const fs::path& folder :
-             {fs::temp_directory_path(), fs::path(files_.profile()), fs::path(files_.folder())}) {
+        for (const fs::path folder : {files_.profile(), files_.folder()}) {
             for (const auto& entry : fs::directory_iterator(folder)) {
                 const std::string name = entry.path().filename().string();
                 count += name.starts_with("gsv") || name.ends_with(".tmp");
