@@ -42,6 +42,7 @@ void settle() {
             loop->Dispatch();
             quiet = 0;
         }
+        wxTheApp->ProcessPendingEvents();
         loop->ProcessIdle();
     }
 }

@@ -45,6 +45,9 @@ class MonkeyApp final : public wxApp {
     bool OnExceptionInMainLoop() override { throw; }
     void OnAssertFailure(const wxChar* file, int line, const wxChar* function,
                          const wxChar* condition, const wxChar* message) override {
+        // A display gives the mouse to no window that it has not shown yet. Nobody could
+        // click there.
+        if (wxString(message).EndsWith("CaptureMouse() failed")) return;
         fail("assert in " + wxString(file).utf8_string() + ":" + std::to_string(line) + " " +
              wxString(function).utf8_string() + ": " + wxString(condition).utf8_string() + " " +
              wxString(message).utf8_string());

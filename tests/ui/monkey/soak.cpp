@@ -28,6 +28,7 @@ void settle() {
     wxEventLoopBase* loop = wxEventLoopBase::GetActive();
     for (int i = 0; i < kRounds; ++i) {
         while (loop->Pending()) loop->Dispatch();
+        wxTheApp->ProcessPendingEvents();
         loop->ProcessIdle();
     }
 }
