@@ -1,4 +1,4 @@
-#include "ui/monkey/monkey.h"
+#include "monkey/monkey.h"
 
 #include <wx/app.h>
 
@@ -9,8 +9,8 @@
 #include <filesystem>
 #include <thread>
 
+#include "monkey/memory.h"
 #include "ui/frmProgress/frmProgress.h"
-#include "ui/monkey/memory.h"
 
 namespace kestrel::test {
 namespace {

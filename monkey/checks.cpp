@@ -1,10 +1,10 @@
+#include "monkey/monkey.h"
 #include "services/bytes.h"
 #include "support/shown.h"
 #include "ui/common/strings.h"
 #include "ui/frmProgress/frmProgress.h"
 #include "ui/frmSpecialize/frmSpecialize.h"
 #include "ui/frmView/frmView.h"
-#include "ui/monkey/monkey.h"
 
 // What must hold after each step.
 namespace kestrel::test {

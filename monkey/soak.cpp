@@ -8,13 +8,13 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "monkey/files.h"
+#include "monkey/memory.h"
 #include "services/process.h"
 #include "support/recordinghost.h"
 #include "support/system.h"
 #include "ui/common/host_wx.h"
 #include "ui/frmMain/frmMain.h"
-#include "ui/monkey/files.h"
-#include "ui/monkey/memory.h"
 
 namespace kestrel::test {
 namespace {

@@ -1,13 +1,13 @@
-#include "ui/monkey/host.h"
+#include "monkey/host.h"
 
 #include <wx/msgdlg.h>
 
+#include "monkey/monkey.h"
 #include "services/bytes.h"
 #include "services/errors.h"
 #include "services/files.h"
 #include "services/filesystem.h"
 #include "support/shown.h"
-#include "ui/monkey/monkey.h"
 
 namespace kestrel::test {
 namespace {

@@ -4,8 +4,8 @@
 
 #include <vector>
 
+#include "monkey/files.h"
 #include "ui/common/host_wx.h"
-#include "ui/monkey/files.h"
 
 namespace kestrel::test {
 

@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "monkey/files.h"
+#include "monkey/host.h"
+#include "monkey/random.h"
 #include "ui/frmMain/frmMain.h"
-#include "ui/monkey/files.h"
-#include "ui/monkey/host.h"
-#include "ui/monkey/random.h"
 
 namespace kestrel::test {
 

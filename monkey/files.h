@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "monkey/random.h"
 #include "support/tempfolder.h"
-#include "ui/monkey/random.h"
 
 namespace kestrel::test {
 

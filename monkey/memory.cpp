@@ -1,4 +1,4 @@
-#include "ui/monkey/memory.h"
+#include "monkey/memory.h"
 
 #include <malloc.h>
 #include <unistd.h>

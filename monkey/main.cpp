@@ -11,9 +11,9 @@
 #include <string_view>
 #include <thread>
 
+#include "monkey/memory.h"
+#include "monkey/monkey.h"
 #include "services/process.h"
-#include "ui/monkey/memory.h"
-#include "ui/monkey/monkey.h"
 
 namespace kestrel::test {
 namespace {

@@ -5,12 +5,12 @@
 
 #include <functional>
 
+#include "monkey/monkey.h"
 #include "ui/common/strings.h"
 #include "ui/common/textpane.h"
 #include "ui/frmExport/frmExport.h"
 #include "ui/frmProgress/frmProgress.h"
 #include "ui/frmTank/frmTank.h"
-#include "ui/monkey/monkey.h"
 
 namespace kestrel::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "ui/monkey/files.h"
+#include "monkey/files.h"
 
 #include <filesystem>
 
