@@ -13,7 +13,9 @@
 
 #include "monkey/memory.h"
 #include "monkey/monkey.h"
+#include "services/errors.h"
 #include "services/process.h"
+#include "services/program.h"
 
 namespace kestrel::test {
 namespace {
@@ -42,7 +44,10 @@ class MonkeyApp final : public wxApp {
         monkey_.reset();
         return wxApp::OnExit();
     }
-    bool OnExceptionInMainLoop() override { throw; }
+    bool OnExceptionInMainLoop() override {
+        reportCurrentException(gProgram().routine);
+        return true;
+    }
     void OnAssertFailure(const wxChar* file, int line, const wxChar* function,
                          const wxChar* condition, const wxChar* message) override {
         // A display gives the mouse to no window that it has not shown yet. Nobody could

@@ -92,8 +92,13 @@ wxTopLevelWindow* Monkey::front() const {
     return dialogs_.top() != nullptr ? static_cast<wxTopLevelWindow*>(dialogs_.top()) : main_.get();
 }
 
+// What a handler throws ends where the toolkit ends it, not in the loops below.
 void Monkey::Notify() {
-    step();
+    try {
+        step();
+    } catch (...) {
+        wxTheApp->OnExceptionInMainLoop();
+    }
     wxWakeUpIdle();
 }
 
