@@ -402,8 +402,7 @@ TEST_F(Commands, EscapeClosesTheWindow) {
 
 TEST_F(Commands, ACommandEndsWhatIsDragged) {
     open();
-    auto& header = *dynamic_cast<wxListCtrl&>(*window->lvwProperties).GetChildren().GetFirst();
-    wxWindow& dragged = *header.GetData();
+    wxWindow& dragged = *window->lvwProperties;
     dragged.CaptureMouse();
     const ExpectDialog viewer([&](wxDialog&) {
         EXPECT_FALSE(dragged.HasCapture());
