@@ -3,6 +3,8 @@
 #include <wx/menu.h>
 #include <wx/toolbar.h>
 
+#include <algorithm>
+
 #include "services/histories.h"
 #include "ui/common/strings.h"
 #include "ui/frmMain/frmMain.h"
@@ -413,13 +415,18 @@ TEST_F(Commands, ACommandEndsWhatIsDragged) {
 
 TEST_F(Commands, ASessionThatEndsInDialogsEndsThemFirst) {
     open();
+    folder.put(L"mor.his", "old.dsres\r\n");
     {
         const ExpectDialog archive([this](wxDialog&) {
             window->CallAfter([this] { command("Listed"); });
             return wxID_NONE;
         });
         const ExpectDialog viewer([this](wxDialog&) {
-            window->CallAfter([this] { window->Close(true); });
+            window->CallAfter([this] {
+                window->Close(true);
+                const auto files = folder.names();
+                EXPECT_EQ(std::ranges::count(files, "mor.his.bak"), 1) << "saved at once";
+            });
             return wxID_NONE;
         });
         choose("MOR");

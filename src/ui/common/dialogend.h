@@ -4,6 +4,20 @@
 
 namespace kestrel {
 
+// A dialog that writes files when it ends. A session that ends may leave it no time for
+// that, so it is told before.
+class FileKeeper {
+  public:
+    // Writes them, if that was not done yet.
+    virtual void saveFiles() = 0;
+
+  protected:
+    FileKeeper() = default;
+    FileKeeper(const FileKeeper&) = default;
+    FileKeeper& operator=(const FileKeeper&) = default;
+    ~FileKeeper() = default;
+};
+
 // Ends a dialog: one that is shown modal goes with its maker, any other one destroys
 // itself. A modal one may be told so again while it waits for a dialog in front of it.
 inline void endDialog(wxDialog& dialog) {

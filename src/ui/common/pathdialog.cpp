@@ -7,7 +7,6 @@
 #include "services/errors.h"
 #include "services/histories.h"
 #include "ui/common/buttons.h"
-#include "ui/common/dialogend.h"
 #include "ui/common/mnemonics.h"
 #include "ui/common/strings.h"
 
@@ -135,8 +134,13 @@ void PathDialog::closing(wxCloseEvent& event) {
         event.Veto();
         return;
     }
-    for (const auto& [box, history] : boxes_) gSaveHistory(*box, history);
+    saveFiles();
     endDialog(*this);
+}
+
+void PathDialog::saveFiles() {
+    if (!std::exchange(unsaved_, false)) return;
+    for (const auto& [box, history] : boxes_) gSaveHistory(*box, history);
 }
 
 }  // namespace kestrel

@@ -12,13 +12,17 @@
 #include <vector>
 
 #include "ui/common/combo.h"
+#include "ui/common/dialogend.h"
 
 namespace kestrel {
 
 // A dialog, modal as a rule, around paths that are typed, picked and remembered.
 // It grows in width alone, closes on Esc but not while something works, and is
 // minimised with the main window.
-class PathDialog : public wxDialog {
+class PathDialog : public wxDialog, public FileKeeper {
+  public:
+    void saveFiles() override;
+
   protected:
     PathDialog(wxWindow* parent, const wxString& title, const wxString& name);
 
@@ -62,6 +66,7 @@ class PathDialog : public wxDialog {
     bool listIsOpen() const;
 
     std::vector<std::pair<HistoryCombo*, std::wstring_view>> boxes_;
+    bool unsaved_ = true;
 };
 
 }  // namespace kestrel

@@ -9,6 +9,7 @@
 #include "services/program.h"
 #include "services/settings.h"
 #include "services/text.h"
+#include "ui/common/dialogend.h"
 #include "ui/common/mousecapture.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
@@ -187,6 +188,8 @@ void frmMain::shutDown() {
     for (wxWindow* window : wxTopLevelWindows) {
         const auto* dialog = dynamic_cast<wxDialog*>(window);
         const bool modal = dialog != nullptr && dialog->IsModal();
+        auto* keeper = dynamic_cast<FileKeeper*>(window);
+        if (modal && keeper != nullptr) keeper->saveFiles();
         if (window != this && !modal) others.push_back(window);
     }
     for (wxWindow* window : others) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "gas/chain.h"
+#include "ui/common/dialogend.h"
 #include "ui/common/textcommands.h"
 
 namespace kestrel {
@@ -17,10 +18,11 @@ namespace kestrel {
 // source of the node that was clicked last. The caller names the template and
 // shows the window, modal or not. One that is shown modeless destroys itself when
 // it closes.
-class frmSpecialize final : public wxDialog {
+class frmSpecialize final : public wxDialog, public FileKeeper {
   public:
     frmSpecialize(wxWindow* parent, OpenFile openFile);
     ~frmSpecialize() override;
+    void saveFiles() override;
 
     // Builds the chain of the template `name` of the open file.
     void BaseTemplateName(std::wstring_view name);
@@ -51,7 +53,6 @@ class frmSpecialize final : public wxDialog {
     bool mayReplaceText() const;
     void showChain(std::size_t selectedNode);
     void closing(wxCloseEvent& event);
-    void saveFiles();
 
     OpenFile openFile_;
     TextCommands commands_;
