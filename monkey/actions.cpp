@@ -113,7 +113,7 @@ void Monkey::actInDialog(wxTopLevelWindow& window) {
         note("close " + window.GetName().utf8_string());
         window.Close();
     } else if (random_.oneIn(400)) {
-        endSession();
+        logOut();
     } else {
         actAnywhere(window);
     }
@@ -160,7 +160,7 @@ void Monkey::actInProgress() {
             hitKey(*front());
             break;
         case 7:
-            if (random_.oneIn(10)) endSession();
+            if (random_.oneIn(10)) logOut();
             return;
         default:
             return;
@@ -208,8 +208,8 @@ void Monkey::selectNode() {
 }
 
 // The desktop closes the program, whatever it is doing.
-void Monkey::endSession() {
-    note("the session ends");
+void Monkey::logOut() {
+    note("the user logs out");
     main_->Close(true);
 }
 

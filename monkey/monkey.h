@@ -57,7 +57,7 @@ class Monkey final : private wxTimer {
     void openAny();
     void selectRow();
     void selectNode();
-    void endSession();
+    void logOut();
     void press(wxTopLevelWindow& window);
     void tick(wxTopLevelWindow& window);
     void type(wxTopLevelWindow& window);

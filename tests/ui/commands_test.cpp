@@ -413,7 +413,7 @@ TEST_F(Commands, ACommandEndsWhatIsDragged) {
     command("Listed");
 }
 
-TEST_F(Commands, ASessionThatEndsInDialogsEndsThemFirst) {
+TEST_F(Commands, LoggingOutInDialogsEndsThemFirst) {
     open();
     folder.put(L"mor.his", "old.dsres\r\n");
     {

@@ -4,7 +4,7 @@
 
 namespace kestrel {
 
-// A dialog that writes files when it ends. A session that ends may leave it no time for
+// A dialog that writes files when it ends. A user who logs out may leave it no time for
 // that, so it is told before.
 class FileKeeper {
   public:

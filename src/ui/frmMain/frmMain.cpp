@@ -156,8 +156,8 @@ void frmMain::closing(wxCloseEvent& event) {
     leave();
 }
 
-// A session that ends closes the window in the midst of anything. Nothing of it may
-// be at work any more when it goes: no dialog, and nothing that shows its progress.
+// Logging out closes the window in the midst of anything. Nothing of it may be at work
+// any more when it goes: no dialog, and nothing that shows its progress.
 void frmMain::leave() {
     if (!left_) return;
     const wxEventLoopBase* loop = wxEventLoopBase::GetActive();
