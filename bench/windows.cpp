@@ -21,6 +21,7 @@
 #include "table.h"
 #include "ui/common/host_wx.h"
 #include "ui/common/strings.h"
+#include "ui/events.h"
 #include "ui/frmMain/frmMain.h"
 #include "ui/frmView/frmView.h"
 #include "ui/frmZeltor/frmZeltor.h"
@@ -244,7 +245,7 @@ class Windows {
         });
         logged_ = 0;
         timer.Start(1);
-        press(*dialog.cmdCommands[frmZeltor::kCreate]);
+        test::send(*dialog.cmdCommands[frmZeltor::kCreate], wxEVT_BUTTON);
         closing_ = since(escape);
         return took;
     }
@@ -255,17 +256,9 @@ class Windows {
 
     static void pressEscape(wxWindow& window) {
         for (const wxEventType type : {wxEVT_CHAR_HOOK, wxEVT_KEY_DOWN, wxEVT_KEY_UP}) {
-            wxKeyEvent event(type);
-            event.m_keyCode = WXK_ESCAPE;
-            event.SetEventObject(&window);
+            wxKeyEvent event = test::keyEvent(window, type, WXK_ESCAPE);
             window.ProcessWindowEvent(event);
         }
-    }
-
-    static void press(wxButton& button) {
-        wxCommandEvent event(wxEVT_BUTTON, button.GetId());
-        event.SetEventObject(&button);
-        button.ProcessWindowEvent(event);
     }
 
     static void click(ReportList& list, int column) {

@@ -8,6 +8,7 @@
 #include "monkey/monkey.h"
 #include "ui/common/strings.h"
 #include "ui/common/textpane.h"
+#include "ui/events.h"
 #include "ui/frmExport/frmExport.h"
 #include "ui/frmProgress/frmProgress.h"
 #include "ui/frmTank/frmTank.h"
@@ -28,13 +29,6 @@ void collect(wxWindow& window, std::vector<wxWindow*>& found) {
     }
 }
 
-void send(wxWindow& window, wxEventType type, int selection = 0) {
-    wxCommandEvent event(type, window.GetId());
-    event.SetEventObject(&window);
-    event.SetInt(selection);
-    window.ProcessWindowEvent(event);
-}
-
 struct Key {
     int code;
     int modifiers;
@@ -43,15 +37,7 @@ struct Key {
 // As the toolkit does it; false when the key needs nothing more.
 bool sendKey(wxWeakRef<wxWindow>& window, wxEventType type, const Key& key) {
     if (!window) return false;
-    wxKeyEvent event(type);
-    event.m_keyCode = key.code;
-    event.m_uniChar = static_cast<wxChar>(key.code < WXK_START ? key.code : 0);
-    event.SetRawControlDown((key.modifiers & wxMOD_CONTROL) != 0);
-    event.SetControlDown((key.modifiers & wxMOD_CONTROL) != 0);
-    event.SetShiftDown((key.modifiers & wxMOD_SHIFT) != 0);
-    event.SetAltDown((key.modifiers & wxMOD_ALT) != 0);
-    event.SetEventObject(window);
-    event.SetId(window->GetId());
+    wxKeyEvent event = keyEvent(*window, type, key.code, key.modifiers);
     return !window->ProcessWindowEvent(event) || event.IsNextEventAllowed();
 }
 

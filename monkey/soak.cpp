@@ -1,7 +1,6 @@
 // kestrel_soak [STARTS] [FILES]: opens files and main windows again and again, and tells
 // what is left of them.
 #include <wx/app.h>
-#include <wx/evtloop.h>
 #include <wx/init.h>
 
 #include <cstdio>
@@ -14,6 +13,7 @@
 #include "support/recordinghost.h"
 #include "support/system.h"
 #include "ui/common/host_wx.h"
+#include "ui/events.h"
 #include "ui/frmMain/frmMain.h"
 
 namespace kestrel::test {
@@ -22,16 +22,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kMostGrowth = 2'000'000;  // bytes
-
-void settle() {
-    constexpr int kRounds = 3;
-    wxEventLoopBase* loop = wxEventLoopBase::GetActive();
-    for (int i = 0; i < kRounds; ++i) {
-        while (loop->Pending()) loop->Dispatch();
-        wxTheApp->ProcessPendingEvents();
-        loop->ProcessIdle();
-    }
-}
 
 class Soak {
   public:

@@ -3,7 +3,6 @@
 #include <wx/app.h>
 #include <wx/checkbox.h>
 #include <wx/dialog.h>
-#include <wx/evtloop.h>
 #include <wx/log.h>
 #include <wx/toplevel.h>
 #include <wx/utils.h>
@@ -27,25 +26,8 @@ bool usable(const wxWindow& window) {
     return window.IsShownOnScreen() && window.IsEnabled();
 }
 
-void runEvents() {
-    // A slow display may ask for more painting than it gets done.
-    constexpr int kMost = 1000;
-    wxEventLoopBase* loop = wxEventLoopBase::GetActive();
-    for (int i = 0; i < kMost && loop->Pending(); ++i) loop->Dispatch();
-    wxTheApp->ProcessPendingEvents();
-    loop->ProcessIdle();
-}
-
 bool sendKey(wxWindow& window, wxEventType type, int code, int modifiers) {
-    wxKeyEvent event(type);
-    event.m_keyCode = code;
-    event.m_uniChar = static_cast<wxChar>(code < WXK_START ? code : 0);
-    event.SetRawControlDown((modifiers & wxMOD_CONTROL) != 0);
-    event.SetControlDown((modifiers & wxMOD_CONTROL) != 0);
-    event.SetShiftDown((modifiers & wxMOD_SHIFT) != 0);
-    event.SetAltDown((modifiers & wxMOD_ALT) != 0);
-    event.SetEventObject(&window);
-    event.SetId(window.GetId());
+    wxKeyEvent event = keyEvent(window, type, code, modifiers);
     return window.ProcessWindowEvent(event);
 }
 
@@ -62,10 +44,6 @@ UiTest::~UiTest() {
     }
     settle();
     EXPECT_TRUE(wxTopLevelWindows.empty()) << openWindows();
-}
-
-void settle() {
-    for (int i = 0; i < 4; ++i) runEvents();
 }
 
 void waitUntil(const char* what, const std::function<bool()>& holds) {
@@ -104,9 +82,7 @@ void resize(wxTopLevelWindow& window, const wxSize& size) {
 
 void click(wxButton& button) {
     ASSERT_TRUE(usable(button)) << "nobody can press " << button.GetLabel();
-    wxCommandEvent event(wxEVT_BUTTON, button.GetId());
-    event.SetEventObject(&button);
-    button.ProcessWindowEvent(event);
+    send(button, wxEVT_BUTTON);
     settle();
 }
 
@@ -114,10 +90,7 @@ void tick(wxWindow& checkBox) {
     ASSERT_TRUE(usable(checkBox)) << "nobody can tick " << checkBox.GetLabel();
     auto& box = dynamic_cast<wxCheckBox&>(checkBox);
     box.SetValue(!box.GetValue());
-    wxCommandEvent event(wxEVT_CHECKBOX, box.GetId());
-    event.SetEventObject(&box);
-    event.SetInt(box.GetValue() ? 1 : 0);
-    box.ProcessWindowEvent(event);
+    send(box, wxEVT_CHECKBOX, box.GetValue() ? 1 : 0);
     settle();
 }
 

@@ -14,6 +14,7 @@
 
 #include "support/recordinghost.h"
 #include "support/tempfolder.h"
+#include "ui/events.h"
 
 namespace kestrel::test {
 
@@ -28,9 +29,6 @@ class UiTest : public testing::Test {
     RecordingHost host;
     TempFolder folder;
 };
-
-// Lets pending events run until there are none.
-void settle();
 
 // Lets events run until `holds`; fails with `what` when it does not within five
 // seconds.

@@ -19,7 +19,7 @@ class FileKeeper {
 };
 
 // Ends a dialog: one that is shown modal goes with its maker, any other one destroys
-// itself. A modal one may be told so again while it waits for a dialog in front of it.
+// itself. A modal one that is told so again waits for its maker.
 inline void endDialog(wxDialog& dialog) {
     if (dialog.IsModal()) {
         dialog.EndModal(wxID_CANCEL);

@@ -23,6 +23,12 @@ constexpr int kWidthTwips = 9000;
 constexpr int kHeightTwips = 6250;
 constexpr std::wstring_view kHistoryFile = L"info.his";
 
+// The window as a dialog that is shown modal; null when it is none.
+wxDialog* asModal(wxWindow* window) {
+    auto* dialog = dynamic_cast<wxDialog*>(window);
+    return dialog != nullptr && dialog->IsModal() ? dialog : nullptr;
+}
+
 // Opens a dropped `.gas` file.
 class GasDropTarget final : public wxFileDropTarget {
   public:
@@ -173,8 +179,7 @@ void frmMain::leave() {
 // another. They are gone soon after their end.
 void frmMain::endFrontDialog() {
     for (wxWindow* window : wxTopLevelWindows) {
-        auto* dialog = dynamic_cast<wxDialog*>(window);
-        if (dialog != nullptr && dialog->IsModal()) ending_ = dialog;
+        if (wxDialog* dialog = asModal(window)) ending_ = dialog;
     }
     if (!ending_) return;
     ending_->Close(true);
@@ -186,11 +191,11 @@ void frmMain::shutDown() {
     gWriteSettings();
     std::vector<wxWindow*> others;
     for (wxWindow* window : wxTopLevelWindows) {
-        const auto* dialog = dynamic_cast<wxDialog*>(window);
-        const bool modal = dialog != nullptr && dialog->IsModal();
-        auto* keeper = dynamic_cast<FileKeeper*>(window);
-        if (modal && keeper != nullptr) keeper->saveFiles();
-        if (window != this && !modal) others.push_back(window);
+        if (wxDialog* dialog = asModal(window)) {
+            if (auto* keeper = dynamic_cast<FileKeeper*>(dialog)) keeper->saveFiles();
+        } else if (window != this) {
+            others.push_back(window);
+        }
     }
     for (wxWindow* window : others) {
         if (wxTopLevelWindows.Find(window) != nullptr) window->Close(true);
