@@ -78,5 +78,28 @@ TEST_F(WindowsProcess, BareNamesAreLookedForButNotInTheCurrentFolder) {
     EXPECT_EQ(told(L"my.exe"), "my x\n");
 }
 
+TEST_F(WindowsProcess, NamesWithoutExtensionAndBatchFilesRun) {
+    startProgram(folder.path(L"my x"), folder.path(L"my"));
+    EXPECT_EQ(told(L"my.exe"), test::shown(folder.path(L"my x")) + "\n");
+
+    const std::wstring batch = folder.path(L"my dir\\tool & more.bat");
+    folder.put(L"my dir\\tool & more.bat", "@echo [%~1] [%2]> \"%~dp0batch.out\"\r\n");
+    const struct {
+        const wchar_t* words;
+        const char* told;
+        int number;
+    } cases[] = {{L"", "[] []\r\n", 0},
+                 {L" C:\\my mods\\a b.gas", "[C:\\my mods\\a b.gas] []\r\n", 0},
+                 {L" \"a b\" -c", "[a b] [-c]\r\n", 0},
+                 {L" \"a\" & b", "(missing)", kInvalidCall},
+                 {L" %PATH%", "(missing)", kInvalidCall}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(refusal(batch + c.words, batch), c.number);
+        const bool runs = c.number == 0;
+        EXPECT_EQ(runs ? told(L"my dir\\batch") : folder.bytes(L"my dir\\batch.out"), c.told);
+        fs::remove(folder.native(L"my dir\\batch.out"));
+    }
+}
+
 }  // namespace
 }  // namespace kestrel
