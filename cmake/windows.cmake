@@ -1,6 +1,10 @@
 # Windows programs: one file each that needs the system's libraries alone, with
 # icon, version record and manifest.
 add_link_options(-static -Wl,--gc-sections $<$<CONFIG:Release>:-s>)
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  # A large file then has twice the room.
+  add_link_options(-Wl,--large-address-aware)
+endif()
 add_compile_options(-ffunction-sections -fdata-sections)
 add_compile_definitions(UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601)
 

@@ -85,12 +85,23 @@ bool isMissing(DWORD code) noexcept {
            code == ERROR_BAD_NET_NAME || code == ERROR_FILENAME_EXCED_RANGE;
 }
 
+// A program of 32 bits has no room for more than this and what it makes of it.
+void checkSize(LONGLONG size, std::wstring_view path) {
+    constexpr LONGLONG kMost = 256LL * 1024 * 1024;
+    if (sizeof(void*) > 4 || size <= kMost) return;
+    throw RunTimeError(kOutOfMemory,
+                       L"The file is too large for a program of 32 bits, which "
+                       L"takes 256 MB: '" +
+                           std::wstring(path) + L"'");
+}
+
 std::string readAll(const File& file, std::wstring_view path) {
     constexpr DWORD kChunk = 256 * 1024;
     const auto chunk = std::make_unique_for_overwrite<char[]>(kChunk);
     std::string bytes;
     LARGE_INTEGER size{};
     if (::GetFileSizeEx(file.handle(), &size) != 0) {
+        checkSize(size.QuadPart, path);
         bytes.reserve(static_cast<std::size_t>(size.QuadPart));
     }
     for (;;) {
