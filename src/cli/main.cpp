@@ -1,5 +1,5 @@
 #include <cstdio>
-#include <iostream>
+#include <ostream>
 
 #include "cli/output.h"
 #include "cli/run.h"
@@ -12,6 +12,9 @@ int main(int count, char** values) {
     cli::system::prepareStreams();
     cli::OutputBuffer buffer(stdout);
     std::ostream out(&buffer);
-    return cli::run(cli::system::commandLine(count, values), out, std::cerr,
+    cli::OutputBuffer messages(stderr);
+    std::ostream err(&messages);
+    err << std::unitbuf;
+    return cli::run(cli::system::commandLine(count, values), out, err,
                     cli::system::errorIsTerminal());
 }

@@ -11,12 +11,22 @@ OutputBuffer::int_type OutputBuffer::overflow(int_type c) {
 }
 
 std::streamsize OutputBuffer::xsputn(const char* bytes, std::streamsize count) {
-    const auto size = static_cast<std::size_t>(count);
-    return gone_ || settle(std::fwrite(bytes, 1, size, file_) == size) ? count : 0;
+    waiting_.append(bytes, static_cast<std::size_t>(count));
+    // A console takes whole characters; what ends a line is one.
+    constexpr std::size_t kEnough = 65536;
+    if (waiting_.size() < kEnough) return count;
+    const std::size_t end = waiting_.rfind('\n') + 1;
+    return writeOut(end == 0 ? waiting_.size() : end) ? count : 0;
+}
+
+bool OutputBuffer::writeOut(std::size_t count) {
+    const bool done = gone_ || settle(system::write(file_, {waiting_.data(), count}));
+    waiting_.erase(0, count);
+    return done;
 }
 
 int OutputBuffer::sync() {
-    return gone_ || settle(std::fflush(file_) == 0) ? 0 : -1;
+    return writeOut(waiting_.size()) && (gone_ || settle(std::fflush(file_) == 0)) ? 0 : -1;
 }
 
 bool OutputBuffer::settle(bool done) {

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <streambuf>
+#include <string>
 
 namespace kestrel::cli {
 
@@ -19,8 +20,10 @@ class OutputBuffer final : public std::streambuf {
 
   private:
     bool settle(bool done);
+    bool writeOut(std::size_t count);
 
     std::FILE* file_;
+    std::string waiting_;
     bool gone_ = false;
 };
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdio>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // The seam to the operating system's console, implemented by system_posix.cpp and
@@ -12,7 +14,12 @@ namespace kestrel::cli::system {
 // quietly where the system can do that.
 void prepareStreams();
 
-// The command line without the program's name. `values` are main's own.
+// Writes UTF-8 to a standard stream: as it is, or to a console as the characters that
+// it shows. False when not all of it was written.
+bool write(std::FILE* stream, std::string_view bytes);
+
+// The command line without the program's name, names with "*" and "?" as the files that
+// they stand for. `values` are main's own.
 std::vector<std::wstring> commandLine(int count, char** values);
 
 // True when the write that has just failed did so because nobody reads any more.

@@ -17,6 +17,11 @@ void prepareStreams() {
     }
 }
 
+bool write(std::FILE* stream, std::string_view bytes) {
+    return std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size();
+}
+
+// The shell has put the names of files in their place.
 std::vector<std::wstring> commandLine(int count, char** values) {
     std::vector<std::wstring> words;
     for (int i = 1; i < count; ++i) words.push_back(fromUtf8(values[i]));
