@@ -95,7 +95,7 @@ class Windows {
         const std::wstring large = put("large.gas", templates(95'000));
         const std::wstring wide = put("wide.gas", properties(100'000));
         openLarge(large);
-        sortTemplates();
+        row("selecting one of its templates", time([&] { select(*window_->lvwTemplates); }), "100");
         search();
         viewLarge();
         browseWide(wide);
@@ -154,15 +154,9 @@ class Windows {
             "2.5 times, 1 s");
     }
 
-    void sortTemplates() {
-        row("sorting its templates", time([&] { click(*window_->lvwTemplates, 0); }), "100");
-        row("selecting one of its templates", time([&] { select(*window_->lvwTemplates); }), "100");
-    }
-
     void search() {
         answers_.text = L"nowhere to be found";
-        row("finding no template", time([&] { window_->find(frmMain::SearchKind::templates); }),
-            "100");
+        row("finding no template", time([&] { window_->findTemplateName(); }), "100");
     }
 
     void viewLarge() {
@@ -187,14 +181,11 @@ class Windows {
         window_->openFile(wide);
         row("selecting a template of 100,000 properties",
             time([&] { window_->lvwTemplates->onSelect(); }), "100");
-        row("sorting its properties", time([&] { click(*window_->lvwProperties, 0); }), "100");
-        row("sorting them by group", time([&] { click(*window_->lvwProperties, 2); }), "100");
         window_->chkTree->SetValue(true);
         row("a click on its tree, which filters", time([&] { nextNode(); }), "50");
         window_->chkTree->SetValue(false);
         row("a click on its tree, without filter", time([&] { nextNode(); }), "50");
-        row("finding no property", time([&] { window_->find(frmMain::SearchKind::properties); }),
-            "100");
+        row("finding no property", time([&] { window_->findPropertyName(); }), "100");
         row("selecting one of its properties", time([&] { select(*window_->lvwProperties); }),
             "100");
     }
@@ -219,7 +210,7 @@ class Windows {
 
     // The milliseconds until `done`, from the click on; its log is then closed.
     double build(const char* part, const std::function<bool()>& done) {
-        frmZeltor dialog(window_, builder_, {}, L"");
+        frmZeltor dialog(window_, builder_, {});
         dialog.cboSourceFolder->SetValue(toWx(folder_.wstring()));
         dialog.cboTarget->SetValue(toWx((folder_ / "out.dsres").wstring()));
         dialog.txtTitle->SetValue(part);
@@ -261,28 +252,15 @@ class Windows {
         }
     }
 
-    static void click(ReportList& list, int column) {
-        wxListEvent event(wxEVT_LIST_COL_CLICK, list.GetId());
-        event.SetEventObject(&list);
-        event.m_col = column;
-        list.ProcessWindowEvent(event);
-    }
-
     void select(ReportList& list) {
-        constexpr long kState = wxLIST_STATE_SELECTED | wxLIST_STATE_FOCUSED;
-        row_ = (row_ + 37'441) % list.GetItemCount();
-        list.SetItemState(row_, kState, kState);
-        list.EnsureVisible(row_);
+        row_ = (row_ + 37'441) % list.rows().size();
+        list.selectRow(row_);
     }
 
     void nextNode() {
-        wxTreeCtrl& tree = *window_->tvwInfo;
-        const wxTreeItemId root = tree.GetRootItem();
-        wxTreeItemIdValue cookie{};
-        const wxTreeItemId next = tree.GetSelection() == root
-                                      ? tree.GetFirstChild(root, cookie)
-                                      : tree.GetNextSibling(tree.GetSelection());
-        tree.SelectItem(next.IsOk() ? next : root);
+        NodeTree& tree = *window_->tvwInfo;
+        tree.select(tree.selected().value_or(0) % 100 + 1);
+        tree.onSelect();
     }
 
     void close() {
@@ -299,7 +277,7 @@ class Windows {
     TimedLauncher builder_;
     std::size_t logged_ = 0;  // characters
     double closing_ = 0;      // milliseconds
-    long row_ = 0;
+    std::size_t row_ = 0;
     mutable double longest_ = 0;
     std::vector<std::vector<std::string>> rows_{{"What", "CPU ms", "longest", "goal, ms"}};
 };

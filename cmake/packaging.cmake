@@ -71,7 +71,16 @@ install(FILES ${package_files}/kestrel.1.gz ${package_files}/kestrel-cli.1.gz
   DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES ${package_files}/copyright ${package_files}/changelog.gz
   ${package_files}/changelog.Debian.gz DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/samples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/docs/manual.md
+  DESTINATION ${CMAKE_INSTALL_DOCDIR})
+# The program must work without its documentation, so what it opens stands elsewhere.
+set(shared_folder ${CMAKE_INSTALL_DATADIR}/kestrel)
+install(FILES ${PROJECT_BINARY_DIR}/src/ui/manual.html DESTINATION ${shared_folder})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/samples DESTINATION ${shared_folder})
+file(CREATE_LINK ../../kestrel/samples ${package_files}/examples SYMBOLIC)
+install(FILES ${package_files}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES ${package_sources}/kestrel-cli.bash
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME kestrel-cli)
 install(FILES ${package_sources}/debian/lintian-overrides
   DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME kestrel)
 

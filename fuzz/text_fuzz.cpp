@@ -74,10 +74,11 @@ void checkSearch(const std::wstring& text, const std::wstring& what, std::size_t
 }
 
 void checkPane(const std::wstring& raw, const std::wstring& what, std::size_t caret) {
-    const std::wstring text = standIn(raw).value_or(raw);
-    require(text.size() == raw.size() && !standIn(text));
+    const auto stand = standIn(raw);
+    const std::wstring text = stand ? stand->text : raw;
+    require(!stand || stand->toWhole(text.size()) == raw.size());
     require(fromUtf8(toUtf8(text)) == text && characterCount(toUtf8(text)) == text.size());
-    checkSearch(text, standIn(what).value_or(what), caret);
+    checkSearch(text, standIn(what).value_or(StandIn{what, {}}).text, caret);
 }
 
 void checkShown(const std::wstring& text) {

@@ -83,6 +83,15 @@ std::wstring programFile(std::wstring_view name) {
     return joinPath(gProgram().folder, name);
 }
 
+std::wstring sharedFile(std::wstring_view name) {
+    const std::wstring beside = filesystem::executableFolder();
+    const std::wstring shared = joinPath(joinPath(folderOf(beside), L"share"), L"kestrel");
+    for (const std::wstring& path : {joinPath(beside, name), joinPath(shared, name)}) {
+        if (filesystem::isFile(path) || filesystem::isFolder(path)) return path;
+    }
+    return {};
+}
+
 std::wstring chooseProgramFolder() {
     return chooseProgramFolder(filesystem::executableFolder());
 }

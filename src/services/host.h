@@ -95,7 +95,7 @@ struct ListShot {
 struct FileQuestion {
     std::wstring title;
     std::wstring filter;  // "description|pattern" pairs joined by "|"
-    std::wstring folder;  // where the dialog starts: a folder, or a file of one
+    std::wstring start;   // where the dialog starts: a folder, or a file of one
     bool save = false;    // save: the path must exist; open: the file too
 };
 
@@ -114,8 +114,10 @@ class FileDialog {
 class FolderPicker {
   public:
     virtual ~FolderPicker() = default;
-    // The chosen folder; nothing when cancelled.
-    virtual std::optional<std::wstring> chooseFolder(std::wstring_view title, Owner* owner) = 0;
+    // The chosen folder, asked for from `start` on where that is one; nothing when
+    // cancelled.
+    virtual std::optional<std::wstring> chooseFolder(std::wstring_view title, Owner* owner,
+                                                     std::wstring_view start) = 0;
 };
 
 class Shell {

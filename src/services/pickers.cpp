@@ -43,17 +43,18 @@ std::wstring askForFile(std::wstring_view title, std::wstring_view filter, bool 
     FileDialog* dialog = own.get();
     std::wstring file;
     std::wstring fileTitle;
-    std::wstring folder(start);
+    std::wstring folder(start.empty() ? gProgram().lastFolder : start);
     gSelectFile(file, title, filter, save, fileTitle, dialog, folder);
+    if (!file.empty()) gProgram().lastFolder = folderOf(file);
     return file;
 }
 
 std::optional<std::wstring> gBrowseFolder(std::wstring_view title, Owner* owner,
-                                          std::wstring_view /*startFolder*/) {
+                                          std::wstring_view startFolder) {
     return guarded(L"gBrowseFolder", [&]() -> std::optional<std::wstring> {
         FolderPicker* picker = gProgram().host.folderPicker;
         if (picker == nullptr) return std::nullopt;
-        auto folder = picker->chooseFolder(title, owner);
+        auto folder = picker->chooseFolder(title, owner, startFolder);
         if (folder) folder->erase(std::min(folder->find(L'\0'), folder->size()));
         return folder;
     });

@@ -18,14 +18,15 @@ void gSelectFile(std::wstring& file, std::wstring_view title, std::wstring_view 
                  std::wstring& fileTitle, FileDialog*& dialog, std::wstring& initialFolder);
 
 // Asks for a file with a dialog of its own, so that a cancel answers with an empty
-// text; `start` is the folder, or the file, where it starts (may be empty).
+// text. It starts at `start`, a folder or a file of one, which need not exist; without
+// one in the folder of the last choice of this run.
 std::wstring askForFile(std::wstring_view title, std::wstring_view filter, bool save,
                         std::wstring_view start = {});
 
 // The filter text of a dialog: the caller's pairs, then "All files".
 std::wstring fileFilter(std::wstring_view own);
 
-// Asks for a folder; nothing when cancelled. `startFolder` is not used.
+// Asks for a folder, starting at `startFolder` where it is one; nothing when cancelled.
 std::optional<std::wstring> gBrowseFolder(std::wstring_view title, Owner* owner,
                                           std::wstring_view startFolder);
 

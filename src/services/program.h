@@ -31,6 +31,7 @@ struct Program {
     Settings settings;
     bool progressShowing = false;  // set while a progress dialog is up
     std::wstring folder;           // where settings and histories are kept
+    std::wstring lastFolder;       // of the file that was chosen last
     Version version = defaultVersion();
     Host host;
 

@@ -45,6 +45,16 @@ bool isCharacter(std::wstring_view text, std::size_t index) noexcept {
     return code < 0xDC00 ? isHalf(index + 1, 0xDC00) : index > 0 && isHalf(index - 1, 0xD800);
 }
 
+constexpr std::size_t kShortestCut = 100;
+
+bool isLineEnd(wchar_t c) noexcept {
+    return c == L'\r' || c == L'\n';
+}
+
+std::size_t lineLength(std::wstring_view text) noexcept {
+    return std::min(text.find_first_of(L"\r\n"), text.size());
+}
+
 // A character to be found, in both cases; the two take the same number of bytes.
 struct Letter {
     std::string one;
@@ -122,7 +132,7 @@ std::wstring chooseTarget(bool canEdit, std::wstring_view openPath) {
     const std::wstring_view second = canEdit ? kTextFiles : kGasFiles;
     const std::wstring filter = std::wstring(first).append(L"|").append(second);
     return askForFile(L"Select Save As Filename and Location", filter, true,
-                      canEdit ? openPath : std::wstring_view());
+                      canEdit ? openPath : folderOf(openPath));
 }
 
 }  // namespace
@@ -143,14 +153,46 @@ std::size_t characterCount(std::string_view text) noexcept {
     return count;
 }
 
-std::optional<std::wstring> standIn(std::wstring_view text) {
-    std::optional<std::wstring> shown;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (isCharacter(text, i)) continue;
-        if (!shown) shown.emplace(text);
-        (*shown)[i] = L'\xFFFD';
+std::size_t StandIn::toWhole(std::size_t shown) const noexcept {
+    std::size_t more = 0;
+    for (const HiddenPart& cut : cuts) {
+        if (shown <= cut.at) break;
+        if (shown < cut.at + cut.words) return cut.at + more;
+        more += cut.hidden - cut.words;
     }
-    return shown;
+    return shown + more;
+}
+
+std::size_t StandIn::toShown(std::size_t whole) const noexcept {
+    std::size_t more = 0;
+    for (const HiddenPart& cut : cuts) {
+        if (whole <= cut.at + more) break;
+        if (whole < cut.at + more + cut.hidden) return cut.at;
+        more += cut.hidden - cut.words;
+    }
+    return whole - more;
+}
+
+std::optional<StandIn> standIn(std::wstring_view text) {
+    StandIn shown;
+    bool differs = false;
+    std::size_t column = 0;
+    for (std::size_t i = 0; i < text.size();) {
+        const bool whole = isCharacter(text, i);
+        differs |= !whole;
+        shown.text += whole ? text[i] : L'\xFFFD';
+        column = isLineEnd(text[i++]) ? 0 : column + 1;
+        const std::size_t rest = column < kLongestLine ? 0 : lineLength(text.substr(i));
+        // Not for the sake of a few, nor between the halves of a character.
+        if (rest < kShortestCut || !isCharacter(text.substr(0, i), i - 1)) continue;
+        const std::wstring words =
+            L" \x2026 [" + std::to_wstring(rest) + L" more characters of this line are not shown]";
+        shown.cuts.push_back({shown.text.size(), words.size(), rest});
+        shown.text += words;
+        i += rest;
+        differs = true;
+    }
+    return differs ? std::optional(std::move(shown)) : std::nullopt;
 }
 
 bool endsLinesInLf(std::string_view text) noexcept {

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "services/filestamp.h"
 
@@ -19,10 +20,29 @@ namespace kestrel {
 // The number of wide characters of the valid UTF-8 `text`.
 std::size_t characterCount(std::string_view text) noexcept;
 
-// What a pane can show in place of a `text` with codes that are no characters
-// (lone surrogates): the same text with U+FFFD for each of them. Nothing when
-// every one is a character, and the text can be shown as it is.
-std::optional<std::wstring> standIn(std::wstring_view text);
+// A part of a line that is not shown, and the words that stand in its place.
+struct HiddenPart {
+    std::size_t at = 0;     // in the shown text, in characters
+    std::size_t words = 0;  // so many characters tell of it
+    std::size_t hidden = 0;
+};
+
+// What a pane shows in place of a text.
+struct StandIn {
+    std::wstring text;
+    std::vector<HiddenPart> cuts;
+
+    // Where a place of the shown text is in the other one, and the other way round; all
+    // of a cut is at its begin.
+    std::size_t toWhole(std::size_t shown) const noexcept;
+    std::size_t toShown(std::size_t whole) const noexcept;
+};
+
+// What a pane can show in place of `text`: U+FFFD for each code that is no character
+// (lone surrogates), and of a line of more than kLongestLine characters its begin,
+// since a pane lays out whole lines. Nothing when the text can be shown as it is.
+std::optional<StandIn> standIn(std::wstring_view text);
+inline constexpr std::size_t kLongestLine = 10'000;
 
 // True when the Enter key adds a bare LF to `text`: all its lines end so. Any
 // other text gets CR LF, since a bare LF among those ends no line of a file.

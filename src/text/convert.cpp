@@ -84,8 +84,7 @@ class Conversion {
 
     void write(std::wstring_view name, std::wstring text) {
         if (!header_.empty()) text.insert(0, header_);
-        name.remove_suffix(kSourceEnd.size());
-        guarded(L"gWriteFile", [&] { output_.add(path(name).append(kOutputEnd), narrow(text)); });
+        guarded(L"gWriteFile", [&] { output_.add(tabPath(path(name)), narrow(text)); });
     }
 
     std::wstring path(std::wstring_view name) const { return std::wstring(folder_).append(name); }
@@ -141,6 +140,11 @@ bool gblnConvertFolder(std::wstring& folder, std::wstring& summary, std::wstring
         }
         return true;
     });
+}
+
+std::wstring tabPath(std::wstring_view source) {
+    if (lowerCase(source).ends_with(kSourceEnd)) source.remove_suffix(kSourceEnd.size());
+    return std::wstring(source).append(kOutputEnd);
 }
 
 std::wstring conversionHeader(std::wstring_view title, std::wstring_view author,

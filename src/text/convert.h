@@ -28,6 +28,9 @@ bool gblnConvertFolder(std::wstring& folder, std::wstring& summary, std::wstring
                        std::int16_t options, std::wstring_view header, Owner* owner,
                        Progress*& progress);
 
+// What the `.tab` file of the file at `source` is called.
+std::wstring tabPath(std::wstring_view source);
+
 // The header of a single output file; the texts stand in it as they are.
 std::wstring conversionHeader(std::wstring_view title, std::wstring_view author,
                               std::wstring_view build, std::wstring_view copyright);

@@ -1,5 +1,6 @@
 #include "ui/app.h"
 
+#include <wx/log.h>
 #include <wx/uilocale.h>
 
 #include "services/commandfile.h"
@@ -8,6 +9,7 @@
 #include "services/filesystem.h"
 #include "services/process.h"
 #include "ui/common/strings.h"
+#include "ui/common/style.h"
 #include "ui/frmMain/frmMain.h"
 
 namespace kestrel {
@@ -25,6 +27,8 @@ std::wstring commandFile(const wxArrayString& arguments) {
 }  // namespace
 
 bool App::OnInit() {
+    started() = true;
+    wxLog::EnableLogging(true);
     settleProcess();
     // The program has no options, so the toolkit reads none of its own.
     const std::wstring file = commandFile(argv.GetArguments());
@@ -32,11 +36,12 @@ bool App::OnInit() {
     SetAppDisplayName(toWx(gProgram().version.title));
     SetClassName("kestrel");
     wxUILocale::UseDefault();
+    makeCompact();
     gProgram().folder = chooseProgramFolder();
     gProgram().host = host_.interfaces();
     auto* window = new frmMain;
     SetTopWindow(window);
-    window->Show();
+    settleSize(*window);
     window->start(file);
     return true;
 }

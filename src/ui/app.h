@@ -8,11 +8,20 @@ namespace kestrel {
 
 class App final : public wxApp {
   public:
+    // True once there was a display to show windows on.
+    static bool hasStarted() noexcept { return started(); }
+
     bool OnInit() override;
     // A failure in a window's handler is reported like any other.
     bool OnExceptionInMainLoop() override;
 
   private:
+    static bool& started() noexcept {
+        // NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): one program.
+        static bool started = false;
+        return started;
+    }
+
     HostWx host_;
 };
 

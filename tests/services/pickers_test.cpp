@@ -82,11 +82,11 @@ TEST_F(Pickers, ADialogOfItsOwnAnswersACancelWithNothing) {
 
 TEST_F(Pickers, Folder) {
     host.folders = {L"/some/folder", std::wstring(L"/cut\0here", 9), std::nullopt};
-    EXPECT_EQ(gBrowseFolder(L"Where?", &host, L"/ignored"), L"/some/folder");
+    EXPECT_EQ(gBrowseFolder(L"Where?", &host, L"/start"), L"/some/folder");
     EXPECT_EQ(gBrowseFolder(L"Where?", nullptr, L""), L"/cut");
     EXPECT_EQ(gBrowseFolder(L"Where?", nullptr, L""), std::nullopt);
-    EXPECT_EQ(host.log,
-              (Lines{"folder: Where? | owner", "folder: Where? | none", "folder: Where? | none"}));
+    EXPECT_EQ(host.log, (Lines{"folder: Where? | owner | /start", "folder: Where? | none | ",
+                               "folder: Where? | none | "}));
     gProgram().host = {};
     EXPECT_EQ(gBrowseFolder(L"Where?", nullptr, L""), std::nullopt);
     select();

@@ -52,6 +52,27 @@ TEST(ViewText, FindsWithoutCaseFromTheSelectionsLastCharacter) {
     EXPECT_EQ(findText(nul, std::wstring(L"\0b", 2), 0), (TextRange{1, 3}));
 }
 
+TEST(ViewText, CutsLongLines) {
+    const std::wstring line(kLongestLine + 150, L'x');
+    EXPECT_FALSE(
+        standIn(line.substr(0, kLongestLine) + L"\r\n" + line.substr(0, kLongestLine + 9)));
+    const std::wstring text = L"a\n" + line + L"\r\nb\n" + line + line + L"end";
+    const auto shown = standIn(text);
+    ASSERT_TRUE(shown && shown->cuts.size() == 2);
+    EXPECT_EQ(shown->text.substr(kLongestLine, 59),
+              L"xx \u2026 [150 more characters of this line are not shown]\r\nb\nxx");
+    // Each place of the one is a place of the other, and what is hidden is its begin.
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const std::size_t there = shown->toShown(at);
+        ASSERT_LE(shown->toWhole(there), at);
+        if (shown->toWhole(there) == at && shown->text[there] != L' ') {
+            ASSERT_EQ(shown->text[there], text[at]) << at;
+        }
+    }
+    EXPECT_EQ(shown->toWhole(shown->text.size()), text.size());
+    EXPECT_EQ(shown->toShown(text.find(L'b')), shown->text.find(L'b'));
+}
+
 TEST(ViewText, CountsCharacters) {
     const std::wstring mixed = L"a\r\n\u00E9\u20AC\U0001F600 and some more ASCII \u00FF";
     EXPECT_EQ(characterCount(""), 0U);
@@ -65,8 +86,8 @@ TEST(ViewText, CountsCharacters) {
 TEST(ViewText, OnlyCodesThatAreNoCharactersNeedAStandIn) {
     EXPECT_EQ(standIn(std::wstring(L"a\0\r\n", 4) + L"\uFFFF\U0001F600"), std::nullopt);
     const auto lone = [](unsigned code) { return std::wstring{L'a', static_cast<wchar_t>(code)}; };
-    EXPECT_EQ(standIn(lone(0xD800)), L"a\uFFFD");
-    EXPECT_EQ(standIn(lone(0xDC80) + L"b"), L"a\uFFFDb");
+    EXPECT_EQ(standIn(lone(0xD800))->text, L"a\uFFFD");
+    EXPECT_EQ(standIn(lone(0xDC80) + L"b")->text, L"a\uFFFDb");
 }
 
 TEST(ViewText, LineEndsReadOutsAndTheMark) {

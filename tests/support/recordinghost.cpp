@@ -111,7 +111,7 @@ std::unique_ptr<Progress> RecordingHost::makeProgress() {
 }
 
 bool RecordingHost::answer(const FileQuestion& question, std::wstring& chosen) {
-    write(question.save ? "save" : "open", {question.title, question.filter, question.folder});
+    write(question.save ? "save" : "open", {question.title, question.filter, question.start});
     const auto file = next(files).value_or(std::nullopt);
     if (file) chosen = *file;
     return file.has_value();
@@ -134,8 +134,9 @@ std::unique_ptr<FileDialog> RecordingHost::another() const {
     return std::make_unique<OtherDialog>(const_cast<RecordingHost&>(*this));
 }
 
-std::optional<std::wstring> RecordingHost::chooseFolder(std::wstring_view title, Owner* owner) {
-    write("folder", {title, ownerName(owner)});
+std::optional<std::wstring> RecordingHost::chooseFolder(std::wstring_view title, Owner* owner,
+                                                        std::wstring_view start) {
+    write("folder", {title, ownerName(owner), start});
     return next(folders).value_or(std::nullopt);
 }
 

@@ -58,7 +58,8 @@ class RecordingHost final : public Messages,
     bool show(const FileQuestion& question) override { return answer(question, chosen_); }
     std::wstring path() const override { return chosen_; }
     std::unique_ptr<FileDialog> another() const override;
-    std::optional<std::wstring> chooseFolder(std::wstring_view title, Owner* owner) override;
+    std::optional<std::wstring> chooseFolder(std::wstring_view title, Owner* owner,
+                                             std::wstring_view start) override;
     void perform(std::wstring_view file, std::wstring_view verb) override;
     void properties(std::wstring_view path, Owner* owner) override;
     void run(std::wstring_view commandLine, std::wstring_view configured) override;

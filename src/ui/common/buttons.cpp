@@ -1,5 +1,6 @@
 #include "ui/common/buttons.h"
 
+#include "ui/common/accessible.h"
 #include "ui/icons/icons.h"
 
 namespace kestrel {

@@ -11,7 +11,4 @@ namespace kestrel {
 wxButton* addPictureButton(wxWindow* parent, std::string_view iconName, const wxString& label,
                            const wxString& tooltip, bool showsLabel = false);
 
-// Tells assistive programs the name of a control that does not show it.
-void setAccessibleName(wxWindow& control, const wxString& name);
-
 }  // namespace kestrel

@@ -21,6 +21,7 @@ class HistoryCombo final : public wxComboBox, public TextList {
     bool isOpen() const { return dropped_; }
 
     std::wstring text() const;
+    bool isBlank() const { return GetValue().find_first_not_of(' ') == wxString::npos; }
     // Sets the text without calling onChange.
     void setText(std::wstring_view text);
 

@@ -2,6 +2,8 @@
 
 #include <string>
 
+class wxWindow;
+
 // What the desktop does for us, where the toolkit has no call for it.
 namespace kestrel {
 
@@ -12,6 +14,13 @@ bool showDesktopProperties(const std::wstring& path);
 // Opens `path` in the desktop's text editor. Throws RunTimeError when it has
 // none, or the editor cannot be started.
 void openTextEditor(const std::wstring& path);
+
+// Waits until the desktop has put a window that was just shown in its place; half a
+// second at most.
+void awaitPlace(const wxWindow& window);
+
+// The resolution of the window's screen, with the size of texts that the user chose.
+int dotsPerInch(const wxWindow& window);
 
 // The time of day and the date of now as the user's system writes them at
 // length.

@@ -1,7 +1,9 @@
-#include <gio/gio.h>
+#include <gtk/gtk.h>
 #include <wx/datetime.h>
 #include <wx/uilocale.h>
+#include <wx/window.h>
 
+#include <cmath>
 #include <memory>
 
 #include "services/bytes.h"
@@ -54,6 +56,28 @@ void openTextEditor(const std::wstring& path) {
     const std::wstring reason = fromUtf8(error->message);
     g_error_free(error);
     throw RunTimeError(kFileNotFound, L"Cannot start the text editor: " + reason);
+}
+
+void awaitPlace(const wxWindow& window) {
+    GtkWidget* const widget = window.GetHandle();
+    if (!window.IsShown() || gtk_widget_get_mapped(widget)) return;
+    bool late = false;
+    const guint limit = g_timeout_add(
+        500,
+        [](gpointer flag) -> gboolean {
+            *static_cast<bool*>(flag) = true;
+            return G_SOURCE_CONTINUE;
+        },
+        &late);
+    while (!late && !gtk_window_is_active(GTK_WINDOW(widget))) {
+        g_main_context_iteration(nullptr, TRUE);
+    }
+    g_source_remove(limit);
+}
+
+int dotsPerInch(const wxWindow& window) {
+    const double dots = gdk_screen_get_resolution(gtk_widget_get_screen(window.m_widget));
+    return dots > 0 ? static_cast<int>(std::lround(dots)) : 96;
 }
 
 std::wstring longTimeText() {

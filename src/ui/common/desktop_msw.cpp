@@ -1,6 +1,7 @@
 #include <windows.h>
 
 #include <shellapi.h>
+#include <wx/window.h>
 
 #include <iterator>
 
@@ -31,6 +32,12 @@ void openTextEditor(const std::wstring& path) {
     request.nShow = SW_SHOWNORMAL;
     if (!ShellExecuteExW(&request))
         throwSystemError(static_cast<int>(GetLastError()), L"Cannot edit", path);
+}
+
+void awaitPlace(const wxWindow&) {}  // it is there as soon as it is shown
+
+int dotsPerInch(const wxWindow& window) {
+    return window.GetDPI().y;
 }
 
 std::wstring longTimeText() {

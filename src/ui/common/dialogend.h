@@ -18,6 +18,15 @@ class FileKeeper {
     ~FileKeeper() = default;
 };
 
+// Shows a dialog until it ends, and gives the keyboard back to its parent: a window
+// manager may be confused by two windows that go at once. The dialog's result.
+inline int showModal(wxDialog& dialog) {
+    const int result = dialog.ShowModal();
+    wxWindow* parent = dialog.GetParent();
+    if (parent != nullptr) wxGetTopLevelParent(parent)->Raise();
+    return result;
+}
+
 // Ends a dialog: one that is shown modal goes with its maker, any other one destroys
 // itself. A modal one that is told so again waits for its maker.
 inline void endDialog(wxDialog& dialog) {

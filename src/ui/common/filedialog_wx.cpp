@@ -69,9 +69,10 @@ std::wstring extensionOf(std::wstring_view pattern) {
 
 bool FileDialogWx::show(const FileQuestion& question) {
     const long style = question.save ? wxFD_SAVE : wxFD_OPEN | wxFD_FILE_MUST_EXIST;
-    const bool startsAtFile = fileExists(question.folder);
-    const std::wstring_view folder = startsAtFile ? folderOf(question.folder) : question.folder;
-    const std::wstring_view name = startsAtFile ? fileName(question.folder) : std::wstring_view();
+    const bool startsAtFile =
+        !filesystem::isFolder(question.start) && filesystem::isFolder(folderOf(question.start));
+    const std::wstring_view folder = startsAtFile ? folderOf(question.start) : question.start;
+    const std::wstring_view name = startsAtFile ? fileName(question.start) : std::wstring_view();
     wxFileDialog dialog(wxGetActiveWindow(), toWx(question.title), toWx(folder), toWx(name),
                         toWx(toolkitFilter(question.filter)), style);
     if (dialog.ShowModal() != wxID_OK) return false;

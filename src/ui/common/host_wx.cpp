@@ -1,9 +1,10 @@
 #include "ui/common/host_wx.h"
 
+#include <wx/app.h>
 #include <wx/clipbrd.h>
 #include <wx/dirdlg.h>
 #include <wx/filename.h>
-#include <wx/msgdlg.h>
+#include <wx/textctrl.h>
 #include <wx/textdlg.h>
 #include <wx/toplevel.h>
 #include <wx/utils.h>
@@ -12,30 +13,23 @@
 
 #include "services/errors.h"
 #include "services/files.h"
+#include "services/filesystem.h"
+#include "ui/common/accessible.h"
 #include "ui/common/desktop.h"
+#include "ui/common/dialogend.h"
+#include "ui/common/messagebox.h"
 #include "ui/common/strings.h"
+#include "ui/common/style.h"
 #include "ui/frmProgress/frmProgress.h"
 
 namespace kestrel {
 namespace {
 
-// The window that a box stands in front of.
-wxWindow* frontWindow() {
-    wxWindow* window = wxGetActiveWindow();
-    return window == nullptr ? nullptr : wxGetTopLevelParent(window);
-}
-
-// The toolkit breaks a line at CR and at LF.
-wxString shownMessage(std::wstring_view text) {
-    wxString shown = toWx(text);
-    shown.Replace("\r\n", "\n");
-    return shown;
-}
-
-// As shownMessage(), with its long lines broken: a prompt does not break them.
+// With its long lines broken: a prompt does not break them, but at CR and at LF.
 wxString shownPrompt(std::wstring_view text) {
     constexpr std::size_t kLongest = 60;  // characters
-    wxString shown = shownMessage(text);
+    wxString shown = toWx(text);
+    shown.Replace("\r\n", "\n");
     std::size_t start = 0;
     for (std::size_t blank = shown.find(' '); blank != wxString::npos;) {
         const std::size_t next = shown.find(' ', blank + 1);
@@ -49,50 +43,43 @@ wxString shownPrompt(std::wstring_view text) {
     return shown;
 }
 
-long iconStyle(Icon icon) {
-    constexpr long kStyles[] = {wxICON_NONE, wxICON_INFORMATION, wxICON_QUESTION,
-                                wxICON_EXCLAMATION};
-    return kStyles[static_cast<std::size_t>(icon)];
-}
-
-long buttonStyle(Buttons buttons) {
-    constexpr long kStyles[] = {wxOK, wxOK | wxCANCEL, wxYES_NO, wxYES_NO | wxCANCEL};
-    return kStyles[static_cast<std::size_t>(buttons)];
-}
-
 }  // namespace
+
+wxWindow* frontWindow() {
+    wxWindow* window = wxGetActiveWindow();
+    if (window == nullptr) window = wxTheApp->GetTopWindow();
+    return window == nullptr ? nullptr : wxGetTopLevelParent(window);
+}
 
 Answer MessagesWx::ask(std::wstring_view text, std::wstring_view title, Icon icon,
                        Buttons buttons) {
-    wxMessageDialog dialog(frontWindow(), shownMessage(text), toWx(title),
-                           iconStyle(icon) | buttonStyle(buttons) | wxCENTRE);
-    switch (dialog.ShowModal()) {
-        case wxID_OK:
-            return Answer::ok;
-        case wxID_YES:
-            return Answer::yes;
-        case wxID_NO:
-            return Answer::no;
-        default:
-            return buttons == Buttons::yesNo ? Answer::no : Answer::cancel;
-    }
+    // A file that cannot be read at the start is told while the window is on its way.
+    if (const wxWindow* front = frontWindow()) awaitPlace(*front);
+    return showMessageBox(frontWindow(), text, title, icon, buttons);
 }
 
 std::optional<std::wstring> MessagesWx::prompt(std::wstring_view text, std::wstring_view title,
                                                std::wstring_view initial) {
     wxWindow* const front = frontWindow();
     wxTextEntryDialog dialog(front, shownPrompt(text), toWx(title), toWx(initial),
-                             wxTextEntryDialogStyle,
-                             front == nullptr ? wxDefaultPosition : front->GetPosition());
-    if (dialog.ShowModal() != wxID_OK) return std::nullopt;
+                             wxTextEntryDialogStyle & ~wxCENTRE);
+    for (wxWindow* control : dialog.GetChildren()) {
+        if (dynamic_cast<wxTextCtrl*>(control) == nullptr) continue;
+        setAccessibleName(*control, toWx(text.substr(0, text.find_first_of(L"\r\n"))));
+    }
+    if (front != nullptr) placeAt(dialog, front->GetPosition());
+    if (showModal(dialog) != wxID_OK) return std::nullopt;
     return fromWx(dialog.GetValue());
 }
 
-std::optional<std::wstring> FolderPickerWx::chooseFolder(std::wstring_view title, Owner*) {
-    wxDirDialog dialog(frontWindow(), toWx(title), wxString(),
+std::optional<std::wstring> FolderPickerWx::chooseFolder(std::wstring_view title, Owner*,
+                                                         std::wstring_view start) {
+    const bool there = filesystem::isFolder(start);
+    wxDirDialog dialog(frontWindow(), toWx(title), toWx(there ? start : gProgram().lastFolder),
                        wxDD_DEFAULT_STYLE | wxDD_DIR_MUST_EXIST);
     if (dialog.ShowModal() != wxID_OK) return std::nullopt;
-    return fromWx(dialog.GetPath());
+    gProgram().lastFolder = fromWx(dialog.GetPath());
+    return gProgram().lastFolder;
 }
 
 void ShellWx::perform(std::wstring_view file, std::wstring_view verb) {
@@ -100,10 +87,11 @@ void ShellWx::perform(std::wstring_view file, std::wstring_view verb) {
     const wxString target = toWx(file);
     const bool address =
         target.StartsWith("http:") || target.StartsWith("https:") || target.StartsWith("mailto:");
-    if (address) {
-        wxLaunchDefaultBrowser(target);
-    } else if (fileExists(file)) {
-        wxLaunchDefaultApplication(target);
+    const bool opened = address ? wxLaunchDefaultBrowser(target)
+                                : fileExists(file) && wxLaunchDefaultApplication(target);
+    if (!opened) {
+        throw RunTimeError(kFileNotFound,
+                           L"This desktop has no program that opens " + std::wstring(file));
     }
 }
 
@@ -121,14 +109,20 @@ std::wstring ClockWx::longDate() const {
     return longDateText();
 }
 
+OwnerWx::OwnerWx(wxWindow& window, wxWindow* otherwise) : window_(window), focused_(otherwise) {
+    wxWindow* focus = wxWindow::FindFocus();
+    // Not a tool bar, which the toolkit tells of after a click on a tool.
+    const bool holds = focus != nullptr && window.IsDescendant(focus);
+    if (holds && focus->CanAcceptFocusFromKeyboard()) focused_ = focus;
+}
+
 void OwnerWx::enable(bool enabled) {
     window_.Enable(enabled);
 }
 
 void OwnerWx::focus() {
     window_.Raise();
-    const bool inside = focused_ != nullptr && wxGetTopLevelParent(focused_) == &window_;
-    (inside ? focused_ : &window_)->SetFocus();
+    (focused_ ? focused_.get() : &window_)->SetFocus();
 }
 
 Host HostWx::interfaces() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <wx/string.h>
+#include <wx/weakref.h>
 #include <wx/window.h>
 
 #include "services/host.h"
@@ -9,6 +10,10 @@
 
 // The host's interfaces over wxWidgets.
 namespace kestrel {
+
+// The window that a box stands in front of: not the control in it that has the
+// keyboard, which the toolkit calls active too. Null where there is none.
+wxWindow* frontWindow();
 
 class MessagesWx final : public Messages {
   public:
@@ -37,7 +42,8 @@ class FileDialogWx final : public FileDialog {
 
 class FolderPickerWx final : public FolderPicker {
   public:
-    std::optional<std::wstring> chooseFolder(std::wstring_view title, Owner* owner) override;
+    std::optional<std::wstring> chooseFolder(std::wstring_view title, Owner* owner,
+                                             std::wstring_view start) override;
 };
 
 class ShellWx final : public Shell {
@@ -64,14 +70,15 @@ class ClockWx final : public Clock {
 // A window as the owner of a progress dialog.
 class OwnerWx final : public Owner {
   public:
-    // Remembers what has the keyboard now, before any dialog takes it.
-    explicit OwnerWx(wxWindow& window) : window_(window), focused_(wxWindow::FindFocus()) {}
+    // Remembers what has the keyboard now, before any dialog takes it; `otherwise` gets
+    // it where nothing has it.
+    explicit OwnerWx(wxWindow& window, wxWindow* otherwise = nullptr);
     void enable(bool enabled) override;
     void focus() override;
 
   private:
     wxWindow& window_;
-    wxWindow* focused_;
+    wxWeakRef<wxWindow> focused_;
 };
 
 // Everything above, with the lifetime of the program.

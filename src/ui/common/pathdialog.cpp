@@ -6,9 +6,11 @@
 
 #include "services/errors.h"
 #include "services/histories.h"
+#include "ui/common/accessible.h"
 #include "ui/common/buttons.h"
 #include "ui/common/mnemonics.h"
 #include "ui/common/strings.h"
+#include "ui/common/twips.h"
 
 namespace kestrel {
 namespace {
@@ -33,24 +35,29 @@ class PathDropTarget final : public wxFileDropTarget {
 }  // namespace
 
 PathDialog::PathDialog(wxWindow* parent, const wxString& title, const wxString& name)
-    : wxDialog(parent, wxID_ANY, title, wxDefaultPosition, wxDefaultSize, kStyle, name) {
+    : wxDialog(parent, wxID_ANY, title, wxDefaultPosition, wxDefaultSize, kStyle, name),
+      released_(
+          *this, [this](const KeyPress& key) { return key.code == WXK_ESCAPE && !listIsOpen(); },
+          [this](const KeyPress&) { Close(); }) {
     Bind(wxEVT_CHAR_HOOK, &PathDialog::keyPressed, this);
     Bind(wxEVT_CLOSE_WINDOW, &PathDialog::closing, this);
     Bind(wxEVT_SHOW, [this](wxShowEvent& event) {
         if (event.IsShown()) CallAfter([this] { keepHeight(); });
         event.Skip();
     });
-    // The main window knows what becomes of a minimised window.
+    // The main window, which waits for this one, goes and comes back with it.
     Bind(wxEVT_ICONIZE, [this](wxIconizeEvent& event) {
-        auto* main = dynamic_cast<wxTopLevelWindow*>(GetParent());
-        if (event.IsIconized() && main != nullptr) main->Iconize();
         event.Skip();
+        auto* main = dynamic_cast<wxTopLevelWindow*>(GetParent());
+        if (main == nullptr || !event.IsIconized()) return;
+        main->Iconize();
     });
 }
 
-HistoryCombo* PathDialog::addPathBox(wxWindow* parent, const wxString& name,
+HistoryCombo* PathDialog::addPathBox(wxWindow* parent, const wxString& name, const wxString& spoken,
                                      std::wstring_view history) {
     auto* box = new HistoryCombo(parent, name);
+    setAccessibleName(*box, wxControl::RemoveMnemonics(spoken));
     gLoadHistory(*box, history);
     box->onChange = [this] { pathsChanged(); };
     box->onEnter = [this] { entered(); };
@@ -64,7 +71,7 @@ void PathDialog::addPathRow(wxFlexGridSizer& grid, wxWindow* parent, const PathR
     const auto centred = wxSizerFlags().CentreVertical();
     row.label = new wxStaticText(parent, wxID_ANY, text);
     grid.Add(row.label, centred);
-    row.box = addPathBox(parent, name, history);
+    row.box = addPathBox(parent, name, text, history);
     grid.Add(row.box, wxSizerFlags().Expand());
     row.picker = addPictureButton(parent, "folder", pickerName, "Open Recent");
     grid.Add(row.picker, centred);
@@ -100,7 +107,7 @@ void PathDialog::acceptDrops(const Takes& takes) {
 
 void PathDialog::fitTo(wxSizer* column, int width) {
     SetSizerAndFit(column);
-    SetClientSize(std::max(FromDIP(width), GetClientSize().x), GetClientSize().y);
+    SetClientSize(std::max(scaled(*this, width), GetClientSize().x), GetClientSize().y);
     CentreOnParent();
 }
 
@@ -114,14 +121,9 @@ void PathDialog::keepHeight() {
 
 void PathDialog::keyPressed(wxKeyEvent& event) {
     if (event.GetModifiers() == wxMOD_ALT && pressMnemonic(*this, event.GetKeyCode())) return;
-    if (event.GetKeyCode() != WXK_ESCAPE) {
-        event.Skip();
-    } else if (listIsOpen()) {
-        // The open list takes it, and the dialog must not.
-        event.DoAllowNextEvent();
-    } else {
-        Close();
-    }
+    // An open list takes it, and the dialog must not.
+    if (event.GetKeyCode() == WXK_ESCAPE) return event.DoAllowNextEvent();
+    event.Skip();
 }
 
 bool PathDialog::listIsOpen() const {

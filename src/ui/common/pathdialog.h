@@ -13,12 +13,13 @@
 
 #include "ui/common/combo.h"
 #include "ui/common/dialogend.h"
+#include "ui/common/releasedkeys.h"
 
 namespace kestrel {
 
 // A dialog, modal as a rule, around paths that are typed, picked and remembered.
-// It grows in width alone, closes on Esc but not while something works, and is
-// minimised with the main window.
+// It grows in width alone, closes when Esc is let go but not while something works, and
+// is minimised with the main window.
 class PathDialog : public wxDialog, public FileKeeper {
   public:
     void saveFiles() override;
@@ -32,8 +33,9 @@ class PathDialog : public wxDialog, public FileKeeper {
     virtual void entered() = 0;
 
     // A box with the history of the file `history`, written back when the dialog
-    // closes.
-    HistoryCombo* addPathBox(wxWindow* parent, const wxString& name, std::wstring_view history);
+    // closes; `spoken` is what assistive programs call it.
+    HistoryCombo* addPathBox(wxWindow* parent, const wxString& name, const wxString& spoken,
+                             std::wstring_view history);
     struct PathRow {
         wxStaticText*& label;
         HistoryCombo*& box;
@@ -67,6 +69,7 @@ class PathDialog : public wxDialog, public FileKeeper {
 
     std::vector<std::pair<HistoryCombo*, std::wstring_view>> boxes_;
     bool unsaved_ = true;
+    ReleasedKeys released_;
 };
 
 }  // namespace kestrel

@@ -7,9 +7,12 @@
 #include <wx/textctrl.h>
 
 #include "services/files.h"
+#include "ui/common/accessible.h"
 #include "ui/common/desktop.h"
+#include "ui/common/dialogend.h"
 #include "ui/common/host_wx.h"
 #include "ui/common/strings.h"
+#include "ui/common/twips.h"
 
 namespace kestrel {
 namespace {
@@ -53,15 +56,16 @@ std::vector<std::pair<std::wstring, std::wstring>> fileFacts(const std::wstring&
 void showOwnProperties(wxWindow* parent, const std::wstring& path) {
     wxDialog sheet(parent, wxID_ANY, "Properties of " + shownLine(fileName(path)),
                    wxDefaultPosition, wxDefaultSize, wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER);
-    const int margin = sheet.FromDIP(kMargin);
+    const int margin = scaled(sheet, kMargin);
     auto* grid = new wxFlexGridSizer(2, margin / 2, margin);
     grid->AddGrowableCol(1);
     for (const auto& [label, text] : fileFacts(path)) {
         grid->Add(new wxStaticText(&sheet, wxID_ANY, toWx(label)), wxSizerFlags().CentreVertical());
         // A field, so that a path can be selected and copied.
-        grid->Add(new wxTextCtrl(&sheet, wxID_ANY, toWx(text), wxDefaultPosition,
-                                 wxSize(sheet.FromDIP(kTextWidth), -1), wxTE_READONLY),
-                  wxSizerFlags().Expand());
+        auto* field = new wxTextCtrl(&sheet, wxID_ANY, toWx(text), wxDefaultPosition,
+                                     wxSize(scaled(sheet, kTextWidth), -1), wxTE_READONLY);
+        setAccessibleName(*field, toWx(label).BeforeLast(':'));
+        grid->Add(field, wxSizerFlags().Expand());
     }
     auto* column = new wxBoxSizer(wxVERTICAL);
     column->Add(grid, wxSizerFlags(1).Expand().Border(wxALL, margin));
@@ -69,12 +73,12 @@ void showOwnProperties(wxWindow* parent, const std::wstring& path) {
     sheet.SetSizerAndFit(column);
     sheet.SetEscapeId(wxID_OK);
     sheet.CentreOnParent();
-    sheet.ShowModal();
+    showModal(sheet);
 }
 
 void ShellWx::properties(std::wstring_view path, Owner*) {
     const std::wstring file(path);
-    if (!showDesktopProperties(file)) showOwnProperties(wxGetActiveWindow(), file);
+    if (!showDesktopProperties(file)) showOwnProperties(frontWindow(), file);
 }
 
 }  // namespace kestrel

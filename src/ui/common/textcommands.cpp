@@ -11,6 +11,7 @@
 #include "ui/common/mnemonics.h"
 #include "ui/common/mousecapture.h"
 #include "ui/common/strings.h"
+#include "ui/common/twips.h"
 
 namespace kestrel {
 namespace {
@@ -37,13 +38,16 @@ const std::array<TextCommands::Row, 7> TextCommands::kRows = {{
 }};
 
 TextCommands::TextCommands(wxTopLevelWindow& window, OpenFile openFile)
-    : window_(window), openFile_(std::move(openFile)) {
+    : window_(window),
+      openFile_(std::move(openFile)),
+      released_(
+          window, [](const KeyPress& key) { return rowOf(key) != nullptr; },
+          [this](const KeyPress& key) { run(*rowOf(key)); }) {
     addControls();
     window_.Bind(wxEVT_CHAR_HOOK, &TextCommands::keyPressed, this);
     window_.Bind(wxEVT_ACTIVATE, &TextCommands::activated, this);
     window_.Bind(wxEVT_PAINT, &TextCommands::paintBorder, this);
     txtView->Bind(wxEVT_SET_FOCUS, &TextCommands::caretMoved, this);
-    txtView->Bind(wxEVT_LEFT_UP, &TextCommands::caretMoved, this);
     txtView->Bind(wxEVT_STC_UPDATEUI, &TextCommands::caretMoved, this);
 }
 
@@ -52,15 +56,20 @@ TextCommands::~TextCommands() {
 }
 
 void TextCommands::activated(wxActivateEvent& event) {
-    pressed_ = nullptr;
     // A window that takes the keyboard before it is shown may have no caption yet.
     if (event.GetActive() && window_.IsShown()) takeCaption();
     event.Skip();
 }
 
+// The pane tells of its caret in the midst of its painting, where nothing else may be
+// painted.
 void TextCommands::caretMoved(wxEvent& event) {
-    refresh();
     event.Skip();
+    if (std::exchange(stale_, true)) return;
+    CallAfter([this] {
+        stale_ = false;
+        refresh();
+    });
 }
 
 // The border that toolkits draw around such a pane cannot be seen everywhere.
@@ -81,18 +90,11 @@ void TextCommands::addControls() {
         button->Bind(wxEVT_BUTTON, [this, &row](wxCommandEvent&) { run(row); });
         cmdCommands[static_cast<std::size_t>(row.index)] = button;
     }
-    addStatusBar();
-}
-
-void TextCommands::addStatusBar() {
-    constexpr std::array<int, kPanels> kWidths = {-3, -2, -4, -4, -3};
-    stbMain = new wxStatusBar(&window_, wxID_ANY,
-                              wxSTB_SIZEGRIP | wxSTB_SHOW_TIPS | wxSTB_ELLIPSIZE_END, "stbMain");
-    stbMain->SetFieldsCount(kPanels, kWidths.data());
+    stbMain = new StatusPanels(&window_, {{3, ""}, {2, ""}, {4, ""}, {4, ""}, {3, ""}});
 }
 
 int TextCommands::margin() const {
-    return window_.FromDIP(kMargin);
+    return scaled(window_, kMargin);
 }
 
 wxSizer* TextCommands::buttonRow() {
@@ -106,35 +108,16 @@ wxSizer* TextCommands::buttonRow() {
     return row;
 }
 
-void TextCommands::watchKeys() {
-    watchKeys(window_);
-}
-
-void TextCommands::watchKeys(wxWindow& window) {
-    window.Bind(wxEVT_KEY_UP, &TextCommands::keyReleased, this);
-    for (wxWindow* child : window.GetChildren()) {
-        if (!child->IsTopLevel()) watchKeys(*child);
-    }
-}
-
-// A key counts where it was pressed: one that is only released here has closed a
-// dialog in front of this window.
-void TextCommands::keyPressed(wxKeyEvent& event) {
-    const auto* row = std::find_if(kRows.begin(), kRows.end(), [&event](const Row& one) {
-        return one.key == event.GetKeyCode() && one.modifiers == event.GetModifiers();
+const TextCommands::Row* TextCommands::rowOf(const KeyPress& key) {
+    const auto* row = std::find_if(kRows.begin(), kRows.end(), [&key](const Row& one) {
+        return KeyPress{one.key, one.modifiers} == key;
     });
-    pressed_ = row == kRows.end() ? nullptr : row;
+    return row == kRows.end() ? nullptr : row;
+}
+
+void TextCommands::keyPressed(wxKeyEvent& event) {
     if (event.GetModifiers() == wxMOD_ALT && pressMnemonic(window_, event.GetKeyCode())) return;
     event.Skip();
-}
-
-void TextCommands::keyReleased(wxKeyEvent& event) {
-    if (event.GetEventObject() == txtView) refresh();
-    if (pressed_ == nullptr || pressed_->key != event.GetKeyCode()) {
-        event.Skip();
-        return;
-    }
-    run(*std::exchange(pressed_, nullptr));
 }
 
 void TextCommands::run(const Row& row) {
@@ -185,7 +168,7 @@ ViewedText TextCommands::viewed() const {
 void TextCommands::refresh() {
     const auto texts = readOutTexts(txtView->readOuts());
     for (int panel = 0; panel < kPanels; ++panel) {
-        stbMain->SetStatusText(toWx(texts[static_cast<std::size_t>(panel)]), panel);
+        stbMain->setPanel(panel, texts[static_cast<std::size_t>(panel)]);
     }
     if (!caption_) return;
     const wxString caption = toWx(markedCaption(fromWx(*caption_), txtView->changed()));

@@ -2,13 +2,14 @@
 
 #include <wx/button.h>
 #include <wx/sizer.h>
-#include <wx/statusbr.h>
 #include <wx/toplevel.h>
 
 #include <array>
 #include <optional>
 #include <string>
 
+#include "ui/common/releasedkeys.h"
+#include "ui/common/statuspanels.h"
 #include "ui/common/textpane.h"
 
 namespace kestrel {
@@ -27,7 +28,7 @@ class TextCommands final : public wxEvtHandler {
 
     TextPane* txtView;
     std::array<wxButton*, kButtons> cmdCommands;
-    wxStatusBar* stbMain;
+    StatusPanels* stbMain;
 
     // The distance of the controls from each other and from the window's edges.
     int margin() const;
@@ -35,10 +36,6 @@ class TextCommands final : public wxEvtHandler {
     // A space that takes the width left, then the buttons from SkritPad to Done. A
     // window may put its own buttons between them.
     wxSizer* buttonRow();
-
-    // Hears the keys of all controls that the window has now. To be called once,
-    // when it has them all.
-    void watchKeys();
 
     // Shows the read-outs and the caption's mark.
     void refresh();
@@ -63,13 +60,11 @@ class TextCommands final : public wxEvtHandler {
     static const std::array<Row, 7> kRows;
 
     void addControls();
-    void addStatusBar();
-    void watchKeys(wxWindow& window);
     void activated(wxActivateEvent& event);
     void caretMoved(wxEvent& event);
     void paintBorder(wxPaintEvent& event);
     void keyPressed(wxKeyEvent& event);
-    void keyReleased(wxKeyEvent& event);
+    static const Row* rowOf(const KeyPress& key);
 
     void run(const Row& row);
     void done();
@@ -86,7 +81,8 @@ class TextCommands final : public wxEvtHandler {
     OpenFile openFile_;
     std::optional<wxString> caption_;
     std::wstring searchText_;
-    const Row* pressed_ = nullptr;  // the command whose key is down
+    ReleasedKeys released_;
+    bool stale_ = false;  // the read-outs wait for the events to end
 };
 
 }  // namespace kestrel

@@ -1,3 +1,4 @@
+#include <wx/fontenum.h>
 #include <wx/settings.h>
 
 #include <algorithm>
@@ -5,6 +6,7 @@
 
 #include "ui/common/gaslexer.h"
 #include "ui/common/textpane.h"
+#include "ui/common/twips.h"
 
 namespace kestrel {
 namespace {
@@ -32,7 +34,12 @@ int positionOf(std::size_t place) {
 void TextPane::applyFont() {
     const int points =
         static_cast<int>(wxSystemSettings::GetFont(wxSYS_DEFAULT_GUI_FONT).GetPointSize());
-    StyleSetFont(wxSTC_STYLE_DEFAULT, wxFontInfo(points).Family(wxFONTFAMILY_TELETYPE));
+    // The product's font has pictures for one size alone; elsewhere it is not sharp.
+    constexpr int kFixedsysPoints = 9;
+    const bool sharp =
+        dotsPerInch(*this) == kUsualDots && wxFontEnumerator::IsValidFacename("Fixedsys");
+    StyleSetFont(wxSTC_STYLE_DEFAULT, sharp ? wxFontInfo(kFixedsysPoints).FaceName("Fixedsys")
+                                            : wxFontInfo(points).Family(wxFONTFAMILY_TELETYPE));
     StyleClearAll();
 }
 

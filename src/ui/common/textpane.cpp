@@ -7,8 +7,11 @@
 
 #include "services/bytes.h"
 #include "services/errors.h"
+#include "ui/common/accessible.h"
 #include "ui/common/gaslexer.h"
 #include "ui/common/strings.h"
+#include "ui/common/textaccess.h"
+#include "ui/common/twips.h"
 
 namespace kestrel {
 namespace {
@@ -37,13 +40,15 @@ TextPane::TextPane(wxWindow* parent, const wxString& name)
     SetScrollWidthTracking(true);
     SetLayoutCache(wxSTC_CACHE_PAGE);
     for (int margin = 0; margin < GetMarginCount(); ++margin) SetMarginWidth(margin, 0);
-    SetMargins(FromDIP(kEdge), FromDIP(kEdge));
+    SetMargins(scaled(*this, kEdge), scaled(*this, kEdge));
     UsePopUp(wxSTC_POPUP_NEVER);
     clearUnusualKeys();
     applyFont();
     applyColours();
     textFormat(0);
     bindEvents();
+    makeReadable(*this);
+    setAccessibleName(*this, "Text");
 }
 
 void TextPane::bindEvents() {
@@ -90,11 +95,13 @@ void TextPane::clearUnusualKeys() {
 
 void TextPane::setText(std::wstring_view text) {
     kept_.reset();
-    const std::optional<std::wstring> shown = standIn(text);
+    std::optional<StandIn> shown = standIn(text);
     if (shown) kept_.emplace(text);
-    reference_ = toUtf8(shown ? std::wstring_view(*shown) : text);
+    reference_ = toUtf8(shown ? std::wstring_view(shown->text) : text);
     checkLength(reference_.size());
-    surplus_ = reference_.size() - text.size();
+    surplus_ = reference_.size() - (shown ? shown->text.size() : text.size());
+    shown_.cuts = shown ? std::move(shown->cuts) : std::vector<HiddenPart>();
+    canEdit_ = canEdit_ && shown_.cuts.empty();
 
     SetModEventMask(0);
     SetReadOnly(false);
@@ -111,13 +118,14 @@ void TextPane::setText(std::wstring_view text) {
 }
 
 void TextPane::append(std::wstring_view text) {
-    const std::optional<std::wstring> shown = standIn(text);
-    const std::string bytes = toUtf8(shown ? std::wstring_view(*shown) : text);
+    const std::optional<StandIn> shown = standIn(text);
+    const std::string bytes = toUtf8(shown ? std::wstring_view(shown->text) : text);
     checkLength(reference_.size() + bytes.size());
     if (shown && !kept_) kept_ = fromUtf8(reference_);
+    if (shown) addCuts(shown->cuts);
     if (kept_) kept_->append(text);
+    surplus_ += bytes.size() - (shown ? shown->text.size() : text.size());
     reference_ += bytes;
-    surplus_ += bytes.size() - text.size();
     addUnedited(bytes);
     GotoPos(GetLength());
 }
@@ -142,7 +150,7 @@ std::wstring TextPane::text() const {
 // A width below the visible one makes GTK draw an edge as if it were scrolled too
 // far. Lines that are wider make it grow.
 void TextPane::fitScrollWidth() {
-    SetScrollWidth(std::max(1, GetClientSize().x - 2 * FromDIP(kEdge)));
+    SetScrollWidth(std::max(1, GetClientSize().x - 2 * scaled(*this, kEdge)));
 }
 
 bool TextPane::changed() const {
@@ -152,8 +160,8 @@ bool TextPane::changed() const {
 }
 
 void TextPane::canEdit(bool can) {
-    canEdit_ = can;
-    SetReadOnly(!can);
+    canEdit_ = can && shown_.cuts.empty();
+    SetReadOnly(!canEdit_);
     applyColours();
 }
 
@@ -163,6 +171,9 @@ void TextPane::textModified(const wxStyledTextEvent& event) {
     const std::size_t beyond = length - event.GetString().length();
     const bool inserted = (event.GetModificationType() & wxSTC_MOD_INSERTTEXT) != 0;
     surplus_ = inserted ? surplus_ + beyond : surplus_ - beyond;
+    if (onTextChanged) {
+        onTextChanged(inserted, characterAt(event.GetPosition()), event.GetString().utf8_string());
+    }
 }
 
 std::string_view TextPane::bytes(int begin, int end) const {
@@ -170,10 +181,23 @@ std::string_view TextPane::bytes(int begin, int end) const {
     return {GetRangePointer(begin, end - begin), static_cast<std::size_t>(end - begin)};
 }
 
-std::size_t TextPane::offsetOf(int position) const {
+std::size_t TextPane::characterAt(int position) const {
     // A text of ASCII alone, however long, need not be counted.
     if (surplus_ == 0) return static_cast<std::size_t>(position);
     return characterCount(bytes(0, position));
+}
+
+int TextPane::positionAt(std::size_t character) const {
+    const int length = GetLength();
+    if (surplus_ == 0) return static_cast<int>(std::min<std::size_t>(character, length));
+    const std::string_view text = bytes();
+    std::size_t at = 0;
+    for (; character > 0 && at < text.size(); --character) {
+        do {
+            ++at;
+        } while (at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80);
+    }
+    return static_cast<int>(at);
 }
 
 ReadOuts TextPane::readOuts() const {
@@ -182,8 +206,8 @@ ReadOuts TextPane::readOuts() const {
     ReadOuts readOuts;
     readOuts.line = static_cast<std::size_t>(line) + 1;
     readOuts.column = characterCount(bytes(PositionFromLine(line), caret)) + 1;
-    readOuts.caret = offsetOf(caret);
-    readOuts.characters = static_cast<std::size_t>(GetLength()) - surplus_;
+    readOuts.caret = shown_.toWhole(characterAt(caret));
+    readOuts.characters = shown_.toWhole(static_cast<std::size_t>(GetLength()) - surplus_);
     readOuts.lines = static_cast<std::size_t>(GetLineCount());
     return readOuts;
 }
@@ -192,7 +216,8 @@ std::wstring TextPane::selectedText() const {
     const int begin = GetSelectionStart();
     const int end = GetSelectionEnd();
     if (!kept_ || changed()) return fromUtf8(bytes(begin, end));
-    return kept_->substr(offsetOf(begin), characterCount(bytes(begin, end)));
+    const std::size_t from = shown_.toWhole(characterAt(begin));
+    return kept_->substr(from, shown_.toWhole(characterAt(end)) - from);
 }
 
 void TextPane::copyText() const {
@@ -205,13 +230,34 @@ void TextPane::selectEverything() {
 }
 
 bool TextPane::find(std::wstring_view what) {
-    const auto end = static_cast<std::size_t>(GetSelectionEnd());
-    const std::optional<TextRange> found = findText(bytes(), what, end);
+    const std::optional<TextRange> found = findShown(what);
     if (!found) return false;
     SetSelection(static_cast<int>(found->begin), static_cast<int>(found->end));
     EnsureCaretVisible();
     SetFocus();
     return true;
+}
+
+// In the whole text, too: what is found in a cut is shown as its begin.
+std::optional<TextRange> TextPane::findShown(std::wstring_view what) const {
+    const int end = GetSelectionEnd();
+    if (shown_.cuts.empty()) return findText(bytes(), what, static_cast<std::size_t>(end));
+    const std::string whole = toUtf8(*kept_);
+    const std::size_t from = toUtf8(kept_->substr(0, shown_.toWhole(characterAt(end)))).size();
+    const std::optional<TextRange> found = findText(whole, what, from);
+    if (!found) return std::nullopt;
+    const auto shownAt = [&](std::size_t byte) {
+        const std::size_t at = characterCount(std::string_view(whole).substr(0, byte));
+        return static_cast<std::size_t>(positionAt(shown_.toShown(at)));
+    };
+    return TextRange{shownAt(found->begin), shownAt(found->end)};
+}
+
+// Of what was added behind the text.
+void TextPane::addCuts(std::vector<HiddenPart> cuts) {
+    const std::size_t before = static_cast<std::size_t>(GetLength()) - surplus_;
+    for (HiddenPart& cut : cuts) cut.at += before;
+    std::ranges::move(cuts, std::back_inserter(shown_.cuts));
 }
 
 void TextPane::cutSelection() {
@@ -228,7 +274,7 @@ void TextPane::keyPressed(wxKeyEvent& event) {
         cutSelection();
     } else if (ctrl && code == WXK_INSERT) {
         copyText();
-    } else if (code == WXK_TAB && (ctrl || !canEdit_)) {
+    } else if (code == WXK_F6 || (code == WXK_TAB && (ctrl || !canEdit_ || tabMovesOn_))) {
         Navigate(event.ShiftDown() ? wxNavigationKeyEvent::IsBackward
                                    : wxNavigationKeyEvent::IsForward);
     } else {

@@ -2,6 +2,7 @@
 
 #include <wx/stc/stc.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,15 +28,29 @@ class TextPane final : public wxStyledTextCtrl {
     bool changed() const;
 
     // An editable pane has the background of a window, another one that of a
-    // button.
+    // button. A text that is not shown whole cannot be edited.
     void canEdit(bool can);
     bool canEdit() const noexcept { return canEdit_; }
+
+    // Whether Tab goes on to the next control, as it does in a pane that cannot be
+    // edited; Ctrl+Tab and F6 do in any.
+    void tabMovesOn(bool moves) { tabMovesOn_ = moves; }
 
     // Other than 0: tab stops for tab-delimited text, at 10, 120, 220 and 320
     // quarters of a character. 0: a tab is as wide as one character.
     void textFormat(int format);
 
     ReadOuts readOuts() const;
+
+    // The bytes of a part of the text as it is now, until it changes.
+    std::string_view bytes(int begin, int end) const;
+
+    // Positions are places among the bytes; people count characters.
+    std::size_t characterAt(int position) const;
+    int positionAt(std::size_t character) const;
+
+    // Called after the text from the character `at` on was put in or taken out.
+    std::function<void(bool inserted, std::size_t at, const std::string& text)> onTextChanged;
 
     bool hasSelection() const { return GetSelectionStart() != GetSelectionEnd(); }
     std::wstring selectedText() const;
@@ -69,16 +84,18 @@ class TextPane final : public wxStyledTextCtrl {
     void keyPressed(wxKeyEvent& event);
     void showMenu();
     void cutSelection();
+    void addCuts(std::vector<HiddenPart> cuts);
+    std::optional<TextRange> findShown(std::wstring_view what) const;
     void textModified(const wxStyledTextEvent& event);
-    std::string_view bytes(int begin, int end) const;
     std::string_view bytes() const { return bytes(0, GetLength()); }
-    std::size_t offsetOf(int position) const;
 
     std::string reference_;             // what was set, as the control holds it
     std::optional<std::wstring> kept_;  // what was set, where the control cannot hold it
+    StandIn shown_;                     // how places in the two belong together; has no text
     std::size_t surplus_ = 0;           // bytes of the text beyond its characters
     int textFormat_ = 0;
     bool canEdit_ = true;
+    bool tabMovesOn_ = false;
     bool coloured_ = false;
     TextRange colouredRange_;  // of the text as it is now
 };

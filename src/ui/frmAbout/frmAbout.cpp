@@ -14,8 +14,11 @@
 
 #include "services/errors.h"
 #include "services/program.h"
-#include "services/shell.h"
+#include "ui/common/accessible.h"
+#include "ui/common/dialogend.h"
+#include "ui/common/link.h"
 #include "ui/common/strings.h"
+#include "ui/common/twips.h"
 #include "ui/icons/icons.h"
 
 namespace kestrel {
@@ -87,12 +90,12 @@ std::wstring aboutText() {
     return fromWx(text);
 }
 
-frmAbout::frmAbout(wxWindow* parent, std::wstring_view website)
+frmAbout::frmAbout(wxWindow* parent)
     : wxDialog(parent, wxID_ANY, "About " + toWx(gProgram().version.title)) {
-    const int margin = FromDIP(kMargin);
+    const int margin = scaled(*this, kMargin);
     const auto flags = wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxTOP, margin);
     auto* column = new wxBoxSizer(wxVERTICAL);
-    column->Add(header(website), flags);
+    column->Add(header(), flags);
     column->Add(new wxStaticLine(this), flags);
     column->Add(facts(), flags);
     column->AddSpacer(margin / 2);
@@ -101,7 +104,7 @@ frmAbout::frmAbout(wxWindow* parent, std::wstring_view website)
     CentreOnParent();
 }
 
-wxSizer* frmAbout::header(std::wstring_view website) {
+wxSizer* frmAbout::header() {
     const Version& version = gProgram().version;
     auto* title = new wxStaticText(this, wxID_ANY, toWx(version.title));
     title->SetFont(GetFont().Bold().Scaled(kTitleScale));
@@ -109,29 +112,19 @@ wxSizer* frmAbout::header(std::wstring_view website) {
     words->Add(title);
     words->Add(new wxStaticText(this, wxID_ANY,
                                 toWx(version.fileDescription) + ", version " + versionNumber()));
-    words->AddSpacer(FromDIP(kMargin / 2));
+    words->AddSpacer(scaled(*this, kMargin / 2));
     words->Add(new wxStaticText(this, wxID_ANY, "Made by the Kestrel developers"));
-    words->Add(link(website));
+    if (wxWindow* link = makeLink(this)) words->Add(link);
     auto* row = new wxBoxSizer(wxHORIZONTAL);
-    row->Add(new wxStaticBitmap(this, wxID_ANY, icon("kestrel", *this, kIconSize)));
-    row->Add(words, wxSizerFlags(1).Border(wxLEFT, FromDIP(kMargin)));
+    auto* picture = new wxStaticBitmap(this, wxID_ANY, icon("kestrel", *this, kIconSize));
+    setAccessibleName(*picture, "Kestrel");
+    row->Add(picture);
+    row->Add(words, wxSizerFlags(1).Border(wxLEFT, scaled(*this, kMargin)));
     return row;
 }
 
-wxWindow* frmAbout::link(std::wstring_view website) {
-    if (website.empty()) {
-        return new wxStaticText(this, wxID_ANY, "No web page is set for this build.");
-    }
-    const wxString address = toWx(website);
-    lnkWebsite = new wxHyperlinkCtrl(this, wxID_ANY, address, address);
-    lnkWebsite->Bind(wxEVT_HYPERLINK, [](const wxHyperlinkEvent& event) {
-        gShellExec(fromWx(event.GetURL()), L"open");
-    });
-    return lnkWebsite;
-}
-
 wxSizer* frmAbout::facts() {
-    auto* grid = new wxFlexGridSizer(2, FromDIP(wxSize(kMargin, kMargin / 3)));
+    auto* grid = new wxFlexGridSizer(2, wxSize(scaled(*this, kMargin), scaled(*this, kMargin / 3)));
     for (const auto& [label, value] : aboutFacts()) {
         grid->Add(new wxStaticText(this, wxID_ANY, label + ":"));
         auto* text = new wxStaticText(this, wxID_ANY, "");
@@ -145,7 +138,7 @@ wxSizer* frmAbout::buttons() {
     cmdCommands[1] = new wxButton(this, wxID_COPY, "&Copy");
     cmdCommands[1]->SetToolTip("Copies the versions shown here, for a report of a fault");
     cmdCommands[1]->Bind(wxEVT_BUTTON, [](wxCommandEvent&) { copyText(); });
-    cmdCommands[0] = new wxButton(this, wxID_CLOSE, "Close");
+    cmdCommands[0] = new wxButton(this, wxID_CLOSE, "C&lose");
     cmdCommands[0]->SetDefault();
     cmdCommands[0]->SetFocus();
     SetEscapeId(wxID_CLOSE);
@@ -157,7 +150,8 @@ wxSizer* frmAbout::buttons() {
 }
 
 void showAbout(wxWindow* parent) {
-    frmAbout(parent).ShowModal();
+    frmAbout box(parent);
+    showModal(box);
 }
 
 }  // namespace kestrel

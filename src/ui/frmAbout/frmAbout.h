@@ -2,13 +2,9 @@
 
 #include <wx/button.h>
 #include <wx/dialog.h>
-#include <wx/hyperlink.h>
 #include <wx/sizer.h>
 
 #include <string>
-#include <string_view>
-
-#include "ui/frmAbout/website.h"
 
 namespace kestrel {
 
@@ -19,16 +15,14 @@ std::wstring aboutText();
 // The About box.
 class frmAbout final : public wxDialog {
   public:
-    explicit frmAbout(wxWindow* parent, std::wstring_view website = kWebsite);
+    explicit frmAbout(wxWindow* parent);
 
-    wxButton* cmdCommands[2];               // 0: Close, 1: Copy
-    wxHyperlinkCtrl* lnkWebsite = nullptr;  // null when no page is set
+    wxButton* cmdCommands[2];  // 0: Close, 1: Copy
 
   private:
-    wxSizer* header(std::wstring_view website);
+    wxSizer* header();
     wxSizer* facts();
     wxSizer* buttons();
-    wxWindow* link(std::wstring_view website);
 };
 
 // Shows the About box until it is closed.

@@ -7,9 +7,11 @@
 #include "services/filesystem.h"
 #include "services/pickers.h"
 #include "text/convert.h"
+#include "ui/common/accessible.h"
 #include "ui/common/buttons.h"
 #include "ui/common/host_wx.h"
 #include "ui/common/strings.h"
+#include "ui/common/twips.h"
 
 namespace kestrel {
 namespace {
@@ -34,14 +36,14 @@ wxSizer* frmExport::buildMain() {
     auto* box = new wxStaticBoxSizer(wxVERTICAL, this);
     fraMain = box->GetStaticBox();
     fraMain->SetName("fraMain");
-    auto* grid = new wxFlexGridSizer(3, FromDIP(wxSize(kGap, kGap)));
+    auto* grid = new wxFlexGridSizer(3, wxSize(scaled(*this, kGap), scaled(*this, kGap)));
     grid->AddGrowableCol(1);
     addPathRow(*grid, fraMain, {lblGeneric[lblSource], cboSourceFolder, cmdCommands[kPickSource]},
                "&Source Folder", "cboSourceFolder", L"cnv1.his", "Choose the Source Folder");
     addPathRow(*grid, fraMain, {lblGeneric[lblTarget], cboTarget, cmdCommands[kPickTarget]},
                "&Destination Filename", "cboTarget", L"cnv2.his",
                "Choose the Destination Filename");
-    box->Add(grid, wxSizerFlags().Expand().Border(wxALL, FromDIP(kGap)));
+    box->Add(grid, wxSizerFlags().Expand().Border(wxALL, scaled(*this, kGap)));
     return box;
 }
 
@@ -51,14 +53,14 @@ wxSizer* frmExport::buildOptional() {
     fraOptional->SetName("fraOptional");
     chkSingleFile = new wxCheckBox(fraOptional, wxID_ANY, "Single output file?", wxDefaultPosition,
                                    wxDefaultSize, 0, wxDefaultValidator, "chkSingleFile");
-    auto* grid = new wxFlexGridSizer(2, FromDIP(wxSize(kGap, kGap)));
+    auto* grid = new wxFlexGridSizer(2, wxSize(scaled(*this, kGap), scaled(*this, kGap)));
     grid->AddGrowableCol(1);
     txtTitle = addText(*grid, lblTitle, "Title:", "txtTitle");
     txtAuthor = addText(*grid, lblAuthor, "Author:", "txtAuthor");
     txtBuild = addText(*grid, lblBuild, "Build:", "txtBuild");
     txtCopyright = addText(*grid, lblCopyright, "Copyright:", "txtCopyright");
-    box->Add(chkSingleFile, wxSizerFlags().Border(wxALL, FromDIP(kGap)));
-    box->Add(grid, wxSizerFlags().Expand().Border(wxALL, FromDIP(kGap)));
+    box->Add(chkSingleFile, wxSizerFlags().Border(wxALL, scaled(*this, kGap)));
+    box->Add(grid, wxSizerFlags().Expand().Border(wxALL, scaled(*this, kGap)));
     return box;
 }
 
@@ -69,7 +71,7 @@ wxSizer* frmExport::buildButtons() {
     auto* row = new wxBoxSizer(wxHORIZONTAL);
     row->AddStretchSpacer();
     row->Add(cmdCommands[kConvert]);
-    row->Add(cmdCommands[kDone], wxSizerFlags().Border(wxLEFT, FromDIP(kGap)));
+    row->Add(cmdCommands[kDone], wxSizerFlags().Border(wxLEFT, scaled(*this, kGap)));
     return row;
 }
 
@@ -83,12 +85,13 @@ wxTextCtrl* frmExport::addText(wxFlexGridSizer& grid, Label label, const wxStrin
     grid.Add(addLabel(label, fraOptional, text), wxSizerFlags().CentreVertical());
     auto* box = new wxTextCtrl(fraOptional, wxID_ANY, "", wxDefaultPosition, wxDefaultSize, 0,
                                wxDefaultValidator, name);
+    setAccessibleName(*box, text.BeforeLast(':'));
     grid.Add(box, wxSizerFlags().Expand());
     return box;
 }
 
 void frmExport::layOut() {
-    const int margin = FromDIP(kMargin);
+    const int margin = scaled(*this, kMargin);
     auto* column = new wxBoxSizer(wxVERTICAL);
     column->Add(buildMain(), wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxBOTTOM, margin));
     column->Add(buildOptional(), wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT, margin));

@@ -1,10 +1,8 @@
 #include "gas/browse.h"
 
 #include <wx/utils.h>
-#include <wx/wupdlock.h>
 
 #include "gas/load.h"
-#include "gas/tree.h"
 #include "services/errors.h"
 #include "services/histories.h"
 #include "services/pickers.h"
@@ -18,28 +16,13 @@ namespace {
 // helps to find anything.
 constexpr std::size_t kOpenNodes = 500;
 
-// The branch path of a node.
-class NodeTag final : public wxTreeItemData {
-  public:
-    explicit NodeTag(const BlockNode& node) : tag(node.tag), path(fullPath(node)) {}
-    const std::wstring tag;
-    const std::wstring path;
-};
-
-const NodeTag* tagOf(const wxTreeCtrl& tree, const wxTreeItemId& item) {
-    return item.IsOk() ? static_cast<const NodeTag*>(tree.GetItemData(item)) : nullptr;
-}
-
 }  // namespace
 
 void frmMain::bindBrowsing() {
     lvwTemplates->onSelect = [this] { templateSelected(); };
-    lvwProperties->onActivate = [this] {
-        if (!busy()) guarded(L"lvwProperties_DblClick", [this] { propertyActivated(); });
-    };
-    tvwInfo->Bind(wxEVT_TREE_SEL_CHANGED, [this](wxTreeEvent&) {
-        if (!filling_) nodeClicked();
-    });
+    lvwProperties->onSelect = [this] { refreshCommands(); };
+    lvwProperties->onActivate = [this] { run(mainCommand(Command::Place::menu, "Follow")); };
+    tvwInfo->onSelect = [this] { nodeClicked(); };
     chkTree->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) {
         if (!busy()) templateSelected();
     });
@@ -47,11 +30,15 @@ void frmMain::bindBrowsing() {
 
 bool frmMain::openFile(std::wstring path) {
     if (busy()) return false;
-    return guarded(L"mSelectFile", [&] { return mSelectFile(std::move(path)); });
+    const bool opened = guarded(L"mSelectFile", [&] { return mSelectFile(std::move(path)); });
+    refreshCommands();
+    return opened;
 }
 
 bool frmMain::mSelectFile(std::wstring path) {
-    if (path.empty()) path = askForFile(L"Select a Gas File", L"Gas File (*.gas)|*.gas", false);
+    if (path.empty()) {
+        path = askForFile(L"Select a Gas File", L"Gas File (*.gas)|*.gas", false, startOfPickers());
+    }
     if (path.empty()) return false;
     const wxBusyCursor busyCursor;
     // The lists show the records that the load is about to replace.
@@ -71,21 +58,32 @@ bool frmMain::mSelectFile(std::wstring path) {
     lvwTemplates->selectRow(0);
     templateSelected();
     gAddHistoryItem(*cboHistory, path);
+    lvwTemplates->window().SetFocus();
+    return true;
+}
+
+bool frmMain::refresh() {
+    reloadOpenFile();
     return true;
 }
 
 void frmMain::reloadOpenFile() {
     const auto selected = lvwTemplates->selected();
+    const auto block = tvwInfo->selected();
+    wxWindow* focus = FindFocus();
     // Though it may not load any more: that change was our own.
     document_.stamp = fileStamp(document_.path);
-    if (!openFile(document_.path) || !selected) return;
-    if (lvwTemplates->selectPosition(*selected)) templateSelected();
+    if (!openFile(document_.path)) return;
+    if (focus != nullptr && IsDescendant(focus)) focus->SetFocus();
+    if (!selected || !lvwTemplates->selectPosition(*selected)) return;
+    templateSelected();
+    if (block) selectBlock(*block);
+    refreshCommands();
 }
 
 void frmMain::clearViews() {
-    filling_ = true;
-    tvwInfo->DeleteAllItems();
-    filling_ = false;
+    blocks_.clear();
+    tvwInfo->setNodes({}, false);
     for (int panel = 0; panel < kPanelCount; ++panel) setPanel(static_cast<Panel>(panel), L"");
 }
 
@@ -95,9 +93,22 @@ const GasTemplate* frmMain::selectedTemplate() const {
                                                               : nullptr;
 }
 
+const BlockNode* frmMain::selectedBlock() const {
+    const auto node = tvwInfo->selected();
+    return node && *node < blocks_.size() ? &blocks_[*node] : nullptr;
+}
+
+const GasProperty* frmMain::selectedProperty() const {
+    const GasTemplate* record = selectedTemplate();
+    const auto position = lvwProperties->selected();
+    return record != nullptr && position && *position < record->Properties.size()
+               ? &record->Properties[*position]
+               : nullptr;
+}
+
 std::wstring frmMain::selectedBranch() const {
-    const NodeTag* tag = tagOf(*tvwInfo, tvwInfo->GetSelection());
-    return tag == nullptr ? std::wstring() : tag->tag;
+    const BlockNode* block = selectedBlock();
+    return block == nullptr ? std::wstring() : block->tag;
 }
 
 void frmMain::templateSelected() {
@@ -108,59 +119,53 @@ void frmMain::templateSelected() {
         setPanel(pnlInfo, selectionText(*lvwTemplates->selected(), *record));
         setPanel(pnlTemplates, countText(lvwTemplates->rows().size(), L"Templates"));
         setPanel(pnlType, record->Kind);
-        lvwProperties->fill(record->Properties.size());
-        fillProperties(selectedBranch());
+        fillProperties(selectedBranch(), true);
+        refreshCommands();
     });
 }
 
 void frmMain::mLoadTree(const GasTemplate& record) {
-    filling_ = true;
-    const wxWindowUpdateLocker noPainting(tvwInfo);
-    tvwInfo->DeleteAllItems();
-    const std::vector<BlockNode> nodes = blockTree(record);
-    std::vector<wxTreeItemId> items;
-    items.reserve(nodes.size());
-    for (const BlockNode& node : nodes) {
-        const wxString label = shownLine(node.label);
-        auto* tag = new NodeTag(node);
-        items.push_back(node.parent == BlockNode::kNoParent
-                            ? tvwInfo->AddRoot(label, -1, -1, tag)
-                            : tvwInfo->AppendItem(items[node.parent], label, -1, -1, tag));
-    }
-    if (nodes.size() <= kOpenNodes) {
-        tvwInfo->ExpandAll();
-    } else {
-        tvwInfo->Expand(items.front());
-    }
-    tvwInfo->SelectItem(items.front());
-    tvwInfo->EnsureVisible(items.front());
-    filling_ = false;
+    blocks_ = blockTree(record);
+    std::vector<NodeTree::Node> nodes;
+    nodes.reserve(blocks_.size());
+    for (const BlockNode& block : blocks_) nodes.push_back({shownLine(block.label), block.parent});
+    tvwInfo->setNodes(std::move(nodes), blocks_.size() <= kOpenNodes);
+    tvwInfo->select(0);
 }
 
 void frmMain::nodeClicked() {
-    const NodeTag* tag = tagOf(*tvwInfo, tvwInfo->GetSelection());
-    if (tag == nullptr) return;
-    setPanel(pnlInfo, tag->path);
-    fillProperties(tag->tag);
+    const BlockNode* block = selectedBlock();
+    if (block == nullptr) return;
+    setPanel(pnlInfo, fullPath(*block));
+    fillProperties(block->tag, false);
+    refreshCommands();
 }
 
-void frmMain::fillProperties(std::wstring_view path) {
+void frmMain::selectBlock(std::size_t node) {
+    if (node >= blocks_.size()) return;
+    tvwInfo->select(node);
+    nodeClicked();
+}
+
+void frmMain::fillProperties(std::wstring_view path, bool anew) {
     const GasTemplate* record = selectedTemplate();
     if (record == nullptr) return lvwProperties->clear();
     const bool useTree = chkTree->GetValue();
     const std::wstring filter = branchFilter(path, useTree);
+    const auto keep = [&](RowOrder order) {
+        return propertyRows(*record, filter, std::move(order));
+    };
     // Another branch changes no order: the rows need not be sorted again.
-    lvwProperties->limit(
-        [&](RowOrder order) { return propertyRows(*record, filter, std::move(order)); });
+    if (anew) {
+        lvwProperties->fill(record->Properties.size(), keep);
+    } else {
+        lvwProperties->limit(keep);
+    }
     lvwProperties->selectRow(0);
     setPanel(pnlProps, countText(lvwProperties->rows().size(), L"Properties"));
     if (!useTree) return;
     const std::wstring info = screenNameText(*record, lvwProperties->rows());
     if (!info.empty()) setPanel(pnlInfo, info);
-}
-
-void frmMain::setPanel(Panel panel, std::wstring_view text) {
-    stbMain->SetStatusText(shownLine(text), panel);
 }
 
 }  // namespace kestrel

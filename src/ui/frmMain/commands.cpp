@@ -12,113 +12,251 @@ namespace {
 
 using Place = Command::Place;
 using Repeat = Command::Repeat;
-using Run = bool (*)(frmMain&);
+using Needs = Command::Needs;
+using Run = bool (frmMain::*)();
 
-Command button(std::string_view key, const char* tooltip, const char* icon, Run run) {
-    return {Place::toolbar, key, tooltip, tooltip, "", icon, -1, Repeat::never, run};
+Command button(std::string_view key, const char* tooltip, const char* icon, Needs needs, Run run) {
+    return {.place = Place::toolbar,
+            .key = key,
+            .caption = tooltip,
+            .tooltip = tooltip,
+            .icon = icon,
+            .needs = needs,
+            .run = run};
 }
 
 // A button that repeats the entry of its drop-down that was chosen last.
 Command repeater(std::string_view key, const char* tooltip, const char* icon) {
-    return button(key, tooltip, icon, nullptr);
+    return button(key, tooltip, icon, Needs::nothing, nullptr);
 }
 
 Command entry(std::string_view under, std::string_view key, const char* caption, Repeat repeat,
-              Run run) {
-    return {Place::dropDown, key, caption, "", under, "", -1, repeat, run};
+              Needs needs, Run run) {
+    return {.place = Place::dropDown,
+            .key = key,
+            .caption = caption,
+            .under = under,
+            .repeat = repeat,
+            .needs = needs,
+            .run = run};
 }
 
 Command inWindow(int index, std::string_view key, const char* caption, const char* tooltip,
-                 Run run) {
-    return {Place::button, key, caption, tooltip, "", "", index, Repeat::never, run};
+                 Needs needs, Run run) {
+    return {.place = Place::button,
+            .key = key,
+            .caption = caption,
+            .tooltip = tooltip,
+            .index = index,
+            .needs = needs,
+            .run = run};
 }
 
-std::vector<Command> makeTable() {
+Command inMenu(std::string_view key, Needs needs, Run run) {
+    return {.place = Place::menu, .key = key, .needs = needs, .run = run};
+}
+
+using W = frmMain;
+using enum Command::Needs;
+
+std::vector<Command> toolBarCommands() {
     constexpr auto kChosen = Repeat::whenChosen;
     constexpr auto kDone = Repeat::whenDone;
-    using W = frmMain;
+    constexpr auto kNever = Repeat::never;
     return {
-        button("Open", "Open", "open", [](W& w) { return w.openFile({}); }),
-        button("Preview", "View Template (Tab Delimited)", "preview",
-               [](W& w) { return w.previewAll(); }),
-        button("Print", "Print", "print", [](W& w) { return w.notImplemented(); }),
+        button("Open", "Open", "open", nothing, &W::chooseFile),
+        button("Preview", "View Template (Tab Delimited)", "preview", templates, &W::previewAll),
+        button("Print", "Print", "print", nothing, &W::notImplemented),
         repeater("Save", "Save Template (Tab Delimited)", "save"),
-        entry("Save", "SaveCurrent", "Current Only", kDone, [](W& w) { return w.saveCurrent(); }),
-        entry("Save", "SaveMulti", "Multiple Files", kChosen,
-              [](W& w) { return w.convertFolder(); }),
-        button("Find", "Find Again (dropdown for where/what)", "find-again",
-               [](W& w) { return w.findAgain(); }),
-        entry("Find", "FindTemplate", "Find Template Name", Repeat::never,
-              [](W& w) { return w.find(W::SearchKind::templates); }),
-        entry("Find", "FindProperty", "Find Property Name", Repeat::never,
-              [](W& w) { return w.find(W::SearchKind::properties); }),
+        entry("Save", "SaveCurrent", "Current Only", kDone, templates, &W::saveCurrent),
+        entry("Save", "SaveMulti", "Multiple Files", kChosen, nothing, &W::convertFolder),
+        button("Find", "Find Again (dropdown for where/what)", "find-again", nothing,
+               &W::findAgain),
+        entry("Find", "FindTemplate", "Find Template Name", kNever, templates,
+              &W::findTemplateName),
+        entry("Find", "FindProperty", "Find Property Name", kNever, property, &W::findPropertyName),
         repeater("Copy", "Repeat Copy  (to clipboard)", "copy"),
-        entry("Copy", "CopySingle", "Copy Property List", kChosen,
-              [](W& w) { return w.copyProperties(); }),
-        entry("Copy", "CopyFull", "Copy Template List", kChosen,
-              [](W& w) { return w.copyTemplates(); }),
-        button("Properties", ".GAS File Properties", "properties",
-               [](W& w) { return w.showProperties(); }),
+        entry("Copy", "CopySingle", "Copy Property List", kChosen, selection, &W::copyProperties),
+        entry("Copy", "CopyFull", "Copy Template List", kChosen, nothing, &W::copyTemplates),
+        button("Properties", ".GAS File Properties", "properties", file, &W::showProperties),
         repeater("Skritpad", "Open .GAS file in SkritPad", "skritpad"),
-        entry("Skritpad", "Skritpad", "SkritPad", kChosen, [](W& w) { return w.runSkritPad(); }),
-        entry("Skritpad", "Notepad", "Notepad", kChosen, [](W& w) { return w.runNotepad(); }),
+        entry("Skritpad", "Skritpad", "SkritPad", kChosen, file, &W::runSkritPad),
+        entry("Skritpad", "Notepad", "Notepad", kChosen, file, &W::runNotepad),
         repeater("Orvane", "Repeat Orvane", "orvane"),
-        entry("Orvane", "MOR", "Mini-Orvane", kDone, [](W& w) { return w.browseArchive(); }),
-        entry("Orvane", "Orvane", "Full Orvane", kChosen, [](W& w) { return w.startOrvane(); }),
-        button("Zeltor", "Zeltor", "zeltor", [](W& w) { return w.buildArchive(); }),
+        entry("Orvane", "MOR", "Mini-Orvane", kDone, nothing, &W::browseArchive),
+        entry("Orvane", "Orvane", "Full Orvane", kChosen, nothing, &W::startOrvane),
+        button("Zeltor", "Zeltor", "zeltor", nothing, &W::buildArchive),
         repeater("Tool", "External Tools (Click to repeat last Tool)", "tool"),
-        entry("Tool", "Tool1", "Tool1", kDone, [](W& w) { return w.runTool(0); }),
-        entry("Tool", "Tool2", "Tool2", kDone, [](W& w) { return w.runTool(1); }),
-        entry("Tool", "Tool3", "Tool3", kDone, [](W& w) { return w.runTool(2); }),
-        entry("Tool", "Tool4", "Tool4", kDone, [](W& w) { return w.runTool(3); }),
-        entry("Tool", "Tool5", "Tool5", kDone, [](W& w) { return w.runTool(4); }),
-        entry("Tool", "Reset", "Reset Tools", kChosen, [](W& w) { return w.resetTools(); }),
-        button("Help", "Help", "help", [](W& w) { return w.help(); }),
-
-        inWindow(W::kDone, "Done", "&Done", "", [](W& w) { return w.Close(); }),
-        inWindow(W::kSource, "Source", "Source", "", [](W& w) { return w.editSource(); }),
-        inWindow(W::kParsed, "Parsed", "&Parsed", "View as Parsed",
-                 [](W& w) { return w.viewParsed(); }),
-        inWindow(W::kReload, "Reload", "Reload", "", [](W& w) { return w.reload(); }),
-        inWindow(W::kListed, "Listed", "As &Listed", "View As Listed",
-                 [](W& w) { return w.viewListed(); }),
-        inWindow(W::kChain, "Chain", "View Specializes Chain", "",
-                 [](W& w) { return w.viewChain(); }),
-        inWindow(W::kTest, "Test", "&Test", "", [](W& w) { return w.test(); }),
+        entry("Tool", "Tool1", "Tool1", kDone, nothing, &W::runTool<0>),
+        entry("Tool", "Tool2", "Tool2", kDone, nothing, &W::runTool<1>),
+        entry("Tool", "Tool3", "Tool3", kDone, nothing, &W::runTool<2>),
+        entry("Tool", "Tool4", "Tool4", kDone, nothing, &W::runTool<3>),
+        entry("Tool", "Tool5", "Tool5", kDone, nothing, &W::runTool<4>),
+        entry("Tool", "Reset", "Reset Tools", kChosen, nothing, &W::resetTools),
+        button("Help", "Help", "help", nothing, &W::help),
     };
+}
+
+std::vector<Command> otherCommands() {
+    return {
+        inWindow(W::kDone, "Done", "&Done", "", nothing, &W::done),
+        inWindow(W::kSource, "Source", "Source", "", selection, &W::editSource),
+        inWindow(W::kParsed, "Parsed", "&Parsed", "View as Parsed", selection, &W::viewParsed),
+        inWindow(W::kReload, "Reload", "Reload", "", path, &W::reload),
+        inWindow(W::kListed, "Listed", "As &Listed", "View As Listed", selection, &W::viewListed),
+        inWindow(W::kChain, "Chain", "View Specializes Chain", "", selection, &W::viewChain),
+        inWindow(W::kTest, "Test", "&Test", "", nothing, &W::test),
+
+        inMenu("Restore", nothing, &W::restore),
+        inMenu("CopyValue", property, &W::copyValue),
+        inMenu("CopyRow", property, &W::copyRow),
+        inMenu("CopyPath", selection, &W::copyPath),
+        inMenu("CopyName", selection, &W::copyName),
+        inMenu("Follow", property, &W::follow),
+        inMenu("FilterProperty", property, &W::filterByProperty),
+        inMenu("FilterBlock", selection, &W::filterByBlock),
+        inMenu("Refresh", file, &W::refresh),
+        inMenu("TreeFilter", nothing, &W::toggleFilter),
+        inMenu("NextPane", nothing, &W::nextPane),
+        inMenu("PreviousPane", nothing, &W::previousPane),
+        inMenu("RememberWindow", nothing, &W::toggleRemembering),
+        inMenu("Contents", nothing, &W::showManual),
+        inMenu("Samples", nothing, &W::openSample),
+    };
+}
+
+constexpr CommandMenuItem kSeparator{"", "", Place::menu, ""};
+
+CommandMenu fileMenu() {
+    return {"&File",
+            {{"mnuFileSkrit", "&SkritEdit", Place::dropDown, "Skritpad"},
+             {"mnuFileTC", "&Zeltor", Place::toolbar, "Zeltor"},
+             {"mnuFileTV", "&Orvane", Place::dropDown, "Orvane"},
+             {"mnuFileSep1", "", Place::menu, ""},
+             {"mnuFileRestore", "&Restore", Place::menu, "Restore"},
+             {"mnuFileSep2", "", Place::menu, ""},
+             {"mnuFileExit", "&Exit", Place::button, "Done"}}};
+}
+
+CommandMenu editMenu() {
+    return {"&Edit",
+            {{"", "&Open...", Place::toolbar, "Open"},
+             {"", "&Reload", Place::menu, "Refresh"},
+             {"", "&Save Current Only...", Place::dropDown, "SaveCurrent"},
+             {"", "Convert &Multiple Files...", Place::dropDown, "SaveMulti"},
+             kSeparator,
+             {"", "Copy &Property List", Place::dropDown, "CopySingle"},
+             {"", "Copy &Template List", Place::dropDown, "CopyFull"},
+             {"", "Copy &Value", Place::menu, "CopyValue"},
+             {"", "Copy Ro&w", Place::menu, "CopyRow"},
+             {"", "Copy P&ath", Place::menu, "CopyPath"},
+             kSeparator,
+             {"", "&Find Property Name...", Place::dropDown, "FindProperty"},
+             {"", "Find Template &Name...", Place::dropDown, "FindTemplate"},
+             {"", "Find A&gain", Place::toolbar, "Find"}}};
+}
+
+CommandMenu viewMenu() {
+    return {"&View",
+            {{"", "&Source", Place::button, "Source"},
+             {"", "&Parsed", Place::button, "Parsed"},
+             {"", "As &Listed", Place::button, "Listed"},
+             {"", "Specializes &Chain", Place::button, "Chain"},
+             {"", "&All Templates (Tab Delimited)", Place::toolbar, "Preview"},
+             {"", ".GAS File P&roperties", Place::toolbar, "Properties"},
+             kSeparator,
+             {"", "Use &Tree as Filter", Place::menu, "TreeFilter", true},
+             {"", "&Follow", Place::menu, "Follow"},
+             kSeparator,
+             {"", "&Next Pane", Place::menu, "NextPane"},
+             {"", "Pre&vious Pane", Place::menu, "PreviousPane"},
+             {"", "Remember &Window", Place::menu, "RememberWindow", true}}};
+}
+
+CommandMenu toolsMenu() {
+    return {"&Tools",
+            {{"", "&SkritPad", Place::dropDown, "Skritpad"},
+             {"", "&Notepad", Place::dropDown, "Notepad"},
+             {"", "&Mini-Orvane", Place::dropDown, "MOR"},
+             {"", "Full &Orvane", Place::dropDown, "Orvane"},
+             {"", "&Zeltor", Place::toolbar, "Zeltor"},
+             kSeparator,
+             {"", "Tool1", Place::dropDown, "Tool1"},
+             {"", "Tool2", Place::dropDown, "Tool2"},
+             {"", "Tool3", Place::dropDown, "Tool3"},
+             {"", "Tool4", Place::dropDown, "Tool4"},
+             {"", "Tool5", Place::dropDown, "Tool5"},
+             {"", "&Reset Tools", Place::dropDown, "Reset"},
+             kSeparator,
+             {"", "&Print", Place::toolbar, "Print"}}};
+}
+
+CommandMenu helpMenu() {
+    return {"&Help",
+            {{"", "&Contents", Place::menu, "Contents"},
+             {"", "Open a &Sample...", Place::menu, "Samples"},
+             kSeparator,
+             {"", "&About Kestrel", Place::toolbar, "Help"}}};
 }
 
 }  // namespace
 
 const std::vector<Command>& mainCommands() {
-    static const std::vector<Command> table = makeTable();
+    static const std::vector<Command> table = [] {
+        std::vector<Command> all = toolBarCommands();
+        const std::vector<Command> others = otherCommands();
+        all.insert(all.end(), others.begin(), others.end());
+        return all;
+    }();
     return table;
 }
 
 const std::vector<CommandKey>& mainKeys() {
     static const std::vector<CommandKey> keys{
-        {WXK_F3, wxMOD_NONE, false, false, Place::toolbar, "Find"},
-        {'F', wxMOD_CONTROL, false, false, Place::dropDown, "FindProperty"},
-        {'O', wxMOD_CONTROL, false, false, Place::toolbar, "Open"},
-        {'S', wxMOD_CONTROL, false, true, Place::toolbar, "Save"},
-        {'C', wxMOD_CONTROL, false, true, Place::toolbar, "Copy"},
-        {'A', wxMOD_CONTROL, false, true, Place::toolbar, "Copy"},
-        {WXK_ESCAPE, wxMOD_NONE, true, false, Place::button, "Done"},
+        {WXK_F3, wxMOD_NONE, "F3", false, Place::toolbar, "Find"},
+        {'F', wxMOD_CONTROL, "Ctrl+F", false, Place::dropDown, "FindProperty"},
+        {'O', wxMOD_CONTROL, "Ctrl+O", false, Place::toolbar, "Open"},
+        {'S', wxMOD_CONTROL, "Ctrl+S", true, Place::toolbar, "Save"},
+        {'C', wxMOD_CONTROL, "Ctrl+C", true, Place::toolbar, "Copy"},
+        {'A', wxMOD_CONTROL, "Ctrl+A", true, Place::toolbar, "Copy"},
+        {WXK_F1, wxMOD_NONE, "F1", false, Place::menu, "Contents"},
+        {WXK_F5, wxMOD_NONE, "F5", false, Place::menu, "Refresh"},
+        {WXK_F6, wxMOD_NONE, "F6", false, Place::menu, "NextPane"},
+        {WXK_F6, wxMOD_SHIFT, "Shift+F6", false, Place::menu, "PreviousPane"},
+        {'Q', wxMOD_CONTROL, "Ctrl+Q", false, Place::button, "Done"},
+        {'W', wxMOD_CONTROL, "Ctrl+W", false, Place::button, "Done"},
     };
     return keys;
 }
 
-const std::vector<CommandMenuItem>& mainMenu() {
-    static const std::vector<CommandMenuItem> menu{
-        {"mnuFileSkrit", "&SkritEdit", Place::dropDown, "Skritpad"},
-        {"mnuFileTC", "&Zeltor", Place::toolbar, "Zeltor"},
-        {"mnuFileTV", "&Orvane", Place::dropDown, "Orvane"},
-        {"mnuFileSep1", "", Place::button, ""},
-        {"mnuFileRestore", "&Restore", Place::button, ""},
-        {"mnuFileSep2", "", Place::button, ""},
-        {"mnuFileExit", "&Exit", Place::button, "Done"},
+const std::vector<CommandMenu>& mainMenus() {
+    static const std::vector<CommandMenu> menus{fileMenu(), editMenu(), viewMenu(), toolsMenu(),
+                                                helpMenu()};
+    return menus;
+}
+
+const std::vector<CommandMenuItem>& contextMenu(ContextOf which) {
+    static const std::vector<CommandMenuItem> menus[]{
+        {{"", "&Source", Place::button, "Source"},
+         {"", "&Parsed", Place::button, "Parsed"},
+         {"", "As &Listed", Place::button, "Listed"},
+         {"", "Specializes C&hain", Place::button, "Chain"},
+         kSeparator,
+         {"", "&Copy Name", Place::menu, "CopyName"},
+         {"", "Copy &Template List", Place::dropDown, "CopyFull"}},
+        {{"", "Copy &Value", Place::menu, "CopyValue"},
+         {"", "Copy &Row", Place::menu, "CopyRow"},
+         {"", "Copy &Path", Place::menu, "CopyPath"},
+         {"", "&Copy Property List", Place::dropDown, "CopySingle"},
+         kSeparator,
+         {"", "&Filter by This Block", Place::menu, "FilterProperty"},
+         {"", "F&ollow", Place::menu, "Follow"}},
+        {{"", "Copy &Path", Place::menu, "CopyPath"},
+         kSeparator,
+         {"", "&Filter by This Block", Place::menu, "FilterBlock"},
+         {"", "Use &Tree as Filter", Place::menu, "TreeFilter", true}},
     };
-    return menu;
+    return menus[static_cast<std::size_t>(which)];
 }
 
 const Command& mainCommand(Command::Place place, std::string_view key) {
@@ -126,6 +264,14 @@ const Command& mainCommand(Command::Place place, std::string_view key) {
     return *std::find_if(table.begin(), table.end(), [&](const Command& command) {
         return command.place == place && command.key == key;
     });
+}
+
+const CommandKey* keyOf(Command::Place place, std::string_view command) {
+    const auto& keys = mainKeys();
+    const auto found = std::find_if(keys.begin(), keys.end(), [&](const CommandKey& key) {
+        return key.place == place && key.command == command;
+    });
+    return found == keys.end() ? nullptr : &*found;
 }
 
 std::vector<const Command*> entriesOf(const Command& button) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -7,22 +8,25 @@ namespace kestrel {
 
 class frmMain;
 
-// A command of the main window. The toolbar, its drop-downs, the buttons, the
-// menu and the keys look their commands up in one table of these rows.
+// A command of the main window. The toolbar, its drop-downs, the buttons, the menus
+// and the keys look their commands up in one table of these rows.
 struct Command {
-    enum class Place { toolbar, dropDown, button };
+    enum class Place { toolbar, dropDown, button, menu };
     // When an entry of a drop-down becomes the one that its button repeats.
     enum class Repeat { never, whenChosen, whenDone };
+    // What must be there for the command to do anything.
+    enum class Needs { nothing, path, file, templates, selection, property };
 
-    Place place;
-    std::string_view key;
-    const char* caption;
-    const char* tooltip;
-    std::string_view under;  // of an entry: its toolbar button
-    const char* icon;        // of a toolbar button
-    int index;               // of a button: its index in cmdCommands
-    Repeat repeat;
-    bool (*run)(frmMain& window);  // true when it did its work
+    Place place = Place::menu;
+    std::string_view key = {};
+    const char* caption = "";
+    const char* tooltip = "";
+    std::string_view under = {};  // of an entry: its toolbar button
+    const char* icon = "";        // of a toolbar button
+    int index = -1;               // of a button: its index in cmdCommands
+    Repeat repeat = Repeat::never;
+    Needs needs = Needs::nothing;
+    bool (frmMain::*run)() = nullptr;  // true when it did its work
 };
 
 // A key that runs a command, and whether the history box keeps it for itself
@@ -30,28 +34,40 @@ struct Command {
 struct CommandKey {
     int code;
     int modifiers;
-    bool anyModifiers;
+    const char* shown;  // in the menu
     bool leftToHistory;
     Command::Place place;
     std::string_view command;
 };
 
-// An entry of the File menu that runs a command; without one it is the
-// separator, or the window's own work.
+// An entry of a menu: a command, or a separator where it has no caption.
 struct CommandMenuItem {
     std::string_view name;
-    const char* caption;  // empty: a separator
+    const char* caption;
     Command::Place place;
     std::string_view command;
+    bool checked = false;  // it is ticked while what it stands for is on
+};
+
+struct CommandMenu {
+    const char* caption;
+    std::vector<CommandMenuItem> items;
 };
 
 // The table, in the order of the toolbar and of its drop-downs.
 const std::vector<Command>& mainCommands();
 const std::vector<CommandKey>& mainKeys();
-const std::vector<CommandMenuItem>& mainMenu();
+// The File menu, which is the notification icon's too, and those beside it.
+const std::vector<CommandMenu>& mainMenus();
+// What opens over a row of each list and a node of the tree.
+enum class ContextOf { templates, properties, blocks };
+const std::vector<CommandMenuItem>& contextMenu(ContextOf which);
 
 // The row of a command; every name that the tables use has one.
 const Command& mainCommand(Command::Place place, std::string_view key);
+
+// The key that the menus show for a command; null for none.
+const CommandKey* keyOf(Command::Place place, std::string_view command);
 
 // The entries of a toolbar button's drop-down, in order; none for a plain button.
 std::vector<const Command*> entriesOf(const Command& button);

@@ -3,8 +3,11 @@
 #include <wx/app.h>
 #include <wx/dnd.h>
 #include <wx/evtloop.h>
+#include <wx/stdpaths.h>
 
 #include "gas/browse.h"
+#include "services/files.h"
+#include "services/filesystem.h"
 #include "services/histories.h"
 #include "services/program.h"
 #include "services/settings.h"
@@ -12,15 +15,12 @@
 #include "ui/common/dialogend.h"
 #include "ui/common/mousecapture.h"
 #include "ui/common/strings.h"
-#include "ui/common/twips.h"
 #include "ui/frmProgress/frmProgress.h"
 #include "ui/icons/icons.h"
 
 namespace kestrel {
 namespace {
 
-constexpr int kWidthTwips = 9000;
-constexpr int kHeightTwips = 6250;
 constexpr std::wstring_view kHistoryFile = L"info.his";
 
 // The window as a dialog that is shown modal; null when it is none.
@@ -53,24 +53,27 @@ class GasDropTarget final : public wxFileDropTarget {
 
 frmMain::frmMain()
     : wxFrame(nullptr, wxID_ANY, toWx(mainCaption(gProgram().version)), wxDefaultPosition,
-              wxDefaultSize, wxDEFAULT_FRAME_STYLE, "frmMain") {
+              wxDefaultSize, wxDEFAULT_FRAME_STYLE, "frmMain"),
+      tray_(makeTrayIcon()),
+      // Esc closes its open list, or the window.
+      released_(
+          *this,
+          [this](const KeyPress& key) { return key.code == WXK_ESCAPE && !cboHistory->isOpen(); },
+          [this](const KeyPress&) { run(mainCommand(Command::Place::button, "Done")); }) {
     SetIcons(programIcon());
-    buildMenu();
-    buildToolBar();
     buildControls();
+    buildToolBar();
     buildStatusBar();
+    buildMenus();
     bindBrowsing();
+    bindContextMenus();
     bindWindow();
     cmdCommands[kTest]->Hide();
-    const wxSize size(fromTwips(*this, kWidthTwips), fromTwips(*this, kHeightTwips));
-    SetMinSize(size);
-    SetSize(size);
-    tray_ = std::make_unique<TrayIcon>([this] { restore(); }, [this] { return makeFileMenu(); });
-    historyChanged();
+    refreshCommands();
 }
 
 frmMain::~frmMain() {
-    tray_->RemoveIcon();
+    tray_->remove();
     releaseMouse(*this);
     // The lists ask this window for their texts until they are gone.
     DestroyChildren();
@@ -80,21 +83,16 @@ void frmMain::start(const std::wstring& commandFile) {
     gReadSettings();
     showToolCaptions();
     gLoadHistory(*cboHistory, kHistoryFile);
+    loadLayout();
+    Show();
+    gProgram().lastFolder = fromWx(wxStandardPaths::Get().GetDocumentsDir());
     if (commandFile.empty()) {
         cboHistory->SetFocus();
     } else {
         cboHistory->setText(commandFile);
         historyChanged();
         reload();
-        lvwTemplates->SetFocus();
     }
-}
-
-void frmMain::buildMenu() {
-    auto* bar = new wxMenuBar;
-    mnuFile = makeFileMenu();
-    bar->Append(mnuFile, "&File");
-    SetMenuBar(bar);
 }
 
 void frmMain::bindWindow() {
@@ -113,6 +111,18 @@ void frmMain::bindWindow() {
         iconized(event.IsIconized());
         event.Skip();
     });
+    Bind(wxEVT_CHILD_FOCUS, [this](wxChildFocusEvent& event) {
+        keyboard_ = event.GetWindow();
+        event.Skip();
+    });
+    Bind(wxEVT_MOVE, [this](wxMoveEvent& event) {
+        keepPlace();
+        event.Skip();
+    });
+    Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
+        keepPlace();
+        event.Skip();
+    });
     Bind(wxEVT_ACTIVATE, [](wxActivateEvent& event) {
         frmProgress* progress = frmProgress::current();
         if (event.GetActive() && progress != nullptr && gProgram().progressShowing) {
@@ -123,10 +133,23 @@ void frmMain::bindWindow() {
     cboHistory->onChange = [this] { historyChanged(); };
     cboHistory->onChoose = [this] { reload(); };
     cboHistory->onEnter = [this] { reload(); };
+    tray_->onShown = [this] {
+        if (IsIconized()) Hide();
+    };
+    // Nothing else would bring it back.
+    tray_->onLost = [this] {
+        if (!IsShown() && !left_) restore();
+    };
+    tray_->onRestore = [this] { restore(); };
+    tray_->onMenu = [this] { showTrayMenu(); };
+}
+
+void frmMain::keepPlace() {
+    if (!IsMaximized() && !IsIconized()) placed_ = GetRect();
 }
 
 void frmMain::historyChanged() {
-    cmdCommands[kReload]->Enable(!trim(cboHistory->text()).empty());
+    cmdCommands[kReload]->Enable(!cboHistory->isBlank());
 }
 
 bool frmMain::reload() {
@@ -135,20 +158,49 @@ bool frmMain::reload() {
     return !path.empty() && openFile(std::wstring(path));
 }
 
+// Where the next file is likely to be.
+std::wstring frmMain::startOfPickers() const {
+    if (isOpen()) return std::wstring(folderOf(document_.path));
+    const std::wstring text = cboHistory->text();
+    const std::wstring_view typed = trim(text);
+    if (filesystem::isFolder(typed)) return std::wstring(typed);
+    if (filesystem::isFolder(folderOf(typed))) return std::wstring(folderOf(typed));
+    if (cboHistory->count() > 0 && filesystem::isFolder(folderOf(cboHistory->at(0)))) {
+        return std::wstring(folderOf(cboHistory->at(0)));
+    }
+    return {};
+}
+
 bool frmMain::busy() const {
     return left_ || gProgram().progressShowing;
 }
 
+// A dialog in front could not come back with a window that hides. The two go and come
+// back together.
 void frmMain::iconized(bool now) {
-    if (!now || busy()) return;
-    // Without an icon to bring it back the window must not vanish.
-    if (tray_->add(GetIcon(), GetTitle())) Hide();
+    bool inFront = false;
+    for (wxWindow* window : wxTopLevelWindows) {
+        wxDialog* dialog = asModal(window);
+        inFront |= dialog != nullptr;
+        if (dialog != nullptr && !now) dialog->Iconize(false);
+    }
+    if (now && !inFront && !busy()) tray_->add(GetIcon(), GetTitle());
 }
 
-void frmMain::restore() {
-    if (IsIconized()) Iconize(false);
+bool frmMain::restore() {
+    // The toolkit takes the keyboard from a window that hides.
+    wxWindow* keyboard = keyboard_;
+    // Whatever it says of itself: hiding made it forget that it is minimised.
+    Iconize(false);
     Show();
     Raise();
+    if (keyboard != nullptr) CallAfter([keyboard] { keyboard->SetFocus(); });
+    return true;
+}
+
+void frmMain::showTrayMenu() {
+    const std::unique_ptr<wxMenu> menu(makeMenu(mainMenus().front().items));
+    tray_->popUp(*this, *menu);
 }
 
 void frmMain::closing(wxCloseEvent& event) {
@@ -189,18 +241,21 @@ void frmMain::endFrontDialog() {
 void frmMain::shutDown() {
     gSaveHistory(*cboHistory, kHistoryFile);
     gWriteSettings();
+    saveLayout();
     std::vector<wxWindow*> others;
     for (wxWindow* window : wxTopLevelWindows) {
         if (wxDialog* dialog = asModal(window)) {
             if (auto* keeper = dynamic_cast<FileKeeper*>(dialog)) keeper->saveFiles();
-        } else if (window != this) {
+        } else if (auto* other = dynamic_cast<wxTopLevelWindow*>(window);
+                   other != nullptr && other != this && other->IsShown()) {
+            // Not what the toolkit hides for itself: the notification icon has one.
             others.push_back(window);
         }
     }
     for (wxWindow* window : others) {
         if (wxTopLevelWindows.Find(window) != nullptr) window->Close(true);
     }
-    tray_->RemoveIcon();
+    tray_->remove();
 }
 
 }  // namespace kestrel

@@ -7,9 +7,7 @@
 #include <wx/menu.h>
 #include <wx/splitter.h>
 #include <wx/statbox.h>
-#include <wx/statusbr.h>
 #include <wx/toolbar.h>
-#include <wx/treectrl.h>
 #include <wx/weakref.h>
 
 #include <map>
@@ -18,10 +16,13 @@
 #include <vector>
 
 #include "gas/template.h"
+#include "gas/tree.h"
 #include "services/viewtext.h"
 #include "ui/common/combo.h"
 #include "ui/common/host_wx.h"
+#include "ui/common/releasedkeys.h"
 #include "ui/common/reportlist.h"
+#include "ui/common/statuspanels.h"
 #include "ui/frmMain/commands.h"
 #include "ui/frmMain/modTray.h"
 #include "ui/frmZeltor/timedlauncher.h"
@@ -54,50 +55,64 @@ class frmMain final : public wxFrame {
     frmMain();
     ~frmMain() override;
 
-    // Reads the settings and the history, and opens `commandFile` when there is
-    // one.
+    // Reads the settings, the layout and the history, and opens `commandFile` when
+    // there is one.
     void start(const std::wstring& commandFile);
 
     // Opens the file at `path`; asks for one when it is empty. True when a file
     // was opened.
     bool openFile(std::wstring path);
 
-    // Opens the file whose path stands in the history box; true when it was
-    // opened.
-    bool reload();
-
-    // Loads the open file again, as another window has changed it. The template
-    // at the selected one's place is selected again.
+    // Loads the open file again, as another window has changed it. The template and
+    // the block at the places of the selected ones are selected again.
     void reloadOpenFile();
 
     // The commands of the table. Each is true when it did its work; one that
     // cannot be done now does nothing or tells why.
+    bool chooseFile() { return openFile({}); }
+    bool reload();
+    bool refresh();
     bool previewAll();
     bool notImplemented();
     bool saveCurrent();
     bool convertFolder();
-    enum class SearchKind { none, properties, templates };
-    bool find(SearchKind kind);
+    bool findPropertyName() { return find(SearchKind::properties); }
+    bool findTemplateName() { return find(SearchKind::templates); }
     bool findAgain();
     bool copyProperties();
     bool copyTemplates();
+    bool copyValue();
+    bool copyRow();
+    bool copyPath();
+    bool copyName();
+    bool follow();
+    bool filterByProperty();
+    bool filterByBlock();
+    bool toggleFilter();
     bool showProperties();
     bool runSkritPad();
     bool runNotepad();
     bool startOrvane();
     bool browseArchive();
     bool buildArchive();
-    bool runTool(std::size_t index);
+    template <std::size_t kIndex>
+    bool runTool() {
+        return runTool(kIndex);
+    }
     bool resetTools();
     bool help();
+    bool showManual();
+    bool openSample();
     bool editSource();
     bool viewParsed();
     bool viewListed();
     bool viewChain();
+    bool nextPane() { return changePane(1); }
+    bool previousPane() { return changePane(-1); }
+    bool toggleRemembering();
+    bool restore();
+    bool done() { return Close(); }
     bool test();
-
-    // Gives the user tools' entries the captions of the settings.
-    void showToolCaptions();
 
     // Runs a command as its button, entry or key does.
     void run(const Command& command);
@@ -113,27 +128,44 @@ class frmMain final : public wxFrame {
     HistoryCombo* cboHistory;
     wxStaticBox* fraTemplate;
     wxStaticBox* fraInfo;
-    ReportList* lvwTemplates;
-    wxTreeCtrl* tvwInfo;
+    std::unique_ptr<ReportList> lvwTemplates;
+    NodeTree* tvwInfo;
     wxCheckBox* chkTree;
-    ReportList* lvwProperties;
-    wxStatusBar* stbMain;
+    std::unique_ptr<ReportList> lvwProperties;
+    StatusPanels* stbMain;
     wxToolBar* tbrMain;
     wxMenu* mnuFile;
     std::map<int, wxButton*> cmdCommands;
 
   private:
     // Building it (layout.cpp).
-    void buildMenu();
-    void buildToolBar();
-    void addTool(const Command& command);
-    void refreshIcons();
     void buildControls();
     wxWindow* buildTemplatePane(wxWindow* parent);
     wxWindow* buildInfoPane(wxWindow* parent);
+    wxSizer* buildInfoButtons();
     wxButton* addButton(wxWindow* parent, Button index);
     void buildStatusBar();
-    void tellPanel(const wxPoint& mouse);
+    void loadLayout();
+    void saveLayout();
+    wxString layoutText() const;
+    wxSplitterWindow* makePanes(wxWindow* parent, double share);
+    void shareWidth(wxSplitterWindow& panes);
+
+    // Its menus and tools (menus.cpp).
+    void buildMenus();
+    void buildToolBar();
+    void addTool(const Command& command);
+    void refreshIcons();
+    wxMenu* makeMenu(const std::vector<CommandMenuItem>& items);
+    void showContextMenu(wxWindow& over, ContextOf which);
+    void bindContextMenus();
+    void showToolCaptions();
+    bool can(const Command& command) const;
+    bool isOn(const Command& command) const;
+    void refreshCommands();
+    void refreshMenu(wxMenu& menu, const std::vector<CommandMenuItem>& items);
+    std::wstring menuCaption(const CommandMenuItem& item) const;
+    const char* shownKey(const Command& command) const;
 
     // The lists and the tree (browse.cpp).
     void bindBrowsing();
@@ -141,20 +173,23 @@ class frmMain final : public wxFrame {
     void templateSelected();
     void nodeClicked();
     void mLoadTree(const GasTemplate& record);
-    void fillProperties(std::wstring_view path);
+    void fillProperties(std::wstring_view path, bool anew);
+    void selectBlock(std::size_t node);
     void clearViews();
-    void setPanel(Panel panel, std::wstring_view text);
+    const BlockNode* selectedBlock() const;
+    const GasProperty* selectedProperty() const;
+    void setPanel(Panel panel, std::wstring_view text) { stbMain->setPanel(panel, text); }
 
     // The window itself (frmMain.cpp).
     void bindWindow();
     void historyChanged();
     void iconized(bool now);
-    void restore();
+    void keepPlace();
+    void showTrayMenu();
     void closing(wxCloseEvent& event);
     void shutDown();
     void leave();
     void endFrontDialog();
-    wxMenu* makeFileMenu();
     void keyPressed(wxKeyEvent& event);
     bool busy() const;
     bool isOpen() const noexcept { return !document_.path.empty(); }
@@ -162,25 +197,37 @@ class frmMain final : public wxFrame {
     // Running commands (dispatch.cpp) and their work (work.cpp, search.cpp).
     void repeat(const Command& button);
     void choose(const Command& entry);
+    bool changePane(int step);
     enum class View { rendered, listed, editable };
     void view(std::wstring_view caption, std::wstring_view text, View kind);
     std::wstring fileText();
     // The open file for the windows that show its texts.
     OpenFile openFileHooks();
-    void propertyActivated();
+    bool runTool(std::size_t index);
+    std::wstring startOfPickers() const;
+    enum class SearchKind { none, properties, templates };
+    bool find(SearchKind kind);
     bool search(SearchKind kind, bool again);
 
     Document document_;
+    std::vector<BlockNode> blocks_;  // of the selected template, as the tree shows them
     std::unique_ptr<TrayIcon> tray_;
+    wxSplitterWindow* outerPanes_ = nullptr;      // the templates, and the rest
+    wxSplitterWindow* innerPanes_ = nullptr;      // the tree, and the properties
+    std::map<wxSplitterWindow*, double> shares_;  // of the width, of the pane at the left
+    wxRect placed_;                               // while it is neither minimised nor maximised
+    wxString layoutBefore_;                       // as it was read
+    bool remember_ = false;                       // size and place of the window, too
     std::map<std::string_view, int> toolIds_;
-    std::map<std::string_view, wxMenuItem*> entryItems_;
+    std::map<std::string_view, wxMenu*> dropDowns_;
     std::map<std::string_view, std::size_t> repeat_;  // 1-based; 0: nothing chosen yet
     TimedLauncher redLauncher_;                       // runs the builder, whatever dialogs are open
     SearchKind searchKind_ = SearchKind::none;
     std::wstring lastSearch_[2];  // of the templates and the properties
-    bool left_ = false;           // closed, and goes when nothing of it is at work
-    wxWeakRef<wxDialog> ending_;  // told to, and waited for
-    bool filling_ = false;        // the tree changes by code, not by the user
+    ReleasedKeys released_;
+    wxWeakRef<wxWindow> keyboard_;  // what had it last
+    bool left_ = false;             // closed, and goes when nothing of it is at work
+    wxWeakRef<wxDialog> ending_;    // told to, and waited for
 };
 
 }  // namespace kestrel

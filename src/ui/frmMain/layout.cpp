@@ -1,29 +1,74 @@
-#include "gas/browse.h"
-
+#include <wx/display.h>
+#include <wx/fileconf.h>
+#include <wx/log.h>
 #include <wx/panel.h>
 #include <wx/sizer.h>
 #include <wx/wrapsizer.h>
 
 #include <algorithm>
+#include <cmath>
 
+#include "gas/browse.h"
+#include "services/files.h"
+#include "ui/common/accessible.h"
 #include "ui/common/strings.h"
+#include "ui/common/style.h"
 #include "ui/common/twips.h"
 #include "ui/frmMain/frmMain.h"
 
 namespace kestrel {
 namespace {
 
-constexpr int kListPane = 150;  // width of the template pane at first, in DIP
-constexpr int kTreePane = 140;  // width of the tree at first
-constexpr int kSmallestPane = 90;
+constexpr int kWidthTwips = 9000;
+constexpr int kHeightTwips = 6250;
+constexpr int kSmallestPane = 90;  // at 96 dots an inch
+constexpr int kButtonPadding = 5;
+constexpr double kTemplatesShare = 0.23;  // of the width, at first and at most
+constexpr double kTreeShare = 0.33;       // of what is left
 
-wxSplitterWindow* makeSplitter(wxWindow* parent) {
-    auto* splitter = new wxSplitterWindow(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize,
-                                          wxSP_LIVE_UPDATE | wxSP_3DSASH);
-    splitter->SetMinimumPaneSize(parent->FromDIP(kSmallestPane));
-    // The pane at the right takes what a larger window has to give.
-    splitter->SetSashGravity(0.0);
-    return splitter;
+// Where the window's parts stand, kept between starts.
+constexpr std::wstring_view kLayoutFile = L"layout.set";
+
+double shareOf(const wxSplitterWindow& panes) {
+    const int width = panes.GetClientSize().x;
+    return width > 0 ? std::round(1000.0 * panes.GetSashPosition() / width) / 1000.0 : 0;
+}
+
+// The share that the right pane leaves when all of it is to be seen.
+double shareBeside(const wxSplitterWindow& panes) {
+    const double width = panes.GetClientSize().x;
+    return (width - panes.GetSashSize() - panes.GetWindow2()->GetBestSize().x) / width;
+}
+
+// The place nearest to `position` that leaves both panes their least width.
+int sashWithRoom(const wxSplitterWindow& panes, int position) {
+    const int left = panes.GetMinimumPaneSize();
+    const int right = std::max(left, panes.GetWindow2()->GetMinSize().x);
+    const int most = panes.GetClientSize().x - panes.GetSashSize() - right;
+    return std::max(left, std::min(position, most));
+}
+
+std::vector<int> numbersOf(const wxString& text) {
+    std::vector<int> numbers;
+    for (const wxString& word : wxSplit(text, ' ', '\0')) {
+        if (int number = 0; word.ToInt(&number)) numbers.push_back(number);
+    }
+    return numbers;
+}
+
+wxString textOf(const std::vector<int>& numbers) {
+    wxString text;
+    for (const int number : numbers) text << (text.empty() ? "" : " ") << number;
+    return text;
+}
+
+// True when enough of the place is on a screen to be seen and taken hold of.
+bool isOnScreen(const wxRect& place) {
+    for (unsigned i = 0; i < wxDisplay::GetCount(); ++i) {
+        const wxRect seen = wxDisplay(i).GetClientArea().Intersect(place);
+        if (seen.width >= 100 && seen.height >= 50) return true;
+    }
+    return false;
 }
 
 }  // namespace
@@ -34,18 +79,50 @@ void frmMain::buildControls() {
 
     cboHistory = new HistoryCombo(panel, "cboHistory");
     cboHistory->SetToolTip("Path of the .gas file to open");
+    setAccessibleName(*cboHistory, "Path of the .gas file");
     auto* top = new wxBoxSizer(wxHORIZONTAL);
     top->Add(cboHistory, wxSizerFlags(1).CentreVertical());
     top->Add(addButton(panel, kReload), wxSizerFlags().CentreVertical().Border(wxLEFT, gap));
 
-    wxSplitterWindow* panes = makeSplitter(panel);
-    wxWindow* templates = buildTemplatePane(panes);
-    panes->SplitVertically(templates, buildInfoPane(panes), FromDIP(kListPane));
+    outerPanes_ = makePanes(panel, kTemplatesShare);
+    wxWindow* templates = buildTemplatePane(outerPanes_);
+    outerPanes_->SplitVertically(templates, buildInfoPane(outerPanes_));
 
     auto* column = new wxBoxSizer(wxVERTICAL);
-    column->Add(top, wxSizerFlags().Expand().Border(wxALL, 2 * gap));
-    column->Add(panes, wxSizerFlags(1).Expand().Border(wxLEFT | wxRIGHT | wxBOTTOM, 2 * gap));
+    column->Add(top, wxSizerFlags().Expand().Border(wxALL, gap));
+    column->Add(outerPanes_, wxSizerFlags(1).Expand().Border(wxLEFT | wxRIGHT | wxBOTTOM, gap));
     panel->SetSizer(column);
+
+    const wxSize size(fromTwips(*this, kWidthTwips), fromTwips(*this, kHeightTwips));
+    SetMinSize(size);
+    SetSize(size);
+}
+
+// Both panes take their share of what a larger window has to give.
+wxSplitterWindow* frmMain::makePanes(wxWindow* parent, double share) {
+    auto* panes = new wxSplitterWindow(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize,
+                                       wxSP_LIVE_UPDATE | wxSP_3DSASH);
+    panes->SetMinimumPaneSize(scaled(*this, kSmallestPane));
+    panes->Bind(wxEVT_SPLITTER_SASH_POS_CHANGING, [panes](wxSplitterEvent& event) {
+        event.SetSashPosition(sashWithRoom(*panes, event.GetSashPosition()));
+    });
+    shares_[panes] = share;
+    panes->Bind(wxEVT_SIZE, [this, panes](wxSizeEvent& event) {
+        event.Skip();
+        CallAfter([this, panes] { shareWidth(*panes); });
+    });
+    panes->Bind(wxEVT_SPLITTER_SASH_POS_CHANGED, [this, panes](wxSplitterEvent& event) {
+        event.Skip();
+        CallAfter([this, panes] { shares_[panes] = shareOf(*panes); });
+    });
+    return panes;
+}
+
+void frmMain::shareWidth(wxSplitterWindow& panes) {
+    const int width = panes.GetClientSize().x;
+    if (width <= 0) return;
+    panes.SetSashPosition(
+        sashWithRoom(panes, static_cast<int>(std::lround(shares_[&panes] * width))));
 }
 
 wxWindow* frmMain::buildTemplatePane(wxWindow* parent) {
@@ -53,15 +130,17 @@ wxWindow* frmMain::buildTemplatePane(wxWindow* parent) {
     auto* pane = new wxPanel(parent);
     auto* box = new wxStaticBoxSizer(wxVERTICAL, pane);
     fraTemplate = box->GetStaticBox();
-    lvwTemplates = new ReportList(fraTemplate, "lvwTemplates", {{L"Template", 60, 1}},
-                                  [this](std::size_t position, std::size_t) {
-                                      return document_.templates.at(position).Name;
-                                  });
+    lvwTemplates = std::make_unique<ReportList>(
+        fraTemplate, "lvwTemplates", std::vector<ReportList::Column>{{L"Template", 60, 1}},
+        [this](std::size_t position, std::size_t) {
+            return document_.templates.at(position).Name;
+        });
+    setAccessibleName(lvwTemplates->window(), "Templates");
     auto* buttons = new wxBoxSizer(wxHORIZONTAL);
     buttons->Add(addButton(fraTemplate, kTest));
     buttons->AddStretchSpacer();
     buttons->Add(addButton(fraTemplate, kDone));
-    box->Add(lvwTemplates, wxSizerFlags(1).Expand().Border(wxALL, gap));
+    box->Add(&lvwTemplates->window(), wxSizerFlags(1).Expand().Border(wxALL, gap));
     box->Add(buttons, wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxBOTTOM, gap));
     pane->SetSizer(box);
     return pane;
@@ -72,34 +151,39 @@ wxWindow* frmMain::buildInfoPane(wxWindow* parent) {
     auto* pane = new wxPanel(parent);
     auto* box = new wxStaticBoxSizer(wxVERTICAL, pane, "&Selected Template");
     fraInfo = box->GetStaticBox();
-    wxSplitterWindow* views = makeSplitter(fraInfo);
-    tvwInfo = new wxTreeCtrl(views, wxID_ANY, wxDefaultPosition, wxDefaultSize,
-                             wxTR_DEFAULT_STYLE | wxTR_SINGLE, wxDefaultValidator, "tvwInfo");
-    lvwProperties = new ReportList(
-        views, "lvwProperties", {{L"Property", 90, 1}, {L"Value", 80, 2}, {L"Group", 105, 2}},
+    innerPanes_ = makePanes(fraInfo, kTreeShare);
+    tvwInfo = makeNodeTree(innerPanes_, "tvwInfo");
+    setAccessibleName(tvwInfo->window(), "Blocks");
+    lvwProperties = std::make_unique<ReportList>(
+        innerPanes_, "lvwProperties",
+        std::vector<ReportList::Column>{{L"Property", 80, 1}, {L"Value", 80, 2}, {L"Group", 80, 2}},
         [this](std::size_t position, std::size_t column) {
             const GasTemplate* record = selectedTemplate();
             return record == nullptr ? std::wstring()
                                      : propertyText(*record, position, PropertyColumn{column});
         });
-    views->SplitVertically(tvwInfo, lvwProperties, FromDIP(kTreePane));
+    setAccessibleName(lvwProperties->window(), "Properties");
+    innerPanes_->SplitVertically(&tvwInfo->window(), &lvwProperties->window());
+    box->Add(innerPanes_, wxSizerFlags(1).Expand().Border(wxALL, gap));
+    box->Add(buildInfoButtons(), wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxBOTTOM, gap));
+    pane->SetSizer(box);
+    pane->SetMinSize(wxSize(cmdCommands.at(kChain)->GetMinSize().x + 4 * gap, -1));
+    return pane;
+}
 
+wxSizer* frmMain::buildInfoButtons() {
+    const int gap = fromTwips(*this, kGapTwips);
     chkTree = new wxCheckBox(fraInfo, wxID_ANY, "Use Tree as Filter", wxDefaultPosition,
                              wxDefaultSize, 0, wxDefaultValidator, "chkTree");
-    // In a narrow window the row goes on in a second line rather than under the edge.
     auto* row = new wxWrapSizer(wxHORIZONTAL, wxREMOVE_LEADING_SPACES);
-    const auto put = [&](wxWindow* control) {
-        row->Add(control, wxSizerFlags().CentreVertical().Border(wxRIGHT | wxBOTTOM, gap));
-    };
-    put(chkTree);
-    put(addButton(fraInfo, kChain));
-    put(addButton(fraInfo, kListed));
-    put(addButton(fraInfo, kParsed));
-    put(addButton(fraInfo, kSource));
-    box->Add(views, wxSizerFlags(1).Expand().Border(wxALL, gap));
-    box->Add(row, wxSizerFlags().Expand().Border(wxLEFT, gap));
-    pane->SetSizer(box);
-    return pane;
+    row->Add(chkTree, wxSizerFlags(1).CentreVertical());
+    for (const Button index : {kChain, kListed, kParsed, kSource}) {
+        row->Add(addButton(fraInfo, index), wxSizerFlags().CentreVertical().Border(wxLEFT, gap));
+    }
+    int width = gap;  // the row breaks if a pixel is missing
+    for (wxSizerItem* item : row->GetChildren()) width += item->CalcMin().x;
+    row->SetMinSize(width, -1);
+    return row;
 }
 
 wxButton* frmMain::addButton(wxWindow* parent, Button index) {
@@ -107,6 +191,9 @@ wxButton* frmMain::addButton(wxWindow* parent, Button index) {
     const Command& command = *std::find_if(table.begin(), table.end(),
                                            [&](const Command& row) { return row.index == index; });
     auto* button = new wxButton(parent, wxID_ANY, command.caption);
+    // Narrower than the desktop's own: they all stand in one row.
+    const int text = button->GetTextExtent(button->GetLabelText()).x;
+    button->SetMinSize(wxSize(text + 2 * scaled(*this, kButtonPadding), -1));
     if (*command.tooltip != '\0') button->SetToolTip(command.tooltip);
     button->Bind(wxEVT_BUTTON, [this, &command](wxCommandEvent&) { run(command); });
     cmdCommands[index] = button;
@@ -114,33 +201,59 @@ wxButton* frmMain::addButton(wxWindow* parent, Button index) {
 }
 
 void frmMain::buildStatusBar() {
-    stbMain =
-        CreateStatusBar(kPanelCount, wxSTB_DEFAULT_STYLE & ~wxSTB_SHOW_TIPS, wxID_ANY, "stbMain");
+    stbMain = new StatusPanels(this, {{4, ""},
+                                      {2, "Type of Template"},
+                                      {2, "Number of Templates"},
+                                      {2, "Number of Properties"}});
+    SetStatusBar(stbMain);
     // The panels tell of the file; help on menus and tools would overwrite them.
     SetStatusBarPane(-1);
-    const int widths[kPanelCount] = {-4, -2, -2, -2};
-    stbMain->SetStatusWidths(kPanelCount, widths);
-    stbMain->Bind(wxEVT_MOTION, [this](wxMouseEvent& event) {
-        tellPanel(event.GetPosition());
-        event.Skip();
-    });
 }
 
-// A status bar has one tooltip; each panel has its own text.
-void frmMain::tellPanel(const wxPoint& mouse) {
-    static const char* const kTips[kPanelCount] = {"", "Type of Template", "Number of Templates",
-                                                   "Number of Properties"};
-    wxString tip;
-    for (int i = 0; i < kPanelCount; ++i) {
-        wxRect field;
-        if (stbMain->GetFieldRect(i, field) && field.Contains(mouse)) tip = kTips[i];
+wxString frmMain::layoutText() const {
+    wxString text;
+    text << "templates=" << wxString::FromCDouble(shares_.at(outerPanes_)) << '\n'
+         << "tree=" << wxString::FromCDouble(shares_.at(innerPanes_)) << '\n'
+         << "properties=" << textOf(lvwProperties->widths()) << '\n'
+         << "remember=" << (remember_ ? 1 : 0) << '\n';
+    if (!remember_) return text;
+    const wxRect place = IsMaximized() || IsIconized() ? placed_ : GetRect();
+    return text << "maximised=" << (IsMaximized() ? 1 : 0) << '\n'
+                << "window=" << textOf({place.x, place.y, place.width, place.height}) << '\n';
+}
+
+void frmMain::loadLayout() {
+    const wxLogNull quiet;  // a file that cannot be read is none
+    wxFileConfig file("", "", toWx(programFile(kLayoutFile)), "", wxCONFIG_USE_LOCAL_FILE);
+    const auto readShare = [&](const char* key, wxSplitterWindow* panes) {
+        const double share = file.ReadDouble(key, shares_[panes]);
+        if (share > 0 && share < 1) shares_[panes] = share;
+        shareWidth(*panes);
+    };
+    shares_[outerPanes_] = std::min(kTemplatesShare, shareBeside(*outerPanes_));
+    // From now on the user may break the row of buttons.
+    chkTree->GetContainingSizer()->SetMinSize(-1, -1);
+    readShare("templates", outerPanes_);
+    readShare("tree", innerPanes_);
+    lvwProperties->setWidths(numbersOf(file.Read("properties", "")));
+    remember_ = file.ReadBool("remember", false);
+    const auto place = numbersOf(file.Read("window", ""));
+    if (remember_ && place.size() == 4) {
+        const wxRect rect(place[0], place[1], place[2], place[3]);
+        if (isOnScreen(rect)) {
+            SetSize(rect.GetSize());
+            placeAt(*this, rect.GetPosition());
+        }
+        if (file.ReadBool("maximised", false)) Maximize();
     }
-    if (stbMain->GetToolTipText() == tip) return;
-    if (tip.empty()) {
-        stbMain->UnsetToolTip();
-    } else {
-        stbMain->SetToolTip(tip);
-    }
+    layoutBefore_ = layoutText();
+}
+
+// Only what the user has changed is written.
+void frmMain::saveLayout() {
+    const wxString text = layoutText();
+    if (text == layoutBefore_) return;
+    writeFile(programFile(kLayoutFile), fromWx(text));
 }
 
 }  // namespace kestrel

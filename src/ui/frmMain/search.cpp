@@ -37,6 +37,7 @@ bool frmMain::search(SearchKind kind, bool again) {
         return false;
     }
     list.selectRow(*row);
+    list.window().SetFocus();
     if (list.onSelect) list.onSelect();
     return true;
 }

@@ -1,4 +1,8 @@
+#include <wx/dir.h>
+#include <wx/filename.h>
 #include <wx/utils.h>
+
+#include <algorithm>
 
 #include "gas/browse.h"
 #include "gas/chain.h"
@@ -9,8 +13,10 @@
 #include "services/program.h"
 #include "services/shell.h"
 #include "services/tools.h"
+#include "text/convert.h"
 #include "text/listtext.h"
 #include "text/render.h"
+#include "ui/common/dialogend.h"
 #include "ui/common/strings.h"
 #include "ui/frmAbout/frmAbout.h"
 #include "ui/frmExport/frmExport.h"
@@ -26,6 +32,17 @@ namespace {
 // The caller goes on where no clipboard is there.
 void copyText(std::wstring_view text) {
     if (gProgram().host.clipboard != nullptr) gProgram().host.clipboard->setText(text);
+}
+
+// Copies what `to` does not have of the files below `from`.
+void copyMissing(const wxString& from, const wxString& to) {
+    wxArrayString files;
+    wxDir::GetAllFiles(from, &files);
+    for (const wxString& file : files) {
+        const wxFileName copy(to + file.Mid(from.length()));
+        copy.Mkdir(wxS_DIR_DEFAULT, wxPATH_MKDIR_FULL);
+        if (!copy.FileExists()) wxCopyFile(file, copy.GetFullPath());
+    }
 }
 
 }  // namespace
@@ -45,8 +62,37 @@ bool frmMain::help() {
     return true;
 }
 
+bool frmMain::showManual() {
+    const std::wstring manual = sharedFile(L"manual.html");
+    if (manual.empty()) {
+        tellUser(L"The manual is not beside this copy of the program.", Icon::exclamation);
+        return false;
+    }
+    gShellExec(manual, L"open");
+    return true;
+}
+
+// The user's own copies: the next version of the program replaces the others.
+bool frmMain::openSample() {
+    const std::wstring samples = sharedFile(L"samples");
+    if (samples.empty()) {
+        tellUser(L"The samples are not beside this copy of the program.", Icon::exclamation);
+        return false;
+    }
+    const std::wstring own = programFile(L"my-samples");
+    copyMissing(toWx(samples), toWx(own));
+    const std::wstring chosen = askForFile(L"Select a Sample", L"Gas File (*.gas)|*.gas", false,
+                                           joinPath(own, L"harbour.gas"));
+    return !chosen.empty() && openFile(chosen);
+}
+
+bool frmMain::toggleRemembering() {
+    remember_ = !remember_;
+    return true;
+}
+
 std::wstring frmMain::fileText() {
-    OwnerWx owner(*this);
+    OwnerWx owner(*this, &lvwTemplates->window());
     return gstrMakeFileText(document_.path, document_.templates, &owner, 0, nullptr);
 }
 
@@ -60,8 +106,8 @@ bool frmMain::previewAll() {
 
 bool frmMain::saveCurrent() {
     if (lvwTemplates->rows().empty()) return false;
-    const std::wstring path =
-        askForFile(L"Please specify a filename", L"Text files (*.tab)|*.tab", true);
+    const std::wstring path = askForFile(L"Please specify a filename", L"Text files (*.tab)|*.tab",
+                                         true, tabPath(document_.path));
     if (path.empty()) return false;
     {
         const wxBusyCursor busyCursor;
@@ -75,7 +121,8 @@ bool frmMain::saveCurrent() {
 }
 
 bool frmMain::convertFolder() {
-    frmExport(this).ShowModal();
+    frmExport dialog(this);
+    showModal(dialog);
     return true;
 }
 
@@ -87,6 +134,55 @@ bool frmMain::copyProperties() {
 
 bool frmMain::copyTemplates() {
     copyText(gstrMakeListText(lvwTemplates->shot(document_.path)));
+    return true;
+}
+
+bool frmMain::copyValue() {
+    copyText(selectedProperty()->Value);
+    return true;
+}
+
+bool frmMain::copyRow() {
+    const GasTemplate& record = *selectedTemplate();
+    const std::size_t position = *lvwProperties->selected();
+    std::wstring row = propertyText(record, position, PropertyColumn::property);
+    row += L'\t' + propertyText(record, position, PropertyColumn::value);
+    row += L'\t' + propertyText(record, position, PropertyColumn::group);
+    copyText(row);
+    return true;
+}
+
+bool frmMain::copyPath() {
+    const GasProperty* property = tvwInfo->window().HasFocus() ? nullptr : selectedProperty();
+    copyText(property == nullptr ? selectedBranch()
+                                 : groupPath(selectedTemplate()->Name, *property));
+    return true;
+}
+
+bool frmMain::copyName() {
+    copyText(selectedTemplate()->Name);
+    return true;
+}
+
+bool frmMain::filterByProperty() {
+    const std::wstring path = groupPath(selectedTemplate()->Name, *selectedProperty());
+    const auto block = std::ranges::find(blocks_, path, &BlockNode::tag);
+    if (block == blocks_.end()) return false;
+    chkTree->SetValue(true);
+    selectBlock(static_cast<std::size_t>(block - blocks_.begin()));
+    return true;
+}
+
+bool frmMain::filterByBlock() {
+    chkTree->SetValue(true);
+    if (const auto block = tvwInfo->selected()) selectBlock(*block);
+    return true;
+}
+
+bool frmMain::toggleFilter() {
+    const auto block = tvwInfo->selected();
+    chkTree->SetValue(!chkTree->GetValue());
+    if (block) selectBlock(*block);
     return true;
 }
 
@@ -111,13 +207,15 @@ bool frmMain::startOrvane() {
 }
 
 bool frmMain::browseArchive() {
-    frmTank(this, openFileHooks()).ShowModal();
+    frmTank dialog(this, openFileHooks());
+    showModal(dialog);
     return true;
 }
 
 bool frmMain::buildArchive() {
     if (zeltorPath().empty()) return false;
-    frmZeltor(this, redLauncher_, openFileHooks()).ShowModal();
+    frmZeltor dialog(this, redLauncher_, openFileHooks());
+    showModal(dialog);
     return true;
 }
 
@@ -151,7 +249,7 @@ bool frmMain::viewParsed() {
     const GasTemplate* record = selectedTemplate();
     if (record == nullptr) return false;
     std::wstring branch = selectedBranch();
-    OwnerWx owner(*this);
+    OwnerWx owner(*this, &lvwTemplates->window());
     const std::wstring text = gstrMakeText(*record, &owner, branch, chkTree->GetValue(), nullptr);
     if (text.empty()) return false;
     view(L"View Parsed Text: " + record->Name, text, View::rendered);
@@ -167,7 +265,7 @@ bool frmMain::viewChain() {
     }
     frmSpecialize browser(this, openFileHooks());
     browser.BaseTemplateName(chainName(*record));
-    browser.ShowModal();
+    showModal(browser);
     return true;
 }
 
@@ -182,21 +280,19 @@ void frmMain::view(std::wstring_view caption, std::wstring_view text, View kind)
     viewer.CanEdit(kind == View::editable);
     viewer.TextFormat(kind == View::rendered ? 1 : 0);
     viewer.SetTitle(shownLine(caption));
-    viewer.ShowModal();
+    showModal(viewer);
 }
 
-void frmMain::propertyActivated() {
-    const GasTemplate* record = selectedTemplate();
-    const auto position = lvwProperties->selected();
-    if (record == nullptr || !position) return;
-    const GasProperty& property = record->Properties.at(*position);
+bool frmMain::follow() {
+    const GasProperty& property = *selectedProperty();
     if (property.Name == L"specializes") {
         const GasTemplate* parent = findTemplate(document_.templates, L"name", property.Value);
-        if (parent == nullptr) return;
+        if (parent == nullptr) return false;
         view(L"View Source: " + parent->Name, std::wstring(parent->Text), View::listed);
     } else if (property.Name == L"name") {
         setPanel(pnlInfo, chainText(gstrGetTemplateHistory(document_.templates, property.Value)));
     }
+    return true;
 }
 
 }  // namespace kestrel

@@ -1,12 +1,14 @@
 #include "ui/frmProgress/frmProgress.h"
 
-#include <wx/app.h>
 #include <wx/evtloop.h>
 #include <wx/sizer.h>
 
 #include <algorithm>
 
+#include "ui/common/accessible.h"
+#include "ui/common/host_wx.h"
 #include "ui/common/strings.h"
+#include "ui/common/twips.h"
 
 namespace kestrel {
 namespace {
@@ -28,12 +30,6 @@ frmProgress*& shownDialog() {
     return dialog;
 }
 
-wxWindow* frontWindow() {
-    wxWindow* window = wxGetActiveWindow();
-    if (window == nullptr) window = wxTheApp->GetTopWindow();
-    return window == nullptr ? nullptr : wxGetTopLevelParent(window);
-}
-
 }  // namespace
 
 frmProgress::frmProgress(wxWindow* parent)
@@ -45,6 +41,7 @@ frmProgress::frmProgress(wxWindow* parent)
                                      wxDefaultSize, oneLine, "lblSubProcess");
     prbMain = new wxGauge(this, wxID_ANY, 100, wxDefaultPosition, wxDefaultSize,
                           wxGA_HORIZONTAL | wxGA_SMOOTH, wxDefaultValidator, "prbMain");
+    setAccessibleName(*prbMain, "Progress");
     cmdCommands[0] = new wxButton(this, wxID_ANY, "&Cancel");
     layOut();
     cmdCommands[0]->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { cancel(); });
@@ -87,13 +84,13 @@ frmProgress* frmProgress::current() {
 }
 
 void frmProgress::layOut() {
-    const int margin = FromDIP(kMargin);
+    const int margin = scaled(*this, kMargin);
     auto* column = new wxBoxSizer(wxVERTICAL);
     column->Add(lblProces, wxSizerFlags().Expand().Border(wxALL, margin));
     column->Add(lblSubProcess, wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxBOTTOM, margin));
     column->Add(prbMain, wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT, margin));
     column->Add(cmdCommands[0], wxSizerFlags().Right().Border(wxALL, margin));
-    column->SetMinSize(FromDIP(kWidth), -1);
+    column->SetMinSize(scaled(*this, kWidth), -1);
     SetSizerAndFit(column);
     CentreOnParent();
     cmdCommands[0]->SetFocus();

@@ -2,13 +2,13 @@
 
 #include <wx/dcclient.h>
 #include <wx/settings.h>
-#include <wx/wupdlock.h>
 
 #include <algorithm>
 #include <functional>
 #include <utility>
 
 #include "services/errors.h"
+#include "ui/common/accessible.h"
 #include "ui/common/dialogend.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
@@ -71,31 +71,28 @@ frmSpecialize::frmSpecialize(wxWindow* parent, OpenFile openFile)
                "frmSpecialize"),
       openFile_(std::move(openFile)),
       commands_(*this, openFile_),
-      treeWidth_(FromDIP(kTreeWidth)),
+      treeWidth_(scaled(*this, kTreeWidth)),
       txtView(commands_.txtView),
-      tvwTemplates(new wxTreeCtrl(this, wxID_ANY, wxDefaultPosition, wxDefaultSize,
-                                  wxTR_DEFAULT_STYLE | wxTR_SINGLE | wxBORDER_NONE,
-                                  wxDefaultValidator, "tvwTemplates")),
+      tvwTemplates(makeNodeTree(this, "tvwTemplates")),
       cmdCommands(withReset(commands_, addResetButton(this))),
       stbMain(commands_.stbMain) {
     // Esc is one of the commands' keys, on its release.
     SetEscapeId(wxID_NONE);
-    tvwTemplates->MoveBeforeInTabOrder(txtView);
+    setAccessibleName(tvwTemplates->window(), "Chain");
+    tvwTemplates->window().MoveBeforeInTabOrder(txtView);
     cmdCommands.back()->MoveBeforeInTabOrder(cmdCommands[TextCommands::kScriptEditor]);
     layOut();
     bindTree();
+    txtView->tabMovesOn(true);
     cmdCommands.back()->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) {
         guarded(L"cmdCommands", [this] { chain_.resetFiles(); });
     });
-    commands_.watchKeys();
     Bind(wxEVT_CLOSE_WINDOW, &frmSpecialize::closing, this);
-    tvwTemplates->SetFocus();
+    tvwTemplates->window().SetFocus();
 }
 
 frmSpecialize::~frmSpecialize() {
     saveFiles();
-    // A tree may select while it is taken apart.
-    tvwTemplates->Unbind(wxEVT_TREE_SEL_CHANGED, &frmSpecialize::selected, this);
 }
 
 void frmSpecialize::layOut() {
@@ -113,7 +110,7 @@ void frmSpecialize::layOut() {
     });
     const int least = fromTwips(*this, kLeastTwips);
     SetMinSize(wxSize(std::max(least, buttons->CalcMin().x + 2 * margin), least));
-    SetSize(FromDIP(wxSize(kFirstWidth, kFirstHeight)));
+    SetSize(wxSize(scaled(*this, kFirstWidth), scaled(*this, kFirstHeight)));
     CentreOnParent();
 }
 
@@ -126,7 +123,7 @@ wxSizer* frmSpecialize::panes() {
         Refresh();
     });
     auto* row = new wxBoxSizer(wxHORIZONTAL);
-    treeItem_ = row->Add(tvwTemplates, wxSizerFlags().Expand());
+    treeItem_ = row->Add(&tvwTemplates->window(), wxSizerFlags().Expand());
     row->Add(sash, wxSizerFlags().Expand());
     row->Add(txtView, wxSizerFlags(1).Expand());
     return row;
@@ -143,49 +140,26 @@ void frmSpecialize::paintBorder(wxPaintEvent& event) {
     wxPaintDC canvas(this);
     canvas.SetPen(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNSHADOW));
     canvas.SetBrush(*wxTRANSPARENT_BRUSH);
-    canvas.DrawRectangle(tvwTemplates->GetRect().Inflate(1));
+    canvas.DrawRectangle(tvwTemplates->window().GetRect().Inflate(1));
     event.Skip();
 }
 
 void frmSpecialize::fitTree() {
-    const int least = FromDIP(kLeastPane);
+    const int least = scaled(*this, kLeastPane);
     const int most = GetClientSize().x - 3 * commands_.margin() - least;
     treeItem_->SetMinSize(std::max(least, std::min(treeWidth_, most)), -1);
 }
 
 void frmSpecialize::bindTree() {
-    tvwTemplates->Bind(wxEVT_TREE_SEL_CHANGED, &frmSpecialize::selected, this);
-    tvwTemplates->Bind(wxEVT_TREE_ITEM_ACTIVATED, &frmSpecialize::activated, this);
-    tvwTemplates->Bind(wxEVT_LEFT_DOWN, &frmSpecialize::pressed, this);
-    tvwTemplates->Bind(wxEVT_TREE_ITEM_GETTOOLTIP, [this](wxTreeEvent& event) {
-        const auto item = std::ranges::find(items_, event.GetItem());
-        if (item == items_.end()) return;
-        const auto node = static_cast<std::size_t>(item - items_.begin());
-        event.SetToolTip(shownLine(chain_.nodes()[node].tag));
-    });
-}
-
-void frmSpecialize::selected(wxTreeEvent&) {
-    clickLater();
-}
-
-void frmSpecialize::activated(wxTreeEvent&) {
-    clickLater();
-}
-
-// A click on the selected node is one too, though it selects nothing.
-void frmSpecialize::pressed(wxMouseEvent& event) {
-    int where = 0;
-    const wxTreeItemId item = tvwTemplates->HitTest(event.GetPosition(), where);
-    const bool onNode = (where & (wxTREE_HITTEST_ONITEMICON | wxTREE_HITTEST_ONITEMLABEL)) != 0;
-    if (onNode && item == tvwTemplates->GetSelection()) clickLater();
-    event.Skip();
+    tvwTemplates->onSelect = [this] { clickLater(); };
+    // A click on the selected node is one too, though it selects nothing.
+    tvwTemplates->onPress = [this] { clickLater(); };
 }
 
 // A click may ask the user. The tree has to be done with the mouse and the key
 // before.
 void frmSpecialize::clickLater() {
-    if (filling_ || std::exchange(clicked_, true)) return;
+    if (std::exchange(clicked_, true)) return;
     CallAfter([this] {
         clicked_ = false;
         nodeClicked();
@@ -193,10 +167,10 @@ void frmSpecialize::clickLater() {
 }
 
 void frmSpecialize::nodeClicked() {
-    const auto item = std::ranges::find(items_, tvwTemplates->GetSelection());
-    if (item == items_.end()) return;
+    const auto node = tvwTemplates->selected();
+    if (!node) return;
     if (!mayReplaceText()) return showChain(shown_);
-    shown_ = static_cast<std::size_t>(item - items_.begin());
+    shown_ = *node;
     chain_.click(shown_);
     showChain(shown_);
     TextBlock(chain_.text());
@@ -208,21 +182,14 @@ bool frmSpecialize::mayReplaceText() const {
                    Buttons::yesNo) == Answer::yes;
 }
 
-// Adds the nodes that the tree does not have yet.
 void frmSpecialize::showChain(std::size_t selectedNode) {
-    filling_ = true;
-    const wxWindowUpdateLocker noPainting(tvwTemplates);
-    const std::size_t count = std::min(chain_.nodes().size(), kMostLevels);
-    for (std::size_t i = items_.size(); i < count; ++i) {
-        const ChainNode& node = chain_.nodes()[i];
-        const wxString label = shownLine(node.text);
-        const bool root = node.parent == ChainNode::kNoParent;
-        items_.push_back(root ? tvwTemplates->AddRoot(label)
-                              : tvwTemplates->AppendItem(items_[node.parent], label));
-        if (!root) tvwTemplates->Expand(items_[node.parent]);
+    std::vector<NodeTree::Node> nodes;
+    for (const ChainNode& node : chain_.nodes()) {
+        if (nodes.size() < kMostLevels) nodes.push_back({shownLine(node.text), node.parent});
     }
-    if (selectedNode < items_.size()) tvwTemplates->SelectItem(items_[selectedNode]);
-    filling_ = false;
+    const bool there = selectedNode < nodes.size();
+    tvwTemplates->setNodes(std::move(nodes), true);
+    if (there) tvwTemplates->select(selectedNode);
 }
 
 void frmSpecialize::BaseTemplateName(std::wstring_view name) {

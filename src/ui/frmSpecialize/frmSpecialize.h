@@ -1,7 +1,6 @@
 #pragma once
 
 #include <wx/dialog.h>
-#include <wx/treectrl.h>
 
 #include <array>
 #include <string>
@@ -10,6 +9,7 @@
 
 #include "gas/chain.h"
 #include "ui/common/dialogend.h"
+#include "ui/common/rowlist.h"
 #include "ui/common/textcommands.h"
 
 namespace kestrel {
@@ -45,9 +45,6 @@ class frmSpecialize final : public wxDialog, public FileKeeper {
     void fitTree();
     void bindTree();
 
-    void selected(wxTreeEvent& event);
-    void activated(wxTreeEvent& event);
-    void pressed(wxMouseEvent& event);
     void clickLater();
     void nodeClicked();
     bool mayReplaceText() const;
@@ -57,19 +54,17 @@ class frmSpecialize final : public wxDialog, public FileKeeper {
     OpenFile openFile_;
     TextCommands commands_;
     SpecializesChain chain_;
-    std::vector<wxTreeItemId> items_;  // of the chain's nodes
-    std::size_t shown_ = 0;            // the node whose source is shown
+    std::size_t shown_ = 0;  // the node whose source is shown
     wxSizerItem* treeItem_ = nullptr;
     int treeWidth_;
-    bool filling_ = false;  // the tree changes by code, not by the user
     bool clicked_ = false;  // a click waits for its events to end
     bool unsaved_ = false;
 
   public:
     TextPane* const txtView;
-    wxTreeCtrl* const tvwTemplates;
+    NodeTree* const tvwTemplates;
     const std::array<wxButton*, TextCommands::kButtons + 1> cmdCommands;
-    wxStatusBar* const stbMain;
+    StatusPanels* const stbMain;
 };
 
 }  // namespace kestrel

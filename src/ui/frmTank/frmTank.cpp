@@ -12,7 +12,9 @@
 #include "tank/reports.h"
 #include "ui/common/buttons.h"
 #include "ui/common/host_wx.h"
+#include "ui/common/link.h"
 #include "ui/common/strings.h"
+#include "ui/common/twips.h"
 #include "ui/frmView/frmView.h"
 
 namespace kestrel {
@@ -32,9 +34,9 @@ std::wstring askForName(std::wstring_view initial) {
 
 }  // namespace
 
-frmTank::frmTank(wxWindow* parent, OpenFile openFile, std::wstring_view website)
+frmTank::frmTank(wxWindow* parent, OpenFile openFile)
     : PathDialog(parent, "Mini-Orvane", "frmTank"), openFile_(std::move(openFile)) {
-    layOut(website);
+    layOut();
     bindCommands();
     acceptDrops([this](const std::wstring& dropped) { return drop(dropped); });
     pathsChanged();
@@ -45,10 +47,10 @@ wxSizer* frmTank::buildName() {
     auto* box = new wxStaticBoxSizer(wxHORIZONTAL, this, "&Selected Tank Filename");
     fraName = box->GetStaticBox();
     fraName->SetName("fraName");
-    cboTankFilename = addPathBox(fraName, "cboTankFilename", L"mor.his");
+    cboTankFilename = addPathBox(fraName, "cboTankFilename", "Selected Tank Filename", L"mor.his");
     cmdCommands[kPick] =
         addPictureButton(fraName, "folder", "Choose the Tank Filename", "Open Recent");
-    const int gap = FromDIP(kGap);
+    const int gap = scaled(*this, kGap);
     box->Add(cboTankFilename, wxSizerFlags(1).CentreVertical().Border(wxALL, gap));
     box->Add(cmdCommands[kPick],
              wxSizerFlags().CentreVertical().Border(wxTOP | wxBOTTOM | wxRIGHT, gap));
@@ -67,7 +69,7 @@ wxSizer* frmTank::buildTools() {
     cmdCommands[kTest] = new wxButton(fraTools, wxID_ANY, "&Test Tank");
     cmdCommands[kTest]->SetToolTip("Test Tank");
     cmdCommands[kList] = picture("listed", "Generate a list (Name or Full)");
-    const int gap = FromDIP(kGap);
+    const int gap = scaled(*this, kGap);
     box->AddSpacer(gap);
     for (const Command command : {kFind, kProperties, kTest, kList}) {
         box->Add(cmdCommands[command],
@@ -76,23 +78,23 @@ wxSizer* frmTank::buildTools() {
     return box;
 }
 
-wxSizer* frmTank::buildButtons(std::wstring_view website) {
-    lblInfo = new LinkLabel(this, "Click for more info on Orvane...", website, "lblInfo");
+wxSizer* frmTank::buildButtons() {
+    lblInfo = makeLink(this, "Click for more info on Orvane...");
     cmdCommands[kDone] = new wxButton(this, wxID_ANY, "&Done");
     cmdCommands[kDone]->SetToolTip("Also use ESC");
     auto* row = new wxBoxSizer(wxHORIZONTAL);
-    row->Add(lblInfo, wxSizerFlags().CentreVertical());
+    if (lblInfo != nullptr) row->Add(lblInfo, wxSizerFlags().CentreVertical());
     row->AddStretchSpacer();
-    row->Add(cmdCommands[kDone], wxSizerFlags().Border(wxLEFT, FromDIP(kMargin)));
+    row->Add(cmdCommands[kDone], wxSizerFlags().Border(wxLEFT, scaled(*this, kMargin)));
     return row;
 }
 
-void frmTank::layOut(std::wstring_view website) {
-    const int margin = FromDIP(kMargin);
+void frmTank::layOut() {
+    const int margin = scaled(*this, kMargin);
     auto* column = new wxBoxSizer(wxVERTICAL);
     column->Add(buildName(), wxSizerFlags().Expand().Border(wxALL, margin));
     column->Add(buildTools(), wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT, margin));
-    column->Add(buildButtons(website), wxSizerFlags().Expand().Border(wxALL, margin));
+    column->Add(buildButtons(), wxSizerFlags().Expand().Border(wxALL, margin));
     fitTo(column, kWidth);
 }
 
@@ -178,8 +180,9 @@ void frmTank::showProperties() {
 void frmTank::showReport(const std::wstring& report, std::wstring_view path) {
     frmView viewer(this, openFile_);
     viewer.TextBlock(report);
+    viewer.CanEdit(false);
     viewer.SetTitle(shownLine(std::wstring(L"Tank List: ").append(path)));
-    viewer.ShowModal();
+    showModal(viewer);
 }
 
 }  // namespace kestrel

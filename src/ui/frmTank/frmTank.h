@@ -9,9 +9,7 @@
 #include <string_view>
 
 #include "services/viewtext.h"
-#include "ui/common/linklabel.h"
 #include "ui/common/pathdialog.h"
-#include "ui/frmTank/website.h"
 
 namespace kestrel {
 
@@ -19,7 +17,7 @@ namespace kestrel {
 class frmTank final : public PathDialog {
   public:
     // `openFile` is for the viewer of the reports.
-    frmTank(wxWindow* parent, OpenFile openFile, std::wstring_view website = kOrvaneWebsite);
+    frmTank(wxWindow* parent, OpenFile openFile);
 
     // There is no 3.
     enum Command { kDone, kPick, kFind, kTest = 4, kList, kProperties, kCommands };
@@ -27,7 +25,7 @@ class frmTank final : public PathDialog {
     wxStaticBox* fraName;
     HistoryCombo* cboTankFilename;
     wxStaticBox* fraTools;
-    LinkLabel* lblInfo;
+    wxWindow* lblInfo;  // null without a page to show
     std::array<wxButton*, kCommands> cmdCommands{};
 
     // Takes over a file that was dropped on the dialog; false when it is none.
@@ -36,8 +34,8 @@ class frmTank final : public PathDialog {
   private:
     wxSizer* buildName();
     wxSizer* buildTools();
-    wxSizer* buildButtons(std::wstring_view website);
-    void layOut(std::wstring_view website);
+    wxSizer* buildButtons();
+    void layOut();
     void bindCommands();
 
     void pathsChanged() override;

@@ -24,7 +24,6 @@ frmView::frmView(wxWindow* parent, OpenFile openFile)
     // Esc is one of the commands' keys, on its release.
     SetEscapeId(wxID_NONE);
     layOut();
-    commands_.watchKeys();
     Bind(wxEVT_CLOSE_WINDOW, &frmView::closing, this);
     txtView->SetFocus();
 }
@@ -38,7 +37,7 @@ void frmView::layOut() {
     column->Add(stbMain, wxSizerFlags().Expand());
     SetSizer(column);
     SetMinSize(wxSize(fromTwips(*this, kLeastTwips), fromTwips(*this, kLeastTwips)));
-    SetSize(FromDIP(wxSize(kFirstWidth, kFirstHeight)));
+    SetSize(wxSize(scaled(*this, kFirstWidth), scaled(*this, kFirstHeight)));
     CentreOnParent();
 }
 

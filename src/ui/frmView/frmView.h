@@ -37,7 +37,7 @@ class frmView final : public wxDialog {
   public:
     TextPane* const txtView;
     const std::array<wxButton*, TextCommands::kButtons> cmdCommands;
-    wxStatusBar* const stbMain;
+    StatusPanels* const stbMain;
 };
 
 }  // namespace kestrel

@@ -6,9 +6,12 @@
 #include "services/files.h"
 #include "services/filesystem.h"
 #include "services/pickers.h"
+#include "ui/common/accessible.h"
 #include "ui/common/buttons.h"
 #include "ui/common/host_wx.h"
+#include "ui/common/link.h"
 #include "ui/common/strings.h"
+#include "ui/common/twips.h"
 #include "ui/frmView/frmView.h"
 
 namespace kestrel {
@@ -53,12 +56,11 @@ void digitTyped(wxKeyEvent& event) {
 
 }  // namespace
 
-frmZeltor::frmZeltor(wxWindow* parent, TimedLauncher& launcher, OpenFile openFile,
-                     std::wstring_view website)
+frmZeltor::frmZeltor(wxWindow* parent, TimedLauncher& launcher, OpenFile openFile)
     : PathDialog(parent, "Rapid Zeltor", "frmZeltor"),
       redLauncher(launcher),
       openFile_(std::move(openFile)) {
-    layOut(website);
+    layOut();
     bindCommands();
     pathsChanged();
     cboSourceFolder->SetFocus();
@@ -72,14 +74,14 @@ wxSizer* frmZeltor::buildMain() {
     auto* box = new wxStaticBoxSizer(wxVERTICAL, this);
     fraMain = box->GetStaticBox();
     fraMain->SetName("fraMain");
-    auto* grid = new wxFlexGridSizer(3, FromDIP(wxSize(kGap, kGap)));
+    auto* grid = new wxFlexGridSizer(3, wxSize(scaled(*this, kGap), scaled(*this, kGap)));
     grid->AddGrowableCol(1);
     addPathRow(*grid, fraMain, {lblGeneric[lblSource], cboSourceFolder, cmdCommands[kPickSource]},
                "&Source Folder", "cboSourceFolder", L"zeltor1.his", "Choose the Source Folder");
     addPathRow(*grid, fraMain, {lblGeneric[lblTarget], cboTarget, cmdCommands[kPickTarget]},
                "&Destination Tank Filename", "cboTarget", L"zeltor2.his",
                "Choose the Destination Tank Filename");
-    box->Add(grid, wxSizerFlags().Expand().Border(wxALL, FromDIP(kGap)));
+    box->Add(grid, wxSizerFlags().Expand().Border(wxALL, scaled(*this, kGap)));
     return box;
 }
 
@@ -87,25 +89,27 @@ wxSizer* frmZeltor::buildOptional() {
     auto* box = new wxStaticBoxSizer(wxVERTICAL, this, "&Optional");
     fraOptional = box->GetStaticBox();
     fraOptional->SetName("fraOptional");
-    auto* grid = new wxFlexGridSizer(2, FromDIP(wxSize(kGap, kGap)));
+    auto* grid = new wxFlexGridSizer(2, wxSize(scaled(*this, kGap), scaled(*this, kGap)));
     grid->AddGrowableCol(1);
     const auto add = [&](Label label, const wxString& text, wxTextCtrl*& control,
                          const wxString& name, wxSizer& row) {
         grid->Add(addLabel(label, fraOptional, text), wxSizerFlags().CentreVertical());
         control = addText(row, name);
+        setAccessibleName(*control, text.BeforeLast(':'));
     };
     add(lblTitle, "Title:", txtTitle, "txtTitle", *grid);
     add(lblAuthor, "Author:", txtAuthor, "txtAuthor", *grid);
     auto* numbers = new wxBoxSizer(wxHORIZONTAL);
     add(lblBuild, "Build:", txtBuild, "txtBuild", *numbers);
     numbers->Add(addLabel(lblPriority, fraOptional, "Priority:"),
-                 wxSizerFlags().CentreVertical().Border(wxLEFT | wxRIGHT, FromDIP(kMargin)));
+                 wxSizerFlags().CentreVertical().Border(wxLEFT | wxRIGHT, scaled(*this, kMargin)));
     txtPriority = addText(*numbers, "txtPriority");
+    setAccessibleName(*txtPriority, "Priority");
     grid->Add(numbers, wxSizerFlags().Expand());
     add(lblCopyright, "Copyright:", txtCopyright, "txtCopyright", *grid);
     grid->AddSpacer(0);
     grid->Add(buildFlags());
-    box->Add(grid, wxSizerFlags().Expand().Border(wxALL, FromDIP(kGap)));
+    box->Add(grid, wxSizerFlags().Expand().Border(wxALL, scaled(*this, kGap)));
     return box;
 }
 
@@ -114,7 +118,7 @@ wxSizer* frmZeltor::buildFlags() {
     const auto add = [&](const wxString& text, const wxString& name) {
         auto* box = new wxCheckBox(fraOptional, wxID_ANY, text, wxDefaultPosition, wxDefaultSize, 0,
                                    wxDefaultValidator, name);
-        row->Add(box, wxSizerFlags().Border(wxRIGHT, FromDIP(kMargin)));
+        row->Add(box, wxSizerFlags().Border(wxRIGHT, scaled(*this, kMargin)));
         return box;
     };
     chkDev = add("Dev. only?", "chkDev");
@@ -123,16 +127,16 @@ wxSizer* frmZeltor::buildFlags() {
     return row;
 }
 
-wxSizer* frmZeltor::buildButtons(std::wstring_view website) {
-    lblInfo = new LinkLabel(this, "Click for more info on Zeltor...", website, "lblInfo");
+wxSizer* frmZeltor::buildButtons() {
+    lblInfo = makeLink(this, "Click for more info on Zeltor...");
     cmdCommands[kCreate] = new wxButton(this, wxID_ANY, "&Create");
     cmdCommands[kDone] = new wxButton(this, wxID_ANY, "&Done");
     cmdCommands[kCreate]->SetDefault();
     auto* row = new wxBoxSizer(wxHORIZONTAL);
-    row->Add(lblInfo, wxSizerFlags().CentreVertical());
+    if (lblInfo != nullptr) row->Add(lblInfo, wxSizerFlags().CentreVertical());
     row->AddStretchSpacer();
-    row->Add(cmdCommands[kCreate], wxSizerFlags().Border(wxLEFT, FromDIP(kMargin)));
-    row->Add(cmdCommands[kDone], wxSizerFlags().Border(wxLEFT, FromDIP(kGap)));
+    row->Add(cmdCommands[kCreate], wxSizerFlags().Border(wxLEFT, scaled(*this, kMargin)));
+    row->Add(cmdCommands[kDone], wxSizerFlags().Border(wxLEFT, scaled(*this, kGap)));
     return row;
 }
 
@@ -156,12 +160,12 @@ void frmZeltor::alignLabels() {
     }
 }
 
-void frmZeltor::layOut(std::wstring_view website) {
-    const int margin = FromDIP(kMargin);
+void frmZeltor::layOut() {
+    const int margin = scaled(*this, kMargin);
     auto* column = new wxBoxSizer(wxVERTICAL);
     column->Add(buildMain(), wxSizerFlags().Expand().Border(wxALL, margin));
     column->Add(buildOptional(), wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT, margin));
-    column->Add(buildButtons(website), wxSizerFlags().Expand().Border(wxALL, margin));
+    column->Add(buildButtons(), wxSizerFlags().Expand().Border(wxALL, margin));
     alignLabels();
     fitTo(column, kWidth);
 }
@@ -217,7 +221,7 @@ void frmZeltor::showLog(const std::wstring& target) {
     redLauncher.onData = [&viewer, lines = LogLines()](std::wstring_view text) mutable {
         viewer.txtView->append(lines.add(text));
     };
-    viewer.ShowModal();
+    showModal(viewer);
     redLauncher.onData = nullptr;
 }
 

@@ -13,10 +13,8 @@
 
 #include "services/viewtext.h"
 #include "tank/build.h"
-#include "ui/common/linklabel.h"
 #include "ui/common/pathdialog.h"
 #include "ui/frmZeltor/timedlauncher.h"
-#include "ui/frmZeltor/website.h"
 
 namespace kestrel {
 
@@ -25,8 +23,7 @@ namespace kestrel {
 class frmZeltor final : public PathDialog {
   public:
     // `launcher` must outlive the dialog; `openFile` is for the log's viewer.
-    frmZeltor(wxWindow* parent, TimedLauncher& launcher, OpenFile openFile,
-              std::wstring_view website = kZeltorWebsite);
+    frmZeltor(wxWindow* parent, TimedLauncher& launcher, OpenFile openFile);
     ~frmZeltor() override;
 
     enum Command { kDone, kCreate, kPickSource, kPickTarget, kCommands };
@@ -53,7 +50,7 @@ class frmZeltor final : public PathDialog {
     wxCheckBox* chkDev;
     wxCheckBox* chkMPXfer;
     wxCheckBox* chkProtected;
-    LinkLabel* lblInfo;
+    wxWindow* lblInfo;  // null without a page to show
     std::array<wxStaticText*, kLabels> lblGeneric;
     std::array<wxButton*, kCommands> cmdCommands;
     TimedLauncher& redLauncher;
@@ -62,11 +59,11 @@ class frmZeltor final : public PathDialog {
     wxSizer* buildMain();
     wxSizer* buildOptional();
     wxSizer* buildFlags();
-    wxSizer* buildButtons(std::wstring_view website);
+    wxSizer* buildButtons();
     wxStaticText* addLabel(Label index, wxWindow* parent, const wxString& text);
     wxTextCtrl* addText(wxSizer& row, const wxString& name) const;
     void alignLabels();
-    void layOut(std::wstring_view website);
+    void layOut();
     void bindCommands();
 
     void pathsChanged() override;

@@ -1,0 +1,45 @@
+#include <wx/hyperlink.h>
+
+#include <wx/generic/hyperlink.h>
+#include <wx/settings.h>
+
+#include "ui/common/accessible.h"
+#include "ui/common/link.h"
+
+namespace kestrel {
+
+// The system's own one is always underlined.
+wxWindow* makePlatformLink(wxWindow* parent, const wxString& text, const wxString& address) {
+    auto* link = new wxGenericHyperlinkCtrl(parent, wxID_ANY, text, address, wxDefaultPosition,
+                                            wxDefaultSize, wxHL_ALIGN_LEFT | wxBORDER_NONE);
+    const auto underline = [link](bool underlined) {
+        wxFont font = link->GetFont();
+        font.SetUnderlined(underlined);
+        link->SetFont(font);
+        link->Refresh();
+    };
+    const auto colour = [link] {
+        const wxColour hot = wxSystemSettings::GetColour(wxSYS_COLOUR_HOTLIGHT);
+        link->SetNormalColour(hot);
+        link->SetVisitedColour(hot);
+        link->SetHoverColour(hot);
+    };
+    underline(false);
+    colour();
+    link->Bind(wxEVT_ENTER_WINDOW, [underline](wxMouseEvent& event) {
+        underline(true);
+        event.Skip();
+    });
+    link->Bind(wxEVT_LEAVE_WINDOW, [underline](wxMouseEvent& event) {
+        underline(false);
+        event.Skip();
+    });
+    link->Bind(wxEVT_SYS_COLOUR_CHANGED, [colour](wxSysColourChangedEvent& event) {
+        colour();
+        event.Skip();
+    });
+    setAccessibleName(*link, text);
+    return link;
+}
+
+}  // namespace kestrel

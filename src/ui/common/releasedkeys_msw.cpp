@@ -1,0 +1,9 @@
+#include "ui/common/releasedkeys.h"
+
+namespace kestrel {
+
+bool isRepeated(const wxKeyEvent& event) {
+    return event.IsAutoRepeat();
+}
+
+}  // namespace kestrel

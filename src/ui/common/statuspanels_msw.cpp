@@ -1,0 +1,9 @@
+#include "ui/common/statuspanels.h"
+
+namespace kestrel {
+
+std::vector<wxStaticText*> makePanelLabels(wxStatusBar&, std::size_t) {
+    return {};
+}
+
+}  // namespace kestrel
