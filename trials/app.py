@@ -1,0 +1,284 @@
+"""Kestrel as its user meets it: windows and controls by their accessible names, real keys and mouse."""
+
+import fnmatch
+import os
+import re
+import shutil
+import subprocess
+import time
+
+from controls import Bus
+from desk import LIMIT, Desk, wait
+
+
+def needs(**what):
+    """Marks a trial with what it needs: desk={...} for Desk, installed=True."""
+    def mark(trial):
+        trial.needs = what
+        return trial
+    return mark
+
+
+# What the accessibility bridge says when it is asked of a menu that has just closed, and the
+# toolkit, with its debugging on, when the desktop took the keyboard before it knew.
+REMARKS = re.compile("gtk_container_forall: assertion|lost focus even though it didn't have it")
+
+# A leak whose memory was asked for far below Kestrel and the toolkit is the desktop's own.
+LEAK = re.compile(r"^(?:Direct|Indirect) leak of .*\n(?: +#.*\n)*", re.MULTILINE)
+NEAR = re.compile(r"(?: +#\d .*\n){2,8}? +#\d .*(?: kestrel::|/libwx_)")
+LEAKS = re.compile(r"^=+\n.*LeakSanitizer: detected.*\n\s*SUMMARY: .* leaked in .*\n", re.MULTILINE)
+
+
+def without_leaks_of_the_desktop(said):
+    return LEAKS.sub("", LEAK.sub(lambda leak: leak[0] if NEAR.search(leak[0]) else "", said))
+
+
+class Kestrel:
+    """The program under trial and the desk that it runs on."""
+
+    on_windows = False
+    tank = "tank/kestrel_stub_tank/libtank.so"
+
+    def __init__(self, build, top, installed=None, **desk):
+        self.top = top
+        self.desk = Desk(**desk)
+        self.installed = installed
+        if installed:
+            self.folder = self.desk.env["XDG_CONFIG_HOME"] + "/kestrel"
+            self.program = os.path.join(installed, "usr/bin/kestrel")
+        else:
+            self.folder = self.desk.path("app")
+            os.mkdir(self.folder)
+            self.program = shutil.copy(os.path.join(build, "src/ui/kestrel"), self.folder)
+        self.build = build
+        self.errors = self.desk.path("errors")
+        self.bus = Bus()
+        self.process = None
+        self.expected_errors = None  # a pattern of lines that the trial provokes
+
+    # Starting and ending.
+
+    def start(self, *words, env=None, ready=True):
+        self.bus.scale = int((env or {}).get("GDK_SCALE", 1))
+        with open(self.errors, "ab") as errors:
+            self.process = subprocess.Popen(
+                [self.program, *words], env=self.desk.env | (env or {}), stdin=subprocess.DEVNULL,
+                stdout=errors, stderr=errors, cwd=self.desk.env["HOME"])
+        if ready:
+            self.main = self.window("Kestrel Template Browser (*")
+        return self
+
+    def sample(self, name="harbour.gas"):
+        """A copy of a sample, in a folder of the user's."""
+        folder = self.desk.path("mod")
+        os.makedirs(folder, exist_ok=True)
+        return shutil.copy(os.path.join(self.top, "samples", name), folder)
+
+    def stub(self, name):
+        """A program or library of the tests that stands in for another one."""
+        return os.path.join(self.build, "tests/stubs", name)
+
+    def settings(self, **paths):
+        """The program's settings before it starts."""
+        os.makedirs(self.folder, exist_ok=True)
+        with open(os.path.join(self.folder, "settings.set"), "w", newline="", encoding="cp1252") as file:
+            file.write("".join(f"{name}={path}\r\n" for name, path in paths.items()))
+
+    def read(self, *names):
+        """The bytes of a file."""
+        with open(os.path.join(*names), "rb") as file:
+            return file.read()
+
+    def open(self, name="harbour.gas", **more):
+        self.file = self.sample(name)
+        return self.start(self.file, **more)
+
+    def ended(self, limit=LIMIT):
+        """The exit code, once it has ended."""
+        wait(lambda: self.process.poll() is not None, "the program's end", limit)
+        return self.process.returncode
+
+    def quit(self):
+        self.keys("Escape", on=self.main)
+        assert self.ended() == 0, f"ended with {self.process.returncode}"
+
+    def finish(self):
+        """What holds after every trial."""
+        if self.process.poll() is None:
+            assert not self.find_windows("*Debug Alert*"), "an assert"
+            self.process.terminate()
+            self.ended()
+        assert self.process.returncode in (0, -15), f"ended with {self.process.returncode}"
+        self.said_nothing()
+
+    def said_nothing(self):
+        lines = [line for line in self.error_lines()
+                 if not REMARKS.search(line)
+                 and not (self.expected_errors and re.search(self.expected_errors, line))]
+        assert not lines, "on stderr:\n" + "\n".join(lines)
+
+    def error_lines(self):
+        with open(self.errors, encoding="utf-8", errors="replace") as errors:
+            said = without_leaks_of_the_desktop(errors.read())
+        return [line for line in said.splitlines() if line.strip()]
+
+    def leave_traces(self, path):
+        """What a failure looked like: a picture, and the controls as text."""
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        self.desk.picture(path + ".png")
+        lines = []
+        if self.process and self.process.poll() is None:
+            lines = [line for window in self.windows() for line in window.tree()]
+        with open(path + ".txt", "w", encoding="utf-8") as text:
+            text.write("\n".join(lines))
+        print(f"See {path}.png and {path}.txt")
+        if os.path.exists(self.errors):
+            shutil.copy(self.errors, path + ".err")
+            print("\n".join(self.error_lines()[:20]))
+
+    # Windows and controls.
+
+    def app(self):
+        return self.bus.application(self.process.pid)
+
+    def windows(self):
+        app = self.app()
+        return [one for one in app.children() if one.has("showing")] if app else []
+
+    def find_windows(self, title):
+        return [one for one in self.windows() if fnmatch.fnmatchcase(one.name or "", title)]
+
+    def window(self, title, limit=LIMIT):
+        """The window with that title, once it is there and active."""
+        return wait(lambda: next((one for one in self.find_windows(title) if one.has("active")),
+                                 None), f"the window {title!r}", limit)
+
+    def gone(self, window):
+        wait(lambda: window not in self.windows(), "the end of a window")
+
+    def find(self, name=None, role=None, window=None):
+        """The one control of the active window that fits, once it is there."""
+        def one():
+            found = (window or self.active()).find(name, role)
+            return found[0] if found else None
+        return wait(one, f"{role or 'a control'} {name!r}")
+
+    def active(self):
+        return wait(lambda: next((one for one in self.windows() if one.has("active")), None),
+                    "an active window")
+
+    def focus(self):
+        """The control that has the keyboard."""
+        return wait(lambda: next((one for one in self.active().all() if one.has("focused")), None),
+                    "a focused control")
+
+    def focus_is(self, name):
+        wait(lambda: self.focus().name == name, f"the focus in {name!r}")
+
+    def status(self):
+        bar = self.find(role="statusbar")
+        return [one.name for one in bar.find(role="label")]
+
+    # Keys and mouse.
+
+    def keys(self, *keys, on=None):
+        if on:
+            wait(lambda: on.has("active"), f"{on.name!r} to be active")
+        for key in keys:
+            self.desk.input("key", key)
+
+    def type(self, text):
+        """Types it; a line end at its end is the Enter key."""
+        self.desk.input("type", "--delay", "5", text.removesuffix("\n"))
+        if text.endswith("\n"):
+            self.keys("Return")
+
+    def move(self, x, y):
+        self.desk.input("mousemove", x, y)
+
+    def click(self, what, button=1, times=1, at=None):
+        """A press in the middle of a control, or `at` a place in it (from the right and the
+        bottom if negative); or at a place of the screen."""
+        if isinstance(what, str):
+            what = self.find(what)
+        if hasattr(what, "box"):
+            wait(lambda: what.has("sensitive"), f"{what.name!r} to be enabled")
+            x, y, width, height = what.box
+            x, y = ((x + at[0] % width, y + at[1] % height) if at
+                    else (x + width // 2, y + height // 2))
+        else:
+            x, y = what
+        self.move(x, y)
+        self.desk.input("click", "--repeat", times, "--delay", 60, button)
+
+    def drag(self, start, end, button=1, pause=0):
+        self.move(*start)
+        self.desk.input("mousedown", button)
+        middle = [(a + b) // 2 for a, b in zip(start, end)]
+        for place in (middle, end, end):
+            self.desk.input("sleep", pause, "mousemove", *place)
+        self.desk.input("sleep", pause, "mouseup", button)
+
+    def menu(self, *names):
+        """Chooses an entry of the menu bar, or of a menu that is open."""
+        for name in names:
+            self.click(self.find_item(name))
+
+    def find_item(self, name):
+        def item():
+            for window in self.windows():
+                found = [one for one in window.find(name)
+                         if "menu" in one.role and one.box[0] >= 0]
+                if found:
+                    return found[0]
+            return None
+        return wait(item, f"the menu entry {name!r}")
+
+    # Boxes.
+
+    def box(self):
+        """The text of the message box in front, in one line, and its icon's name."""
+        box = self.active()
+        texts = [one.name for one in box.find(role="label")]
+        icons = [one.name for one in box.find(role="icon")]
+        return " ".join(" ".join(texts).split()), icons[0] if icons else ""
+
+    def answer(self, text, button, icon=None):
+        """Answers the message box whose text fits."""
+        wait(lambda: fnmatch.fnmatchcase(self.box()[0], text), f"the box {text!r}")
+        if icon:
+            assert self.box()[1] == icon, f"the icon is {self.box()[1]!r}"
+        box = self.active()
+        self.click(self.find(button, "push button"))
+        wait(lambda: self.process.poll() is not None or not box.has("active"),
+             f"the end of the box {text!r}")
+
+    def choose(self, path):
+        """Names a file or folder in the system's dialog for it."""
+        chooser = wait(lambda: next((one for one in self.windows()
+                                     if one.role == "file chooser"), None), "a file dialog")
+        self.keys("ctrl+a", on=chooser)
+        self.type(path)
+        self.click(next(one for one in chooser.find(role="push button")
+                        if one.name in ("Open", "Save", "Select")))
+        self.gone(chooser)
+
+    def icon(self):
+        """Where the small window is that the notification area took in."""
+        x, y, width, height = wait(lambda: next((box for box in self.desk.geometries(
+            "^Kestrel Template") if box[2] < 50), None), "the icon")
+        return x + width // 2, y + height // 2
+
+    def clipboard(self):
+        return self.desk.run("xclip", "-o", "-selection", "clipboard").replace("\r\n", "\n")
+
+    def menu_key(self, what):
+        """Opens the menu of a control by the key for it."""
+        self.click(what)
+        self.keys("Menu")
+
+    def answers(self):
+        """How long the program takes to answer, in seconds."""
+        start = time.monotonic()
+        self.main.name
+        return time.monotonic() - start
