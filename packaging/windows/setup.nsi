@@ -162,6 +162,8 @@ FunctionEnd
 !macro RemoveSettings FOLDER
   Delete "${FOLDER}\settings.set"
   Delete "${FOLDER}\settings.set.bak"
+  Delete "${FOLDER}\layout.set"
+  Delete "${FOLDER}\layout.set.bak"
   Delete "${FOLDER}\*.his"
   Delete "${FOLDER}\*.his.bak"
 !macroend
@@ -182,6 +184,7 @@ Section "un.Kestrel" UnProgram
   Delete "$INSTDIR\kestrel-cli.exe"
   Delete "$INSTDIR\README.txt"
   Delete "$INSTDIR\LICENSE.txt"
+  Delete "$INSTDIR\manual.html"
   !include "${FILES}\..\samples.nsh"
   Delete "$INSTDIR\uninstall.exe"
   RMDir "$INSTDIR"
@@ -205,7 +208,7 @@ Section "un.Kestrel" UnProgram
 SectionEnd
 
 LangString DescUnProgram ${LANG_ENGLISH} "The program, kestrel-cli and samples."
-LangString DescUnSettings ${LANG_ENGLISH} "settings.set and what the boxes remember (*.his)."
+LangString DescUnSettings ${LANG_ENGLISH} "Settings, layout, and what the boxes remember."
 !insertmacro MUI_UNFUNCTION_DESCRIPTION_BEGIN
   !insertmacro MUI_DESCRIPTION_TEXT ${UnProgram} $(DescUnProgram)
   !insertmacro MUI_DESCRIPTION_TEXT ${UnSettings} $(DescUnSettings)
