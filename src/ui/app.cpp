@@ -36,7 +36,7 @@ bool App::OnInit() {
     SetAppDisplayName(toWx(gProgram().version.title));
     SetClassName("kestrel");
     wxUILocale::UseDefault();
-    makeCompact();
+    settleStyle();
     gProgram().folder = chooseProgramFolder();
     gProgram().host = host_.interfaces();
     auto* window = new frmMain;

@@ -7,9 +7,9 @@
 // offers.
 namespace kestrel {
 
-// Takes the room out of the controls that a desktop's theme leaves for fingers. To be
-// called once, before the first window.
-void makeCompact();
+// Takes the room out of the controls that a desktop's theme leaves for fingers, and the
+// choice of emoji out of the text boxes. To be called once, before the first window.
+void settleStyle();
 
 // Names the arrows of the drop-downs for assistive programs, and keeps a click on a tool
 // from taking the keyboard away. Both for a tool bar that has all its tools.

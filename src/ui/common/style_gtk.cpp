@@ -32,9 +32,28 @@ void forEach(GtkWidget* widget, const ForWidget& run) {
         &each);
 }
 
+// A chooser of pictures that no `.gas` file can hold. It takes all keys and clicks, and
+// keeps them where a window has no room for it.
+void leaveOutEmoji() {
+    const auto leaveOut = [](GSignalInvocationHint*, guint, const GValue* values, gpointer) {
+        const gpointer widget = g_value_get_object(values);
+        if (GTK_IS_ENTRY(widget)) {
+            gtk_entry_set_input_hints(GTK_ENTRY(widget), GTK_INPUT_HINT_NO_EMOJI);
+        }
+        return gboolean{TRUE};
+    };
+    GtkBindingSet* keys = gtk_binding_set_by_class(g_type_class_ref(GTK_TYPE_ENTRY));
+    for (const guint key : {GDK_KEY_period, GDK_KEY_semicolon}) {
+        gtk_binding_entry_remove(keys, key, GDK_CONTROL_MASK);
+    }
+    g_signal_add_emission_hook(g_signal_lookup("realize", GTK_TYPE_WIDGET), 0, leaveOut, nullptr,
+                               nullptr);
+}
+
 }  // namespace
 
-void makeCompact() {
+void settleStyle() {
+    leaveOutEmoji();
     GtkCssProvider* provider = gtk_css_provider_new();
     gtk_css_provider_load_from_data(provider, kStyle, -1, nullptr);
     gtk_style_context_add_provider_for_screen(gdk_screen_get_default(),

@@ -7,7 +7,7 @@
 namespace kestrel {
 
 // The system's own controls are as close as they can be.
-void makeCompact() {}
+void settleStyle() {}
 
 void finishToolBar(wxToolBar&) {}
 
