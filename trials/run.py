@@ -95,7 +95,8 @@ def main():
         print("\n".join(every))
         return 0
     if options.names[:1] == ["random"]:
-        steps, seed = (options.names[1:] + ["1000", "1"])[:2] if len(options.names) < 3 else options.names[1:3]
+        given = options.names[1:]
+        steps, seed = given + ["1000", "1"][len(given):]
         every, options.names = {f"random {steps} {seed}": main}, []
     if options.windows:
         every = {name: body for name, body in every.items() if getattr(body, "needs", {}).get("windows")}
