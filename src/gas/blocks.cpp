@@ -18,30 +18,38 @@ std::string withCrLf(std::string_view text) {
     return out.append(text);
 }
 
-std::vector<std::string_view> splitOn(std::string_view text, std::string_view prefix) {
-    std::vector<std::string_view> pieces;
-    std::size_t start = 0;
-    for (std::size_t at; (at = text.find(prefix, start)) != text.npos; start = at + prefix.size()) {
-        pieces.push_back(text.substr(start, at - start));
+// The text is cut at each of `places`, where the prefix stands.
+std::vector<Block> blocksAt(std::string_view text, const std::vector<std::size_t>& places,
+                            std::size_t prefix) {
+    std::vector<Block> blocks;
+    blocks.reserve(places.size());
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        const std::size_t end = i + 1 < places.size() ? places[i + 1] : text.size();
+        const std::string_view whole = text.substr(places[i], end - places[i]);
+        blocks.push_back({whole.substr(prefix), whole});
     }
-    pieces.push_back(text.substr(start));
-    return pieces;
+    return blocks;
 }
 
-// As splitOn, for a header that ends in its only "]": looking at the text from
+std::vector<std::size_t> placesOf(std::string_view prefix, std::string_view text) {
+    std::vector<std::size_t> places;
+    for (std::size_t at = text.find(prefix); at != text.npos;
+         at = text.find(prefix, at + prefix.size())) {
+        places.push_back(at);
+    }
+    return places;
+}
+
+// As placesOf, for a header that ends in its only "]": looking at the text from
 // one "]" to the next keeps a header of any length linear.
-std::vector<std::string_view> splitOnHeader(std::string_view text, std::string_view header) {
-    std::vector<std::string_view> pieces;
-    std::size_t start = 0;
+std::vector<std::size_t> placesOfHeader(std::string_view header, std::string_view text) {
+    std::vector<std::size_t> places;
     for (std::size_t at = text.find(']'), gap = 0; at != text.npos; at = text.find(']', gap)) {
         const bool roomy = at + 1 - gap >= header.size();
         gap = at + 1;
-        if (!roomy || !text.substr(0, gap).ends_with(header)) continue;
-        pieces.push_back(text.substr(start, gap - header.size() - start));
-        start = gap;
+        if (roomy && text.substr(0, gap).ends_with(header)) places.push_back(gap - header.size());
     }
-    pieces.push_back(text.substr(start));
-    return pieces;
+    return places;
 }
 
 bool cutOnKnownKind(std::string_view text, Cut& cut) {
@@ -49,7 +57,15 @@ bool cutOnKnownKind(std::string_view text, Cut& cut) {
     const std::string_view first = bracket == text.npos ? text : text.substr(bracket);
     for (const BlockKind& row : kBlockKinds) {
         if (!first.starts_with(row.prefix)) continue;
-        cut = {row.prefix, std::wstring(row.name), splitOn(text, row.prefix), true, 1, {}};
+        const auto places = placesOf(row.prefix, text);
+        cut = {row.prefix,
+               std::wstring(row.name),
+               blocksAt(text, places, row.prefix.size()),
+               true,
+               true,
+               {}};
+        // What precedes the first header is a block of its own.
+        cut.blocks.insert(cut.blocks.begin(), Block{text.substr(0, places.front()), {}});
         return true;
     }
     return false;
@@ -68,7 +84,8 @@ void cutOnUnknownKind(std::string_view text, const FieldMaker& fields, Cut& cut)
     }
     cut.prefix = header;
     cut.kind = name.empty() ? std::wstring(kBlockKinds.back().name) : fields.wide(name);
-    cut.blocks = splitOnHeader(text.substr(end + 1), header);
+    const std::string_view from = text.substr(cut.dropped.size());
+    cut.blocks = blocksAt(from, placesOfHeader(header, from), header.size());
     cut.found = true;
 }
 
@@ -96,7 +113,7 @@ Cut cutBlocks(std::string_view text, const FieldMaker& fields) {
 }
 
 bool isJoined(const Cut& cut) {
-    return cut.kind == L"Party" && cut.blocks.size() >= 3;
+    return cut.known && cut.kind == L"Party" && cut.blocks.size() >= 3;
 }
 
 bool needsNormalText(const Cut& cut) {
@@ -108,9 +125,9 @@ bool needsNormalText(const Cut& cut) {
 
 void joinParties(Cut& cut, std::string& joined) {
     if (!isJoined(cut)) return;
-    joined = cut.blocks[1];
-    joined.append(cut.prefix).append(kCrLf).append(cut.blocks[2]);
-    cut.blocks[0] = joined;
+    joined = cut.blocks[1].body;
+    joined.append(cut.prefix).append(kCrLf).append(cut.blocks[2].body);
+    cut.blocks[0] = {joined, {}};
 }
 
 }  // namespace kestrel::loading

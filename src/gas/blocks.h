@@ -25,13 +25,21 @@ struct Source {
 Source prepare(std::string bytes, bool utf8);
 void normalise(Source& source);
 
+struct Block {
+    std::string_view body;  // behind the prefix of its header
+    // With its prefix, as it stands in the text; empty where there is no such place.
+    std::string_view whole;
+
+    std::string_view header() const { return whole.substr(0, whole.size() - body.size()); }
+};
+
 // What a file's first header decides for the whole file.
 struct Cut {
     std::string_view prefix;  // of every block's header
     std::wstring kind;
-    std::vector<std::string_view> blocks;
+    std::vector<Block> blocks;
     bool found = false;        // there is a header
-    std::size_t headed = 0;    // the first block that the prefix stands before
+    bool known = false;        // of a kind of the table
     std::string_view dropped;  // what no block holds: it precedes the first header
 };
 

@@ -72,11 +72,10 @@ class Checker {
         }
     }
 
-    // The last `prefix` characters before `block` belong to its header.
-    void checkBlock(std::string_view block, std::size_t prefix) {
-        const std::string_view header(block.data() - prefix, prefix);
-        if (block.empty() && !header.empty()) add(header, {L"the block is empty", true});
-        loading::cutAllStatements(block, list_);
+    void checkBlock(const loading::Block& block) {
+        const std::string_view header = block.header();
+        if (block.body.empty() && !header.empty()) add(header, {L"the block is empty", true});
+        loading::cutAllStatements(block.body, list_);
         bool inQuotes = false;
         for (std::size_t i = 0; i < list_.statements.size(); ++i) {
             const Statement& statement = list_.statements[i];
@@ -135,9 +134,10 @@ std::vector<Loss> lossesIn(std::string_view bytes) {
     checker.checkDropped(cut.dropped, L"it stands before the first header");
     for (std::size_t i = 0; i < cut.blocks.size(); ++i) {
         if (i == 0 && isJoined(cut)) {
-            checker.checkDropped(cut.blocks[0], L"the first two sections, joined, take its place");
+            checker.checkDropped(cut.blocks[0].body,
+                                 L"the first two sections, joined, take its place");
         } else {
-            checker.checkBlock(cut.blocks[i], i < cut.headed ? 0 : cut.prefix.size());
+            checker.checkBlock(cut.blocks[i]);
         }
     }
     return checker.take();

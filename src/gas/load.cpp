@@ -50,7 +50,9 @@ void BlockLoader::load(std::size_t block, std::size_t index, GasTemplate& record
     if (list_ != nullptr) list_->add(makeKey(index), record.Name);
     record.Text = sourceText(block);
     record.Kind = cut_.kind;
-    cutStatements(cut_.blocks[block], source_.form.raw, statements_);
+    // A known kind's first block is what precedes the headers.
+    if (!cut_.blocks[block].whole.empty()) record.Place = cut_.known ? block - 1 : block;
+    cutStatements(cut_.blocks[block].body, source_.form.raw, statements_);
     loading::BlockReader reader(record, braces_, fields_, docNames_);
     reader.read(statements_);
     if (list_ != nullptr && reader.renamed()) list_->setText(makeKey(index), record.Name);
@@ -67,14 +69,11 @@ bool isClosed(std::string_view block, bool raw) {
 // The prefix, the block and, unless a closing brace ends it, one. Mostly that is
 // a part of the file as it stands.
 SourceText BlockLoader::sourceText(std::size_t block) const {
-    const std::string_view text = cut_.blocks[block];
-    const bool closed = isClosed(text, source_.form.raw);
-    if (closed && block >= cut_.headed) {
-        const char* start = text.data() - cut_.prefix.size();
-        return {source_.bytes, {start, text.data() + text.size()}, source_.form};
-    }
+    const auto& [body, whole] = cut_.blocks[block];
+    const bool closed = isClosed(body, source_.form.raw);
+    if (closed && !whole.empty()) return {source_.bytes, whole, source_.form};
     auto own = std::make_shared<std::string>(cut_.prefix);
-    own->append(text);
+    own->append(body);
     if (!closed) *own += '}';
     const std::string_view view = *own;
     return {std::move(own), view, source_.form};
@@ -87,7 +86,7 @@ bool loadBlocks(const Cut& cut, const Source& source, FieldMaker& fields,
     templates.reserve(cut.blocks.size());
     BlockLoader loader(cut, source, fields, list);
     for (std::size_t block = 0; block < cut.blocks.size(); ++block) {
-        if (cut.blocks[block].empty()) continue;
+        if (cut.blocks[block].body.empty()) continue;
         const std::size_t index = templates.size();
         loader.load(block, index, templates.emplace_back());
     }

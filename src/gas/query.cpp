@@ -59,13 +59,18 @@ std::wstring templateHistory(const std::vector<GasTemplate>& templates, std::wst
     const GasTemplate* record = findStart(templates, name);
     if (record == nullptr) record = &kNone;
     std::wstring history(labelOf(*record, name));
-    std::unordered_set<std::wstring_view> seen{name};
-    if (const auto own = valueOf(*record, L"name"); !own.empty()) seen.insert(own);
+    // A chain that comes back to a record ends there, whatever it calls it.
+    std::unordered_set<const GasTemplate*> seen;
+    std::unordered_set<std::wstring_view> docs;
     for (bool more = !name.empty(); more;) {
+        seen.insert(record);
+        docs.insert(labelOf(*record, {}));
         const std::wstring_view parent = valueOf(*record, L"specializes");
-        if (!seen.insert(parent).second) break;
         const auto found = names.find(parent);
-        record = found == names.end() ? &kNone : found->second;
+        const bool missing = found == names.end();
+        if (missing ? !parent.empty() && docs.contains(parent) : seen.contains(found->second))
+            break;
+        record = missing ? &kNone : found->second;
         history += L'|';
         history += labelOf(*record, parent);
         more = !record->Name.empty();

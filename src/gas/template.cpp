@@ -1,5 +1,7 @@
 #include "gas/template.h"
 
+#include <algorithm>
+
 #include "services/text.h"
 
 namespace kestrel {
@@ -10,6 +12,12 @@ void appendGroupPath(std::wstring& text, std::wstring_view root, const GasProper
     text.append(property.Group.text()) += L'_';
     appendNumber(text, property.Level);
     text += L'\\';
+}
+
+std::span<const GasProperty> ownProperties(const GasTemplate& record) {
+    const auto isNone = [](const GasProperty& property) { return property == GasProperty(); };
+    if (std::ranges::all_of(record.Properties, isNone)) return {};
+    return record.Properties;
 }
 
 std::wstring groupPath(std::wstring_view root, const GasProperty& property) {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,14 +29,23 @@ struct GasProperty {
 
 // One top-level block. Without a Name it is no record.
 struct GasTemplate {
+    static constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
+
     std::wstring Name;  // shown name: the kind and the index, or its `doc` value
     std::wstring Kind;  // display name of the block's kind
     std::vector<GasProperty> Properties;
     SourceText Text;        // the block's source text after normalisation
     std::wstring Comments;  // "Line n:" TAB text CR LF for each comment
+    // The block's place among the headers of its file; kNowhere for what is no block there
+    // as it stands.
+    std::size_t Place = kNowhere;
 
     bool operator==(const GasTemplate&) const = default;
 };
+
+// The properties of `record` that its block has: a block without any keeps an array of empty
+// ones, which are nobody's.
+std::span<const GasProperty> ownProperties(const GasTemplate& record);
 
 struct BlockKind {
     std::string_view prefix;  // of the header, compared with case

@@ -22,7 +22,7 @@ std::size_t expectedSize(const GasTemplate& record) {
     constexpr std::size_t kFixed = 400;
     constexpr std::size_t kColumnsAndLevel = 12;
     std::size_t size = kFixed + record.Comments.size();
-    for (const GasProperty& property : record.Properties) {
+    for (const GasProperty& property : ownProperties(record)) {
         size += property.Name.text().size() + property.Value.size() + record.Name.size() +
                 property.Group.text().size() + kColumnsAndLevel;
     }
@@ -51,12 +51,12 @@ class RowWriter {
         : text_(text), record_(record), filter_(filter), progress_(progress) {}
 
     bool writeAll() {
-        const std::size_t count = record_.Properties.size();
+        const std::span<const GasProperty> properties = ownProperties(record_);
+        const std::size_t count = properties.size();
         for (std::size_t i = 0; i < count; ++i) {
-            const bool written = write(record_.Properties[i]);
+            const bool written = write(properties[i]);
             if (progress_.dialog() == nullptr) continue;
-            if (written)
-                message_.replace(kMessage.size(), message_.npos, record_.Properties[i].Name);
+            if (written) message_.replace(kMessage.size(), message_.npos, properties[i].Name);
             progress_.show(percentage(i, count), message_);
             if (progress_.didCancel()) return false;
         }

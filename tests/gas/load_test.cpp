@@ -125,6 +125,10 @@ TEST_F(Load, JoinsTheFirstTwoPartySectionsAsAnExtraBlock) {
     EXPECT_EQ(dump(templates_[3]), L"c=3 @#0");
     ASSERT_TRUE(load(L"[party]\r\na = 1;\r\n"));
     EXPECT_EQ(names(templates_), (std::vector<std::wstring>{L"Party0"}));
+    // A kind that only looks like it is as any other.
+    ASSERT_TRUE(load(L"[Party]\r\na = 1;\r\n}\r\n[Party]\r\n}\r\n[Party]\r\n}\r\n"));
+    ASSERT_EQ(templates_.size(), 3u);
+    EXPECT_EQ(templates_[0].Text, L"[Party]\r\na = 1;\r\n}\r\n");
 }
 
 TEST_F(Load, DocNamesTemplateBlocksAlone) {

@@ -30,6 +30,7 @@ class Query : public testing::Test {
         record(L"Template5", {{L"name", L"loop"}, {L"specializes", L"loop"}}),
         record(L"Template6", {{L"name", L"p"}, {L"specializes", L"q"}}),
         record(L"Quill", {{L"name", L"q"}, {L"doc", L"Quill"}, {L"specializes", L"p"}}),
+        record(L"axe", {{L"name", L"axe_1"}, {L"doc", L"axe"}, {L"specializes", L"axe"}}),
         record(L"Template8", {{L"name", L"p"}, {L"mass", L"second"}, {L"mass", L"third"}}),
     };
 };
@@ -56,8 +57,8 @@ TEST_F(Query, FindsTheFirstRecordThatMatchesExactly) {
         EXPECT_EQ(gudtSearchForTemplate(templates_, c.key, c.value).Name, c.found)
             << test::shown(c.key) << " " << test::shown(c.value);
     }
-    EXPECT_EQ(gstrFindPropertyVal(templates_[8], L"mass"), L"second");
-    EXPECT_EQ(gstrFindPropertyVal(templates_[8], L"Mass"), L"");
+    EXPECT_EQ(gstrFindPropertyVal(templates_[9], L"mass"), L"second");
+    EXPECT_EQ(gstrFindPropertyVal(templates_[9], L"Mass"), L"");
     EXPECT_EQ(gstrFindPropertyVal(templates_[1], L"name"), L"") << "no name, no record";
 }
 
@@ -74,6 +75,7 @@ TEST_F(Query, FollowsTheChainOfOneFile) {
         {L"A", L"A|"},
         {L"hidden", L"hidden|"},
         {L"loop", L"loop"},
+        {L"axe_1", L"axe"},
         {L"p", L"p|Quill"},
         {L"Quill", L"Quill|p"},
         {L"", L"|"},

@@ -157,7 +157,7 @@ void frmMain::fillProperties(std::wstring_view path, bool anew) {
     };
     // Another branch changes no order: the rows need not be sorted again.
     if (anew) {
-        lvwProperties->fill(record->Properties.size(), keep);
+        lvwProperties->fill(ownProperties(*record).size(), keep);
     } else {
         lvwProperties->limit(keep);
     }
