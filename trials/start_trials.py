@@ -63,6 +63,25 @@ def try_the_first_steps_of_the_readme(k):
         k.click(k.find(name).select(row))
         wait(lambda: k.find(name).selected() == [row], row)
 
+    def comment():
+        k.click("Source")
+        k.window("Edit Source: Small crate")
+        k.keys("Down", "Down", "End")
+        k.type(" // mine")
+
+    def saved():
+        view = k.active()
+        own = k.read(k.folder, "my-samples/harbour.gas")
+        k.keys("ctrl+s", on=view)
+        k.click(k.find("Save", "push button", k.window("Select Save As Filename and Location")))
+        for _ in range(2):
+            k.answer("*", "Yes", "Question")
+        wait(lambda: not view.name.endswith(" *"), "no mark")
+        now = k.read(k.folder, "my-samples/harbour.gas")
+        assert now.count(b" // mine") == 1 and len(now) - len(own) < 40, "in its place"
+        k.keys("Escape", on=view)
+        k.gone(view)
+
     opened = []
 
     def close():
@@ -79,7 +98,9 @@ def try_the_first_steps_of_the_readme(k):
         ('Close the table with Esc.', close),
         ('Press "View Specializes Chain", and the End key to go one parent up.',
          lambda: opened.append(chain())),
-        ('Close the browser with Esc.', close))
+        ('Close the browser with Esc.', close),
+        ('Press "Source", and type "// mine" at the end of a line.', comment),
+        ('Save it with Ctrl+S, "Save", and twice "Yes": it stands in its place in the file.', saved))
     readme = k.read(k.installed, "usr/share/doc/kestrel/README.md").decode()
     written = re.findall(r"(?m)^\d\. (.*)$", readme.split("## First steps")[1])
     assert " ".join(written) == " ".join(sentence for sentence, _ in steps)

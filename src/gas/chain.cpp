@@ -127,9 +127,11 @@ void SpecializesChain::addFile(const std::wstring& file) {
 void SpecializesChain::click(std::size_t index) {
     constexpr std::wstring_view kRoutine = L"tvwTemplates_NodeClick";
     const GasTemplate* record = guarded(kRoutine, [&] { return lookUp(index); });
+    block_.reset();
     if (record != nullptr) {
         guarded(kRoutine, [&] { grow(index, *record); });
         text_ = guarded(kRoutine, [&] { return std::wstring(record->Text); });
+        if (record->Place != GasTemplate::kNowhere) block_ = {currentFile(), record->Place};
     } else {
         text_ = kNoSource;
         nodes_[index].tag.clear();
@@ -171,7 +173,7 @@ void SpecializesChain::grow(std::size_t index, const GasTemplate& record) {
 
 void SpecializesChain::resetFiles() {
     const Answer answer = askUser(L"Really reset the list of files that are searched for source?",
-                                  Icon::question, Buttons::yesNo);
+                                  Icon::question, Buttons::noYes);
     // Kept: the name stands where a file belongs. No source is found by it, so a
     // walk asks the user again; the next opening adds the open file.
     if (answer == Answer::yes) files_.assign(1, baseName_);

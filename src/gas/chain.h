@@ -9,6 +9,7 @@
 
 #include "gas/template.h"
 #include "services/filestamp.h"
+#include "services/viewtext.h"
 
 // The chain of templates that a template specializes, followed over several
 // files: what the Specializes browser does, without its window.
@@ -75,6 +76,9 @@ class SpecializesChain {
     // The source of the node that was clicked last.
     const std::wstring& text() const noexcept { return text_; }
 
+    // The block that it is; none for what is no template's own source.
+    const std::optional<FileBlock>& block() const noexcept { return block_; }
+
     // The nodes, each behind its parent.
     const std::vector<ChainNode>& nodes() const noexcept { return nodes_; }
 
@@ -102,6 +106,7 @@ class SpecializesChain {
     ChainDocument document_;
     std::vector<ChainNode> nodes_;
     std::wstring text_;
+    std::optional<FileBlock> block_;
 };
 
 }  // namespace kestrel

@@ -28,6 +28,9 @@ void makeFolder(std::wstring_view folder);
 // the file cannot be read. It never waits, whatever `path` names.
 std::optional<std::string> read(std::wstring_view path);
 
+// True when nobody has the right to write the file, or it has the attribute against it.
+bool isProtected(std::wstring_view path) noexcept;
+
 // Replaces the file whole or not at all: a temporary sibling is written,
 // flushed to the disk and renamed over it. Permissions are kept, and behind a
 // link it is the link's target that is replaced. When `backup` is not empty the

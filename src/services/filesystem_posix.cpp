@@ -126,6 +126,11 @@ bool isFile(std::wstring_view path) noexcept {
     return status && S_ISREG(status->st_mode);
 }
 
+bool isProtected(std::wstring_view path) noexcept {
+    const auto status = look(path);
+    return status && (status->st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
+}
+
 bool isFolder(std::wstring_view path) noexcept {
     const auto status = look(path);
     return status && S_ISDIR(status->st_mode);

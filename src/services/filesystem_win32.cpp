@@ -127,6 +127,11 @@ bool isFile(std::wstring_view path) noexcept {
     return isFileState(attributesOf(path));
 }
 
+bool isProtected(std::wstring_view path) noexcept {
+    const DWORD attributes = attributesOf(path);
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
 bool isFolder(std::wstring_view path) noexcept {
     const DWORD attributes = attributesOf(path);
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;

@@ -13,7 +13,8 @@
 namespace kestrel {
 
 enum class Icon { none, information, question, exclamation };
-enum class Buttons { ok, okCancel, yesNo, yesNoCancel };
+// noYes is for a Yes that loses something: No is the default.
+enum class Buttons { ok, okCancel, yesNo, yesNoCancel, noYes };
 enum class Answer { ok, cancel, yes, no };
 
 class Messages {

@@ -199,6 +199,24 @@ void keepAt(const std::string& backup, const Place& old, const File::Failure& fa
     spare.renameTo(backup, failure);
 }
 
+// The file that stood at `backup` before keepAt(), to be put back.
+class OldBackup {
+  public:
+    OldBackup(const std::string& backup, const File::Failure& failure)
+        : backup_(backup), spare_(backup, failure) {
+        there_ = ::link(backup.c_str(), spare_.name().c_str()) == 0 || errno != ENOENT;
+    }
+    void putBack() const {
+        if (!there_) ::unlink(backup_.c_str());
+        ::rename(spare_.name().c_str(), backup_.c_str());
+    }
+
+  private:
+    std::string backup_;
+    Sibling spare_;
+    bool there_;
+};
+
 // True for a temporary sibling whose process is gone; `rest` is what follows the
 // common start of such names.
 bool isLeftBehind(std::string_view rest) {
@@ -273,13 +291,20 @@ void replaceFile(std::wstring_view path, std::string_view bytes, std::wstring_vi
     const Place old = placeBehind(checkedName(path, failure), failure);
     const Sibling fresh(old.name, failure);
     writeNew(fresh.name(), bytes, old, failure);
+    std::optional<OldBackup> before;
     if (!backup.empty() && old.status) {
         const File::Failure backupFailure{kWrite, backup};
         const std::string backupName = checkedName(backup, backupFailure);
+        before.emplace(backupName, backupFailure);
         keepAt(backupName, old, backupFailure);
         removeSiblingsOf(backupName);
     }
-    fresh.renameTo(old.name, failure);
+    try {
+        fresh.renameTo(old.name, failure);
+    } catch (...) {
+        if (before) before->putBack();
+        throw;
+    }
     syncFolder(old.name);
     removeSiblingsOf(old.name);
 }

@@ -94,7 +94,7 @@ bool runUserTool(std::size_t index) {
 }
 
 bool resetUserTools() {
-    const Answer answer = askUser(L"Reset ALL User Tool Settings?", Icon::question, Buttons::yesNo);
+    const Answer answer = askUser(L"Reset ALL User Tool Settings?", Icon::question, Buttons::noYes);
     if (answer != Answer::yes) return false;
     gProgram().settings.tools.fill({});
     return true;

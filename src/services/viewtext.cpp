@@ -17,8 +17,6 @@ namespace kestrel {
 namespace {
 
 constexpr std::wstring_view kFindTitle = L"Find Text";
-constexpr std::wstring_view kTextFiles = L"Text File (*.txt)|*.txt";
-constexpr std::wstring_view kGasFiles = L"GAS File (*.gas)|*.gas";
 
 bool isContinuation(char byte) noexcept {
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
@@ -98,41 +96,6 @@ std::size_t findFrom(std::string_view text, const std::vector<Letter>& letters, 
         if (standsAt(text.substr(at), letters)) return at;
     }
     return text.npos;
-}
-
-bool isGasFile(std::wstring_view path) {
-    return lowerCase(path).ends_with(L".gas");
-}
-
-bool isSameFile(std::wstring_view a, std::wstring_view b) {
-    if (a.empty() || b.empty()) return false;
-    return a == b || compareWithoutCase(gstrLongPath(a), gstrLongPath(b)) == 0;
-}
-
-// An open file that cannot be looked at by now counts as unchanged: there is nothing
-// to lose, or the writing fails.
-bool isChangedByAnother(const OpenFile& openFile) {
-    const auto loaded = openFile.stamp ? openFile.stamp() : std::nullopt;
-    const auto now = fileStamp(openFile.path());
-    return loaded && now && *loaded != *now;
-}
-
-bool mayReplace(bool isOpenFile, const OpenFile& openFile) {
-    const auto agrees = [](std::wstring_view question) {
-        return askUser(question, Icon::question, Buttons::yesNo) == Answer::yes;
-    };
-    if (!agrees(L"File already exists. Replace existing file?")) return false;
-    return !isOpenFile || !isChangedByAnother(openFile) ||
-           agrees(
-               L"The file has been changed by another program since it was loaded. Overwrite it?");
-}
-
-std::wstring chooseTarget(bool canEdit, std::wstring_view openPath) {
-    const std::wstring_view first = canEdit ? kGasFiles : kTextFiles;
-    const std::wstring_view second = canEdit ? kTextFiles : kGasFiles;
-    const std::wstring filter = std::wstring(first).append(L"|").append(second);
-    return askForFile(L"Select Save As Filename and Location", filter, true,
-                      canEdit ? openPath : folderOf(openPath));
 }
 
 }  // namespace
@@ -230,23 +193,7 @@ std::wstring markedCaption(std::wstring_view base, bool changed) {
 bool mayDiscard(const ViewedText& viewed) {
     if (!viewed.canEdit || !viewed.changed) return true;
     return askUser(L"Source has been changed. Exit anyway and discard changes?", Icon::question,
-                   Buttons::yesNo) == Answer::yes;
-}
-
-void saveViewedText(const ViewedText& viewed, const OpenFile& openFile) {
-    const std::wstring openPath = openFile.path ? openFile.path() : std::wstring();
-    const std::wstring target = chooseTarget(viewed.canEdit, openPath);
-    if (target.empty()) return;
-    if (!fileExists(target)) {
-        gWriteFile(target, viewed.text());
-        return;
-    }
-    const bool isOpenFile = isSameFile(target, openPath);
-    if (!mayReplace(isOpenFile, openFile)) return;
-    // The text may be one template of a file that holds many.
-    const std::wstring backup = isGasFile(target) ? backupPath(target) : std::wstring();
-    const bool written = writeFile(target, viewed.text(), backup);
-    if (written && openFile.reload && isOpenFile) openFile.reload();
+                   Buttons::noYes) == Answer::yes;
 }
 
 void openInScriptEditor(const ViewedText& viewed) {

@@ -86,22 +86,25 @@ struct OpenFile {
     std::function<std::optional<FileStamp>()> stamp = nullptr;
 };
 
+// The block of a `.gas` file that a text is: where the file is, and its place among the
+// headers there.
+struct FileBlock {
+    std::wstring path;
+    std::size_t index = 0;
+};
+
 // A text that a window shows; `text` gives it when it is needed.
 struct ViewedText {
     std::function<std::wstring()> text;
     bool canEdit = false;
     bool changed = false;
+    std::wstring loaded = {};  // as the file has it
+    std::optional<FileBlock> block = {};
 };
 
 // Asks whether the changes of a changed editable text may go; true when they may,
 // or there are none.
 bool mayDiscard(const ViewedText& viewed);
-
-// Asks for a file and writes the text into it. A replaced `.gas` file is kept
-// beside it as ".bak". Asks once more before it replaces an open file that another
-// program has changed since it was loaded. Reloads the open file when that was
-// written.
-void saveViewedText(const ViewedText& viewed, const OpenFile& openFile);
 
 // Opens a temporary file with the text in SkritPad, whose path is asked for when
 // it is not known.

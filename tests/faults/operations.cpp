@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "gas/load.h"
+#include "gas/saving.h"
 #include "services/bytes.h"
 #include "services/files.h"
 #include "services/histories.h"
@@ -64,13 +65,16 @@ void saveTexts(RecordingHost&, const std::wstring& folder) {
 void saveFromViewer(RecordingHost& host, const std::wstring& folder, std::wstring_view name) {
     const std::wstring open = joinPath(folder, L"open.gas");
     host.files = {joinPath(folder, name)};
-    saveViewedText({[] { return kText; }, true, true}, {[&] { return open; },
-                                                        [&] {
-                                                            std::wstring path = open;
-                                                            std::vector<GasTemplate> templates;
-                                                            gblnLoadGas(path, templates, nullptr);
-                                                        },
-                                                        [&] { return fileStamp(open); }});
+    // Each is the first of its run: a later one leaves the backup alone.
+    gProgram().kept.clear();
+    ViewedText text{[] { return kText; }, true, true};
+    saveViewedText(text, {[&] { return open; },
+                          [&] {
+                              std::wstring path = open;
+                              std::vector<GasTemplate> templates;
+                              gblnLoadGas(path, templates, nullptr);
+                          },
+                          [&] { return fileStamp(open); }});
 }
 
 void handOver(RecordingHost&, const std::wstring& folder) {

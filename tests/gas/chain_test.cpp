@@ -266,7 +266,7 @@ TEST_F(Chain, ResetLeavesTheNameInThePlaceOfAFile) {
     chain.resetFiles();
     EXPECT_EQ(chain.files(), (Files{b, a}));
     EXPECT_EQ(host.log, Lines{"ask: Really reset the list of files that are searched for source? "
-                              "| Kestrel | question | yesNo"});
+                              "| Kestrel | question | noYes"});
     host.answers = {Answer::yes};
     chain.resetFiles();
     EXPECT_EQ(chain.files(), Files{L"a"});

@@ -91,7 +91,7 @@ TEST_F(Tools, ResetAsksFirst) {
     EXPECT_TRUE(resetUserTools());
     EXPECT_EQ(settings.tools[4], L"");
     EXPECT_EQ(host.log.back(),
-              "ask: Reset ALL User Tool Settings? | Kestrel Template Browser | question | yesNo");
+              "ask: Reset ALL User Tool Settings? | Kestrel Template Browser | question | noYes");
 }
 
 }  // namespace

@@ -113,12 +113,6 @@ class ViewedTexts : public testing::Test {
         return {[this] { return text; }, canEdit, changed};
     }
 
-    void save(bool canEdit, const std::wstring& target) {
-        host.files = {target};
-        saveViewedText(viewed(canEdit),
-                       {[this] { return openPath; }, [this] { host.log.push_back("reload"); }});
-    }
-
     std::wstring path(const wchar_t* name) const { return joinPath(folder.path(), name); }
 
     test::RecordingHost host;
@@ -126,127 +120,6 @@ class ViewedTexts : public testing::Test {
     std::wstring text = L"[t:a]\r\n{\r\n}\n";
     std::wstring openPath = path(L"open.gas");
 };
-
-const std::string kReplace =
-    "ask: File already exists. Replace existing file? | Kestrel | "
-    "question | yesNo";
-
-TEST_F(ViewedTexts, AnotherFileIsWrittenWithoutReload) {
-    const struct {
-        const wchar_t* name;
-        const wchar_t* before;
-        const wchar_t* backup;
-    } cases[] = {{L"new.txt", L"", L""},
-                 {L"other.gas", L"before", L"before"},
-                 {L"LOUD.GAS", L"before", L"before"},
-                 {L"other.txt", L"before", L""}};
-    for (const auto& one : cases) {
-        const std::wstring target = path(one.name);
-        Lines log{
-            "save: Select Save As Filename and Location | Text File (*.txt)|*.txt|GAS File "
-            "(*.gas)|*.gas|All files (*.*)|*.* | " +
-            toUtf8(folder.path())};
-        if (*one.before != L'\0') {
-            gWriteFile(target, one.before);
-            log.push_back(kReplace);
-        }
-        host.log.clear();
-        save(false, target);
-        EXPECT_EQ(gstrReadFile(target), text);
-        EXPECT_EQ(gstrReadFile(backupPath(target)), one.backup);
-        EXPECT_EQ(host.log, log);
-    }
-}
-
-TEST_F(ViewedTexts, AnEditedTextStartsAtTheOpenFileAndReloadsIt) {
-    gWriteFile(openPath, L"before");
-    save(true, openPath);
-    EXPECT_EQ(gstrReadFile(openPath), text);
-    EXPECT_EQ(gstrReadFile(path(L"open.gas.bak")), L"before");
-    EXPECT_EQ(host.log, (Lines{"save: Select Save As Filename and Location | GAS File "
-                               "(*.gas)|*.gas|Text File (*.txt)|*.txt|All files (*.*)|*.* | " +
-                                   toUtf8(openPath),
-                               kReplace, "reload"}));
-}
-
-TEST_F(ViewedTexts, AnotherProgramsChangeIsReplacedOnlyOnASecondYes) {
-    const std::string changed =
-        "ask: The file has been changed by another program since it was loaded. Overwrite it? | "
-        "Kestrel | question | yesNo";
-    const auto loaded = [this] {
-        gWriteFile(openPath, L"before");
-        return fileStamp(openPath);
-    };
-    const auto later = [this] {
-        const auto written = std::filesystem::last_write_time(folder.native(L"open.gas"));
-        std::filesystem::last_write_time(folder.native(L"open.gas"),
-                                         written + std::chrono::seconds(2));
-    };
-    const struct {
-        const char* what;
-        std::function<void()> change;
-        std::deque<Answer> answers;
-        bool asked;
-        bool written;
-    } cases[] = {
-        {"unchanged", [] {}, {}, false, true},
-        {"longer", [this] { folder.put(L"open.gas", "before+"); }, {}, true, true},
-        {"declined",
-         [this] { folder.put(L"open.gas", "before+"); },
-         {Answer::yes, Answer::no},
-         true,
-         false},
-        {"as long", later, {}, true, true},
-        {"gone", [this] { std::filesystem::remove(folder.native(L"open.gas")); }, {}, false, true},
-    };
-    for (const auto& c : cases) {
-        const auto stamp = loaded();
-        ASSERT_TRUE(stamp);
-        c.change();
-        const std::string before = folder.bytes(L"open.gas");
-        host.log.clear();
-        host.answers = c.answers;
-        host.files = {openPath};
-        saveViewedText(viewed(), {[this] { return openPath; }, {}, [&] { return stamp; }});
-        EXPECT_EQ(host.logged(changed), c.asked ? Lines{changed} : Lines{}) << c.what;
-        EXPECT_EQ(folder.bytes(L"open.gas"), c.written ? toUtf8(text) : before) << c.what;
-    }
-    // A file that was never loaded, or whose state nobody knows, has one question.
-    folder.put(L"other.gas", "other");
-    for (const auto& stamp : {fileStamp(folder.path(L"other.gas")), fileStamp(L"")}) {
-        host.log.clear();
-        host.files = {folder.path(stamp ? L"other.gas" : L"open.gas")};
-        saveViewedText(viewed(), {[this] { return openPath; }, {}, [&] { return stamp; }});
-        EXPECT_EQ(host.logged("ask"), Lines{kReplace});
-    }
-}
-
-TEST_F(ViewedTexts, NothingIsWrittenWhenTheUserDeclines) {
-    gWriteFile(openPath, L"before");
-    host.answers = {Answer::no};
-    save(true, openPath);
-    EXPECT_EQ(gstrReadFile(openPath), L"before");
-    EXPECT_FALSE(fileExists(backupPath(openPath)));
-    EXPECT_EQ(host.logged("reload"), Lines{});
-    host.files = {std::nullopt};
-    host.log.clear();
-    saveViewedText(viewed(), {});
-    EXPECT_EQ(host.log.size(), 1U);
-}
-
-TEST_F(ViewedTexts, TextThatHasNoByteIsRefusedAndTheFileStays) {
-    folder.put(L"open.gas", "before");
-    const auto untouched = std::filesystem::last_write_time(folder.native());
-    text = L"one\r\ntwo \u0416";
-    save(true, openPath);
-    EXPECT_EQ(folder.bytes(L"open.gas"), "before");
-    EXPECT_EQ(folder.names(), Lines{"open.gas"});
-    EXPECT_EQ(std::filesystem::last_write_time(folder.native()), untouched);
-    EXPECT_EQ(host.logged("reload"), Lines{});
-    EXPECT_EQ(host.log.back(),
-              "ask: Error (5): The character '\u0416' (U+0416) in line 2 cannot be stored in 8-bit "
-              "text in 'gWriteFile' | Kestrel | exclamation | ok");
-}
 
 TEST_F(ViewedTexts, ClosingAsksOnlyForAChangedEditableText) {
     EXPECT_TRUE(mayDiscard(viewed(false, true)));
@@ -257,7 +130,7 @@ TEST_F(ViewedTexts, ClosingAsksOnlyForAChangedEditableText) {
     EXPECT_TRUE(mayDiscard(viewed(true, true)));
     EXPECT_EQ(host.log.at(0),
               "ask: Source has been changed. Exit anyway and discard changes? | Kestrel | question "
-              "| yesNo");
+              "| noYes");
 }
 
 TEST_F(ViewedTexts, SkritPadGetsATemporaryFileWithTheText) {

@@ -38,7 +38,8 @@ struct ButtonSet {
 constexpr ButtonSet kButtons[] = {{wxOK, wxID_OK},
                                   {wxOK | wxCANCEL, wxID_CANCEL},
                                   {wxYES_NO, wxID_NO},
-                                  {wxYES_NO | wxCANCEL, wxID_CANCEL}};
+                                  {wxYES_NO | wxCANCEL, wxID_CANCEL},
+                                  {wxYES_NO | wxNO_DEFAULT, wxID_NO}};
 
 Answer answerOf(int id) {
     switch (id) {

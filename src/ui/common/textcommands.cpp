@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "gas/saving.h"
 #include "services/errors.h"
 #include "ui/common/buttons.h"
 #include "ui/common/mnemonics.h"
@@ -37,13 +38,13 @@ const std::array<TextCommands::Row, 7> TextCommands::kRows = {{
     {kNoIndex, nullptr, nullptr, nullptr, 'A', wxMOD_CONTROL, &TextCommands::selectAll},
 }};
 
-TextCommands::TextCommands(wxTopLevelWindow& window, OpenFile openFile)
+TextCommands::TextCommands(wxTopLevelWindow& window, OpenFile openFile, bool file)
     : window_(window),
       openFile_(std::move(openFile)),
       released_(
           window, [](const KeyPress& key) { return rowOf(key) != nullptr; },
           [this](const KeyPress& key) { run(*rowOf(key)); }) {
-    addControls();
+    addControls(file);
     window_.Bind(wxEVT_CHAR_HOOK, &TextCommands::keyPressed, this);
     window_.Bind(wxEVT_ACTIVATE, &TextCommands::activated, this);
     window_.Bind(wxEVT_PAINT, &TextCommands::paintBorder, this);
@@ -80,7 +81,7 @@ void TextCommands::paintBorder(wxPaintEvent&) {
     canvas.DrawRectangle(txtView->GetRect().Inflate(1));
 }
 
-void TextCommands::addControls() {
+void TextCommands::addControls(bool file) {
     txtView = new TextPane(&window_, "txtView");
     for (const Row& row : kRows) {
         if (row.index == kNoIndex) continue;
@@ -90,7 +91,9 @@ void TextCommands::addControls() {
         button->Bind(wxEVT_BUTTON, [this, &row](wxCommandEvent&) { run(row); });
         cmdCommands[static_cast<std::size_t>(row.index)] = button;
     }
-    stbMain = new StatusPanels(&window_, {{3, ""}, {2, ""}, {4, ""}, {4, ""}, {3, ""}});
+    std::vector<StatusPanels::Panel> panels{{3, ""}, {2, ""}, {4, ""}, {4, ""}, {3, ""}};
+    if (file) panels.push_back({5, ""});
+    stbMain = new StatusPanels(&window_, std::move(panels));
 }
 
 int TextCommands::margin() const {
@@ -129,7 +132,11 @@ void TextCommands::done() {
 }
 
 void TextCommands::save() {
-    saveViewedText(viewed(), openFile_);
+    ViewedText text = viewed();
+    if (!saveViewedText(text, openFile_)) return;
+    loaded_ = text.loaded;
+    txtView->settle();
+    refresh();
 }
 
 // NOLINTNEXTLINE(readability-make-member-function-const): a row of the table.
@@ -162,7 +169,8 @@ void TextCommands::selectAll() {
 }
 
 ViewedText TextCommands::viewed() const {
-    return {[this] { return txtView->text(); }, txtView->canEdit(), txtView->changed()};
+    return {[this] { return txtView->text(); }, txtView->canEdit(), txtView->changed(), loaded_,
+            block_};
 }
 
 void TextCommands::refresh() {
@@ -177,6 +185,12 @@ void TextCommands::refresh() {
 
 void TextCommands::takeCaption() {
     if (!caption_) caption_ = window_.GetTitle();
+}
+
+void TextCommands::shows(const std::optional<FileBlock>& block) {
+    block_ = block;
+    loaded_ = block ? txtView->text() : std::wstring();
+    txtView->canEdit(block.has_value());
 }
 
 bool TextCommands::mayClose() const {

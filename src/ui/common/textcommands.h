@@ -21,9 +21,10 @@ namespace kestrel {
 class TextCommands final : public wxEvtHandler {
   public:
     enum Button { kDone, kSave, kCopy, kFind, kFindAgain, kScriptEditor, kButtons };
-    enum Panel { pnlLine, pnlCol, pnlChar, pnlChars, pnlLines, kPanels };
+    enum Panel { pnlLine, pnlCol, pnlChar, pnlChars, pnlLines, kPanels, pnlFile = kPanels };
 
-    TextCommands(wxTopLevelWindow& window, OpenFile openFile);
+    // With `file` the status bar has one more panel, pnlFile, for a name.
+    TextCommands(wxTopLevelWindow& window, OpenFile openFile, bool file = false);
     ~TextCommands() override;
 
     TextPane* txtView;
@@ -44,6 +45,9 @@ class TextCommands final : public wxEvtHandler {
     // taken before.
     void takeCaption();
 
+    // The text that was set is a block of a file; it can be edited as such alone.
+    void shows(const std::optional<FileBlock>& block);
+
     // Asks when the changes would be lost; true when the window may close.
     bool mayClose() const;
 
@@ -59,7 +63,7 @@ class TextCommands final : public wxEvtHandler {
     };
     static const std::array<Row, 7> kRows;
 
-    void addControls();
+    void addControls(bool file);
     void activated(wxActivateEvent& event);
     void caretMoved(wxEvent& event);
     void paintBorder(wxPaintEvent& event);
@@ -81,6 +85,8 @@ class TextCommands final : public wxEvtHandler {
     OpenFile openFile_;
     std::optional<wxString> caption_;
     std::wstring searchText_;
+    std::optional<FileBlock> block_;
+    std::wstring loaded_;  // the block, as its file has it
     ReleasedKeys released_;
     bool stale_ = false;  // the read-outs wait for the events to end
 };

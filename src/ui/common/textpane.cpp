@@ -159,6 +159,13 @@ bool TextPane::changed() const {
     return static_cast<std::size_t>(GetLength()) != reference_.size() || bytes() != reference_;
 }
 
+void TextPane::settle() {
+    if (!changed()) return;
+    reference_ = bytes();
+    kept_.reset();
+    SetSavePoint();
+}
+
 void TextPane::canEdit(bool can) {
     canEdit_ = can && shown_.cuts.empty();
     SetReadOnly(!canEdit_);

@@ -26,6 +26,8 @@ class TextPane final : public wxStyledTextCtrl {
     std::wstring text() const;
     // True when the text differs from the one that was set.
     bool changed() const;
+    // The text as it is now becomes what it is compared with.
+    void settle();
 
     // An editable pane has the background of a window, another one that of a
     // button. A text that is not shown whole cannot be edited.

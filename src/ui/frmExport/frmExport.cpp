@@ -153,7 +153,7 @@ void frmExport::convert() {
 bool frmExport::mayWrite(const std::wstring& target) const {
     if (target.empty() || !fileExists(target)) return true;
     return askUser(L"Target file already exists, do you wish to overwrite the existing file?",
-                   Icon::question, Buttons::yesNo) == Answer::yes;
+                   Icon::question, Buttons::noYes) == Answer::yes;
 }
 
 std::wstring frmExport::header() const {

@@ -198,8 +198,10 @@ class frmMain final : public wxFrame {
     void repeat(const Command& button);
     void choose(const Command& entry);
     bool changePane(int step);
-    enum class View { rendered, listed, editable };
-    void view(std::wstring_view caption, std::wstring_view text, View kind);
+    enum class View { rendered, listed };
+    // Shows a text, to be edited as the block of a file that it is.
+    void view(std::wstring_view caption, std::wstring_view text, View kind,
+              const std::optional<FileBlock>& block = {});
     std::wstring fileText();
     // The open file for the windows that show its texts.
     OpenFile openFileHooks();

@@ -234,7 +234,11 @@ bool frmMain::resetTools() {
 bool frmMain::editSource() {
     const GasTemplate* record = selectedTemplate();
     if (record == nullptr) return false;
-    view(L"Edit Source: " + record->Name, std::wstring(record->Text), View::editable);
+    // What the loader has put together is no text of the file.
+    const bool whole = record->Place != GasTemplate::kNowhere;
+    view((whole ? L"Edit Source: " : L"View Source: ") + record->Name, std::wstring(record->Text),
+         View::listed,
+         whole ? std::optional(FileBlock{document_.path, record->Place}) : std::nullopt);
     return true;
 }
 
@@ -274,10 +278,11 @@ OpenFile frmMain::openFileHooks() {
             [this] { return document_.stamp; }};
 }
 
-void frmMain::view(std::wstring_view caption, std::wstring_view text, View kind) {
+void frmMain::view(std::wstring_view caption, std::wstring_view text, View kind,
+                   const std::optional<FileBlock>& block) {
     frmView viewer(this, openFileHooks());
     viewer.TextBlock(text);
-    viewer.CanEdit(kind == View::editable);
+    viewer.Block(block);
     viewer.TextFormat(kind == View::rendered ? 1 : 0);
     viewer.SetTitle(shownLine(caption));
     showModal(viewer);

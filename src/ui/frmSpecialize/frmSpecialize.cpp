@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "services/errors.h"
+#include "services/files.h"
 #include "ui/common/accessible.h"
 #include "ui/common/dialogend.h"
 #include "ui/common/strings.h"
@@ -70,7 +71,7 @@ frmSpecialize::frmSpecialize(wxWindow* parent, OpenFile openFile)
     : wxDialog(parent, wxID_ANY, "Specializes Browser", wxDefaultPosition, wxDefaultSize, kStyle,
                "frmSpecialize"),
       openFile_(std::move(openFile)),
-      commands_(*this, openFile_),
+      commands_(*this, openFile_, true),
       treeWidth_(scaled(*this, kTreeWidth)),
       txtView(commands_.txtView),
       tvwTemplates(makeNodeTree(this, "tvwTemplates")),
@@ -173,13 +174,13 @@ void frmSpecialize::nodeClicked() {
     shown_ = *node;
     chain_.click(shown_);
     showChain(shown_);
-    TextBlock(chain_.text());
+    showSource();
 }
 
 bool frmSpecialize::mayReplaceText() const {
     if (!txtView->canEdit() || !txtView->changed()) return true;
     return askUser(L"Source has been changed. Go on and discard changes?", Icon::question,
-                   Buttons::yesNo) == Answer::yes;
+                   Buttons::noYes) == Answer::yes;
 }
 
 void frmSpecialize::showChain(std::size_t selectedNode) {
@@ -197,7 +198,15 @@ void frmSpecialize::BaseTemplateName(std::wstring_view name) {
     chain_.open(name, openFile_.path ? openFile_.path() : std::wstring());
     if (chain_.nodes().empty()) return;
     showChain(0);
+    showSource();
+}
+
+void frmSpecialize::showSource() {
     TextBlock(chain_.text());
+    commands_.shows(chain_.block());
+    const std::wstring_view file = chain_.block() ? std::wstring_view(chain_.block()->path) : L"";
+    stbMain->setPanel(TextCommands::pnlFile, fileName(file));
+    stbMain->setTooltip(TextCommands::pnlFile, toWx(file));
 }
 
 void frmSpecialize::TextBlock(std::wstring_view text) {

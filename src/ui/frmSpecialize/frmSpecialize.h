@@ -49,6 +49,7 @@ class frmSpecialize final : public wxDialog, public FileKeeper {
     void nodeClicked();
     bool mayReplaceText() const;
     void showChain(std::size_t selectedNode);
+    void showSource();
     void closing(wxCloseEvent& event);
 
     OpenFile openFile_;

@@ -19,6 +19,8 @@ class frmView final : public wxDialog {
 
     // Whether the user may change the text; at first he may.
     void CanEdit(bool can) { txtView->canEdit(can); }
+    // The text is that block of a file; none: it cannot be changed.
+    void Block(const std::optional<FileBlock>& block) { commands_.shows(block); }
     // Other than 0 for tab-delimited text.
     void TextFormat(int format) { txtView->textFormat(format); }
     // The text that is shown. Setting it makes it what changes are told against.

@@ -42,7 +42,7 @@ bool mayBuild(const std::wstring& source, const std::wstring& target) {
     }
     if (!fileExists(target)) return true;
     return askUser(L"Target file already exists, do you wish to overwrite the existing file?",
-                   Icon::question, Buttons::yesNo) == Answer::yes;
+                   Icon::question, Buttons::noYes) == Answer::yes;
 }
 
 // Lets the keys through that type nothing, and digits. Kept: Backspace is

@@ -1,0 +1,135 @@
+#include "gas/saving.h"
+
+#include <string>
+
+#include "gas/edit.h"
+#include "services/bytes.h"
+#include "services/errors.h"
+#include "services/files.h"
+#include "services/filesystem.h"
+#include "services/pickers.h"
+#include "services/program.h"
+#include "services/text.h"
+
+namespace kestrel {
+namespace {
+
+constexpr std::wstring_view kTextFiles = L"Text File (*.txt)|*.txt";
+constexpr std::wstring_view kGasFiles = L"GAS File (*.gas)|*.gas";
+
+bool isGasFile(std::wstring_view path) {
+    return lowerCase(path).ends_with(L".gas");
+}
+
+bool isSameFile(std::wstring_view a, std::wstring_view b) {
+    if (a.empty() || b.empty()) return false;
+    return a == b || compareWithoutCase(gstrLongPath(a), gstrLongPath(b)) == 0;
+}
+
+// An open file that cannot be looked at by now counts as unchanged: there is nothing
+// to lose, or the writing fails.
+bool isChangedByAnother(const OpenFile& openFile) {
+    const auto loaded = openFile.stamp ? openFile.stamp() : std::nullopt;
+    const auto now = fileStamp(openFile.path());
+    return loaded && now && *loaded != *now;
+}
+
+bool agrees(std::wstring_view question) {
+    return askUser(question, Icon::question, Buttons::noYes) == Answer::yes;
+}
+
+std::wstring chooseTarget(const ViewedText& viewed, std::wstring_view openPath) {
+    const std::wstring_view first = viewed.canEdit ? kGasFiles : kTextFiles;
+    const std::wstring_view second = viewed.canEdit ? kTextFiles : kGasFiles;
+    const std::wstring filter = std::wstring(first).append(L"|").append(second);
+    const std::wstring_view start = viewed.block     ? viewed.block->path
+                                    : viewed.canEdit ? openPath
+                                                     : folderOf(openPath);
+    return askForFile(L"Select Save As Filename and Location", filter, true, start);
+}
+
+// What to do with a text that is one of the blocks of the file that it is saved to.
+enum class Place { file, block, nowhere };
+
+Place choosePlace(const ViewedText& viewed, std::wstring_view file) {
+    const std::size_t blocks = countBlocks(readFileBytes(file));
+    // A file that holds this one alone may have comments above it.
+    if (blocks > 1) {
+        const Answer inPlace =
+            askUser(L"This text is one of the " + std::to_wstring(blocks) +
+                        L" blocks of this file. Put it in its place and keep the others?",
+                    Icon::question, Buttons::yesNoCancel);
+        if (inPlace != Answer::yes) return inPlace == Answer::no ? Place::file : Place::nowhere;
+    }
+    const std::wstring why = whyNotOneBlock(viewed.loaded, viewed.text());
+    if (blocks <= 1) {
+        const bool fits = why.empty() && replaceBlock(readFileBytes(file), viewed.block->index,
+                                                      viewed.loaded, viewed.text());
+        return fits ? Place::block : Place::file;
+    }
+    if (why.empty()) return Place::block;
+    return agrees(L"This text is no longer one block of the file. " + why +
+                  L" Put it in its place all the same?")
+               ? Place::block
+               : Place::nowhere;
+}
+
+// The file with the text in its place; nothing, which is told, where it has none now.
+std::optional<std::wstring> inPlace(const ViewedText& viewed, std::wstring_view file) {
+    const auto bytes =
+        replaceBlock(readFileBytes(file), viewed.block->index, viewed.loaded, viewed.text());
+    if (bytes) return widen(*bytes);
+    tellUser(L"Nothing was written: \"" + std::wstring(file) +
+                 L"\" does not hold this block any more as it was loaded. Save the text to "
+                 L"another file, or open this one again.",
+             Icon::exclamation);
+    return std::nullopt;
+}
+
+// What the file at `target` shall hold, once the user agrees; nothing when it stays.
+std::optional<std::wstring> replacement(const ViewedText& viewed, const std::wstring& target,
+                                        bool isOwnFile, const OpenFile& openFile) {
+    if (!agrees(L"File already exists. Replace existing file?")) return std::nullopt;
+    const Place place = isOwnFile ? choosePlace(viewed, target) : Place::file;
+    // In place nothing of the other program's is lost.
+    const bool refused = place == Place::file && openFile.path &&
+                         isSameFile(target, openFile.path()) && isChangedByAnother(openFile) &&
+                         !agrees(
+                             L"The file has been changed by another program since it was loaded. "
+                             L"Overwrite it?");
+    if (refused || place == Place::nowhere) return std::nullopt;
+    auto text = place == Place::block ? inPlace(viewed, target) : viewed.text();
+    const bool may = !text || !filesystem::isProtected(target) ||
+                     agrees(L'"' + target + L"\" is write-protected. Replace it anyway?");
+    return may ? text : std::nullopt;
+}
+
+// The file as it was before this run wrote it is kept, once.
+bool writeOver(const std::wstring& target, std::wstring_view text) {
+    const std::wstring name = gstrLongPath(target);
+    const bool keeps = isGasFile(target) && !gProgram().kept.contains(name);
+    if (!writeFile(target, text, keeps ? backupPath(target) : std::wstring())) return false;
+    gProgram().kept.insert(name);
+    return true;
+}
+
+bool save(ViewedText& viewed, const OpenFile& openFile) {
+    const std::wstring openPath = openFile.path ? openFile.path() : std::wstring();
+    const std::wstring target = chooseTarget(viewed, openPath);
+    if (target.empty()) return false;
+    if (!fileExists(target)) return writeFile(target, viewed.text());
+    const bool isOwnFile = viewed.block && isSameFile(target, viewed.block->path);
+    const auto text = replacement(viewed, target, isOwnFile, openFile);
+    if (!text || !writeOver(target, *text)) return false;
+    if (isOwnFile) viewed.loaded = viewed.text();
+    if (openFile.reload && isSameFile(target, openPath)) openFile.reload();
+    return true;
+}
+
+}  // namespace
+
+bool saveViewedText(ViewedText& viewed, const OpenFile& openFile) {
+    return guarded(L"saveViewedText", [&] { return save(viewed, openFile); });
+}
+
+}  // namespace kestrel

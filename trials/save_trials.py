@@ -1,0 +1,97 @@
+"""Edited sources: what a save writes, and what it leaves alone."""
+
+from desk import wait
+
+REPLACE = "File already exists. Replace existing file?"
+IN_PLACE = "This text is one of the * blocks of this file. Put it in its place and keep the others?"
+
+
+def save(k, view, chosen="Save", *answers):
+    """Ctrl+S, and the file that is proposed."""
+    k.keys("ctrl+s", on=view)
+    chooser = k.window("Select Save As Filename and Location")
+    k.click(next(one for one in chooser.find(role="push button") if one.name == chosen))
+    for text, answer in answers:
+        k.answer(text, answer, "Question")
+    wait(lambda: view.has("active"), "the view")
+
+
+def in_place(k, view):
+    save(k, view, "Save", (REPLACE, "Yes"), (IN_PLACE, "Yes"))
+
+
+def try_a_template_is_edited_all_day(k):
+    k.open()
+    before = k.read(k.file)
+    k.click(k.find("Templates").select("Small crate"))
+    k.click("Source")
+    view = k.window("Edit Source: Small crate")
+    text = k.find("Text", "text")
+    for number, (old, new) in enumerate(((b"weight = 12.5", b"weight = 99"), (b"slots = 4", b"slots = 77"))):
+        at = text.text().index(old.decode())
+        k.click(text.place(at + 1))
+        k.keys("Home", "shift+End")
+        k.type(new.decode() + ";")
+        wait(lambda: view.name.endswith(" *"), "the mark")
+        in_place(k, view)
+        wait(lambda: not view.name.endswith(" *"), "no mark")
+        lines, saved = before.split(b"\r\n"), k.read(k.file).split(b"\r\n")
+        changed = [i for i, (one, other) in enumerate(zip(lines, saved)) if one != other]
+        assert len(lines) == len(saved) and len(changed) == number + 1, changed
+        assert saved[changed[-1]] == b"        " + new + b";", saved[changed[-1]]
+        assert k.read(k.file + ".bak") == before
+    k.keys("Escape", on=view)
+    k.gone(view)
+    wait(lambda: k.find("Templates").selected() == ["Small crate"], "the same template")
+    assert k.status()[2] == "40 Templates"
+    k.quit()
+
+
+def try_losing_is_never_the_default(k):
+    k.open()
+    before = k.read(k.file)
+    k.click("Source")
+    view = k.window("Edit Source: Base prop")
+    k.type("x")
+    k.keys("Escape", on=view)
+    k.box()
+    k.keys("Return")
+    wait(lambda: view.has("active"), "the view")
+    k.keys("ctrl+s", on=view)
+    chooser = k.window("Select Save As Filename and Location")
+    k.keys("Return", on=chooser)
+    wait(lambda: k.box()[0] == REPLACE, "the question")
+    k.keys("Return")
+    wait(lambda: view.has("active"), "the view")
+    assert k.read(k.file) == before and view.name.endswith(" *")
+    k.keys("Escape", on=view)
+    k.answer("Source has been changed. Exit anyway and discard changes?", "Yes", "Question")
+    k.gone(view)
+    k.quit()
+
+
+def try_a_parent_is_saved_to_its_own_file(k):
+    other = k.sample("chain-b.gas")
+    k.open("chain-a.gas")
+    before, parent = k.read(k.file), k.read(other)
+    k.menu("View", "Specializes Chain")
+    browser = k.window("Specializes Browser")
+    pane = k.find("Text", "text")
+    k.keys("End", on=browser)
+    k.window("Select the node's source file")
+    k.choose(other)
+    wait(lambda: pane.text().startswith("[t:template,n:dinghy_painted]"), "its source")
+    assert browser.find("chain-b.gas"), "the file's name"
+    at = pane.text().index("doc")
+    k.click(pane.place(at))
+    k.keys("Home")
+    k.type("q = 1; ")
+    wait(lambda: browser.name.endswith(" *"), "the mark")
+    save(k, browser, "Save", (REPLACE, "Yes"), (IN_PLACE, "Yes"))
+    assert k.read(k.file) == before
+    lines, saved = parent.split(b"\r\n"), k.read(other).split(b"\r\n")
+    changed = [one for one, was in zip(saved, lines) if one != was]
+    assert len(lines) == len(saved) and len(changed) == 1 and b"q = 1;" in changed[0], changed
+    k.keys("Escape", on=browser)
+    k.gone(browser)
+    k.quit()
