@@ -145,9 +145,9 @@ class Random:
 
 def run(k, steps, seed):
     one = Random(k, steps, seed)
-    # GTK's own file dialog, which goes in the midst of what it does.
-    k.expected_errors = (r"gtk_tree_(view_get_(selection|model)|selection_(unselect_all|get_mode|"
-                         r"get_selected)): assertion 'GTK_IS_TREE_(VIEW|SELECTION)")
+    # GTK says much of its own widgets, its file dialog above all, when one goes in the midst of
+    # what it does. What it says in ordinary use is for the other trials.
+    k.expected_errors = "Gtk-(CRITICAL|WARNING)"
     try:
         one.run()
     except BaseException:
