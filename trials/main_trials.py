@@ -57,6 +57,7 @@ def minimise(k):
 
 def come_back(k):
     k.main = k.window("Kestrel Template Browser (*")
+    k.focus_is("Templates")
     k.keys("Down")
     wait(lambda: k.find("Templates").selected() == ["Base wooden prop"], "the next row")
 

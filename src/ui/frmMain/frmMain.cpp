@@ -111,8 +111,19 @@ void frmMain::bindWindow() {
         iconized(event.IsIconized());
         event.Skip();
     });
+    // A window that comes back gives the keyboard to its first control, until it is active.
+    Bind(wxEVT_ACTIVATE, [this](wxActivateEvent& event) {
+        event.Skip();
+        if (event.GetActive() && returning_) {
+            CallAfter([this] {
+                if (returning_) returning_->SetFocus();
+                returning_ = nullptr;
+            });
+        }
+    });
     Bind(wxEVT_CHILD_FOCUS, [this](wxChildFocusEvent& event) {
-        keyboard_ = event.GetWindow();
+        // The toolkit takes the keyboard from a window that goes.
+        if (IsShown() && !IsIconized()) keyboard_ = event.GetWindow();
         event.Skip();
     });
     Bind(wxEVT_MOVE, [this](wxMoveEvent& event) {
@@ -188,13 +199,12 @@ void frmMain::iconized(bool now) {
 }
 
 bool frmMain::restore() {
-    // The toolkit takes the keyboard from a window that hides.
-    wxWindow* keyboard = keyboard_;
+    // A double click on the icon says it twice.
+    if (!IsShown() || IsIconized()) returning_ = keyboard_;
     // Whatever it says of itself: hiding made it forget that it is minimised.
     Iconize(false);
     Show();
     Raise();
-    if (keyboard != nullptr) CallAfter([keyboard] { keyboard->SetFocus(); });
     return true;
 }
 

@@ -227,9 +227,10 @@ class frmMain final : public wxFrame {
     SearchKind searchKind_ = SearchKind::none;
     std::wstring lastSearch_[2];  // of the templates and the properties
     ReleasedKeys released_;
-    wxWeakRef<wxWindow> keyboard_;  // what had it last
-    bool left_ = false;             // closed, and goes when nothing of it is at work
-    wxWeakRef<wxDialog> ending_;    // told to, and waited for
+    wxWeakRef<wxWindow> keyboard_;   // what had it last
+    wxWeakRef<wxWindow> returning_;  // what gets it back, once the window is active
+    bool left_ = false;              // closed, and goes when nothing of it is at work
+    wxWeakRef<wxDialog> ending_;     // told to, and waited for
 };
 
 }  // namespace kestrel
