@@ -203,9 +203,9 @@ void keepAt(const std::string& backup, const Place& old, const File::Failure& fa
 class OldBackup {
   public:
     OldBackup(const std::string& backup, const File::Failure& failure)
-        : backup_(backup), spare_(backup, failure) {
-        there_ = ::link(backup.c_str(), spare_.name().c_str()) == 0 || errno != ENOENT;
-    }
+        : backup_(backup),
+          spare_(backup, failure),
+          there_(::link(backup.c_str(), spare_.name().c_str()) == 0 || errno != ENOENT) {}
     void putBack() const {
         if (!there_) ::unlink(backup_.c_str());
         ::rename(spare_.name().c_str(), backup_.c_str());

@@ -67,18 +67,12 @@ TEST_F(Query, FollowsTheChainOfOneFile) {
         const wchar_t* name;
         const wchar_t* history;
     } cases[] = {
-        {L"a", L"Alpha|b|Gamma|"},
-        {L"Alpha", L"Alpha|b|Gamma|"},
-        {L"c", L"Gamma|"},
-        {L"old", L"old|x"},
-        {L"nowhere", L"nowhere|"},
-        {L"A", L"A|"},
-        {L"hidden", L"hidden|"},
-        {L"loop", L"loop"},
-        {L"axe_1", L"axe"},
-        {L"p", L"p|Quill"},
-        {L"Quill", L"Quill|p"},
-        {L"", L"|"},
+        {L"a", L"Alpha|b|Gamma|"}, {L"Alpha", L"Alpha|b|Gamma|"},
+        {L"c", L"Gamma|"},         {L"old", L"old|x"},
+        {L"nowhere", L"nowhere|"}, {L"A", L"A|"},
+        {L"hidden", L"hidden|"},   {L"loop", L"loop"},
+        {L"axe_1", L"axe"},        {L"p", L"p|Quill"},
+        {L"Quill", L"Quill|p"},    {L"", L"|"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(gstrGetTemplateHistory(templates_, c.name), c.history) << test::shown(c.name);
