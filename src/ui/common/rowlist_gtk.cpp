@@ -58,11 +58,11 @@ class TreeView : public wxControl, public Nodes {
 
   protected:
     // To be called by the destructor of what has the nodes: the view asks for them until
-    // it has another model.
+    // it has no model.
     void endView() {
         GTKDisconnect(view_);
         GTKDisconnect(gtk_tree_view_get_selection(view_));
-        showNothing();
+        gtk_tree_view_set_model(view_, nullptr);
     }
 
     virtual void selectedByUser() = 0;
@@ -83,7 +83,7 @@ class TreeView : public wxControl, public Nodes {
     template <class Renew>
     void showAnew(Renew renew) {
         change([&] {
-            showNothing();
+            gtk_tree_view_set_model(view_, nullptr);
             renew();
             GtkTreeModel* model = makeModel(*this);
             gtk_tree_view_set_model(view_, model);
@@ -127,14 +127,6 @@ class TreeView : public wxControl, public Nodes {
     }
 
   private:
-    // An empty model: the box for typing a row's begin asks the view's model also while it
-    // goes, and does not know none.
-    void showNothing() {
-        GtkListStore* const none = gtk_list_store_new(1, G_TYPE_STRING);
-        gtk_tree_view_set_model(view_, GTK_TREE_MODEL(none));
-        g_object_unref(none);
-    }
-
     void connect() {
         g_signal_connect_after(gtk_tree_view_get_selection(view_), "changed",
                                G_CALLBACK(+[](GtkTreeSelection*, TreeView* self) {
