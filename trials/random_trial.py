@@ -138,8 +138,8 @@ class Random:
                 else:
                     k.keys("Escape")
                     k.desk.input("sleep", 0.2)
-            except Exception:  # a window that has just gone
-                continue
+            except Exception:  # a window that has just gone, or a menu of the window manager
+                k.keys("Escape")
         raise AssertionError("there is no way out")
 
 

@@ -108,6 +108,7 @@ std::optional<std::wstring> replacement(const ViewedText& viewed, const std::wst
 bool writeOver(const std::wstring& target, std::wstring_view text) {
     const std::wstring name = gstrLongPath(target);
     const bool keeps = isGasFile(target) && !gProgram().kept.contains(name);
+    const filesystem::Unprotected open(target);
     if (!writeFile(target, text, keeps ? backupPath(target) : std::wstring())) return false;
     gProgram().kept.insert(name);
     return true;

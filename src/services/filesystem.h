@@ -31,6 +31,19 @@ std::optional<std::string> read(std::wstring_view path);
 // True when nobody has the right to write the file, or it has the attribute against it.
 bool isProtected(std::wstring_view path) noexcept;
 
+// Lets a protected file be replaced, for this object's lifetime; it is protected again
+// behind it.
+class Unprotected {
+  public:
+    explicit Unprotected(std::wstring_view path);
+    ~Unprotected();
+    Unprotected(const Unprotected&) = delete;
+    Unprotected& operator=(const Unprotected&) = delete;
+
+  private:
+    std::wstring path_;  // empty when there is nothing to do
+};
+
 // Replaces the file whole or not at all: a temporary sibling is written,
 // flushed to the disk and renamed over it. Permissions are kept, and behind a
 // link it is the link's target that is replaced. When `backup` is not empty the

@@ -131,6 +131,10 @@ bool isProtected(std::wstring_view path) noexcept {
     return status && (status->st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
 }
 
+// A file is replaced by its folder's rights here, and keeps its mode.
+Unprotected::Unprotected(std::wstring_view) {}
+Unprotected::~Unprotected() = default;
+
 bool isFolder(std::wstring_view path) noexcept {
     const auto status = look(path);
     return status && S_ISDIR(status->st_mode);

@@ -132,6 +132,19 @@ bool isProtected(std::wstring_view path) noexcept {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
 }
 
+Unprotected::Unprotected(std::wstring_view path) {
+    if (!isProtected(path)) return;
+    path_ = nameOf(path);
+    ::SetFileAttributesW(path_.c_str(), ::GetFileAttributesW(path_.c_str()) &
+                                            ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
+}
+
+Unprotected::~Unprotected() {
+    if (path_.empty()) return;
+    ::SetFileAttributesW(path_.c_str(),
+                         ::GetFileAttributesW(path_.c_str()) | FILE_ATTRIBUTE_READONLY);
+}
+
 bool isFolder(std::wstring_view path) noexcept {
     const DWORD attributes = attributesOf(path);
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;

@@ -107,15 +107,10 @@ DWORD moveFile(const std::wstring& from, const std::wstring& to, DWORD flags) {
 void exchange(const std::wstring& name, const Sibling& fresh, Sibling& spare,
               std::wstring_view backup, std::wstring_view path) {
     const std::wstring old = backup.empty() ? spare.name() : nameOf(backup);
-    // Who comes here may write over it all the same.
-    const DWORD attributes = ::GetFileAttributesW(name.c_str());
-    const bool isProtected = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
-    if (isProtected) ::SetFileAttributesW(name.c_str(), attributes & ~FILE_ATTRIBUTE_READONLY);
     const DWORD code = retried([&] {
         return ::ReplaceFileW(name.c_str(), fresh.name().c_str(), old.c_str(),
                               REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr);
     });
-    if (isProtected) ::SetFileAttributesW(name.c_str(), attributes);
     if (code == ERROR_SUCCESS) return;
     // Half-way: the old file has moved away, the new one has not moved in.
     if (code == ERROR_UNABLE_TO_MOVE_REPLACEMENT_2 && moveFile(old, name, 0) != 0) spare.keep();
