@@ -34,8 +34,8 @@ def try_a_held_escape_closes_one_window(k):
         k.gone(dialog)
         assert k.process.poll() is None, "the program ended, too"
     k.menu("Tools", "Print")
-    box = k.active()
-    hold_escape(k, box)
+    wait(lambda: k.box()[0] == "Not implemented at this time.", "the box")
+    hold_escape(k, k.active())
     wait(lambda: k.main.has("active"), "the main window")
     k.click("Source")
     view = k.window("Edit Source*")
