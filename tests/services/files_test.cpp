@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
 #include <set>
+#include <thread>
 
 #include "services/bytes.h"
+#include "services/filelock.h"
 #include "services/filesystem.h"
 #include "support/recordinghost.h"
 #include "support/system.h"
@@ -132,6 +135,21 @@ TEST_F(Files, FoldersAreMadeWithThoseAbove) {
     EXPECT_TRUE(filesystem::isWritableFolder(deep));
     EXPECT_FALSE(filesystem::isWritableFolder(folder.path(L"missing")));
     EXPECT_FALSE(filesystem::isWritableFolder(folder.put(L"file", "")));
+}
+
+TEST_F(Files, OneAtATimeHoldsALock) {
+    const std::wstring path = folder.path(L"a.lock");
+    auto first = std::make_unique<FileLock>(path);
+    EXPECT_TRUE(first->isHeld());
+    EXPECT_FALSE(FileLock(path).isHeld());
+    std::thread end([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        first.reset();
+    });
+    EXPECT_TRUE(FileLock(path, std::chrono::seconds(30)).isHeld());
+    end.join();
+    EXPECT_FALSE(fileExists(path));
+    EXPECT_FALSE(FileLock(folder.path(L"missing/a.lock"), std::chrono::hours(1)).isHeld());
 }
 
 TEST_F(Files, InstalledProgramsKeepNothingBesideThemselves) {
