@@ -108,7 +108,7 @@ class Kestrel:
             assert not self.find_windows("*Debug Alert*"), "an assert"
             self.process.terminate()
             self.ended()
-        assert self.process.returncode in (0, -15), f"ended with {self.process.returncode}"
+        assert self.process.returncode == 0, f"ended with {self.process.returncode}"
         self.said_nothing()
 
     def said_nothing(self):

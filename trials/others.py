@@ -3,11 +3,15 @@
 
     others.py FD refuse       a notification area that takes no icon
     others.py FD offer URI... a window out of which one after the other can be dragged
+    others.py FD session      a manager of the session, which logs out at SIGUSR1
 
-Once it is ready it writes a line to the descriptor FD.
+Once it is ready it writes a line to the descriptor FD: of the session, its address.
 """
 
+import ctypes
 import os
+import select
+import signal
 import sys
 
 import gi
@@ -35,7 +39,85 @@ def offer(*files):
     window.show_all()
 
 
+class Session:
+    """By the library that the desktops' own managers are built on."""
+
+    def __init__(self):
+        self.ice, self.sm = ctypes.CDLL("libICE.so.6"), ctypes.CDLL("libSM.so.6")
+        for call in (self.ice.IceComposeNetworkIdList, self.ice.IceAcceptConnection,
+                     self.sm.SmsGetIceConnection):
+            call.restype = ctypes.c_void_p
+        self.kept, self.clients, self.connections = [], [], {}
+        pointer, call = ctypes.c_void_p, self.call
+        new_client = call(self.new_client, pointer, pointer, ctypes.POINTER(ctypes.c_ulong),
+                          ctypes.POINTER(pointer * 20), pointer)
+        anybody = call(lambda name: 1, ctypes.c_char_p)
+        self.ice.IceSetIOErrorHandler(call(self.nothing, pointer))
+        self.callbacks = [call(one, pointer, pointer, pointer, pointer, pointer, pointer) for one in (
+            self.register, self.nothing, self.nothing, self.nothing, self.nothing, self.done,
+            self.nothing, self.nothing, self.nothing, self.nothing)]
+        said = ctypes.create_string_buffer(100)
+        assert self.sm.SmsInitialize(b"trial", b"1", new_client, None, anybody, 100, said), said.value
+        count, self.listening = ctypes.c_int(), ctypes.POINTER(pointer)()
+        assert self.ice.IceListenForConnections(ctypes.byref(count), ctypes.byref(self.listening), 100, said)
+        self.count = count.value
+        for one in self.listening[:self.count]:
+            self.ice.IceSetHostBasedAuthProc(pointer(one), anybody)
+        names = ctypes.string_at(self.ice.IceComposeNetworkIdList(count, self.listening))
+        self.address = next(name for name in names.split(b",") if name.startswith(b"local/"))
+
+    def call(self, body, *arguments):
+        self.kept.append(ctypes.CFUNCTYPE(ctypes.c_int, *arguments)(body))
+        return self.kept[-1]
+
+    def new_client(self, client, _data, mask, callbacks, _reason):
+        mask[0] = 0x3FF
+        for i, one in enumerate(self.callbacks):
+            callbacks[0][2 * i] = ctypes.cast(one, ctypes.c_void_p).value
+        self.clients.append(ctypes.c_void_p(client))
+        return 1
+
+    def register(self, client, *_):
+        self.sm.SmsRegisterClientReply(ctypes.c_void_p(client), b"1")
+        self.sm.SmsSaveYourself(ctypes.c_void_p(client), 1, 0, 0, 0)
+        self.leaving = False
+        return 1
+
+    def done(self, client, *_):
+        if self.leaving:
+            self.sm.SmsDie(ctypes.c_void_p(client))
+        return 1
+
+    @staticmethod
+    def nothing(*_):
+        return 1
+
+    def log_out(self, *_):
+        self.leaving = True
+        self.sm.SmsSaveYourself(self.clients[-1], 2, 1, 0, 0)
+        self.ice.IceFlush(ctypes.c_void_p(self.sm.SmsGetIceConnection(self.clients[-1])))
+
+    def run(self):
+        doors = {self.ice.IceGetListenConnectionNumber(ctypes.c_void_p(one)): one
+                 for one in self.listening[:self.count]}
+        while True:
+            for file in select.select([*doors, *self.connections], [], [])[0]:
+                if file in doors:
+                    one = self.ice.IceAcceptConnection(ctypes.c_void_p(doors[file]), ctypes.byref(ctypes.c_int()))
+                    self.connections[self.ice.IceConnectionNumber(ctypes.c_void_p(one))] = one
+                elif self.ice.IceProcessMessages(ctypes.c_void_p(self.connections[file]), None, None):
+                    del self.connections[file]
+
+
 if __name__ == "__main__":
+    ready = os.fdopen(int(sys.argv[1]), "wb")
+    if sys.argv[2] == "session":
+        session = Session()
+        signal.signal(signal.SIGUSR1, session.log_out)
+        ready.write(session.address + b"\n")
+        ready.close()
+        session.run()
     {"refuse": refuse, "offer": offer}[sys.argv[2]](*sys.argv[3:])
-    os.write(int(sys.argv[1]), b"ready\n")
+    ready.write(b"ready\n")
+    ready.close()
     Gtk.main()

@@ -58,6 +58,8 @@ def run_here(name, options):
         kestrel.leave_traces(os.path.join(options.build, "trials", name.replace(" ", "-")))
         return 1
     finally:
+        if kestrel.process:
+            kestrel.process.kill()
         kestrel.desk.end()
     return 0
 

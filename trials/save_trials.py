@@ -1,6 +1,11 @@
-"""Edited sources: what a save writes, and what it leaves alone."""
+"""Edited sources: what a save writes and leaves alone, and what is kept of what is not saved."""
+
+import os
+import signal
+import time
 
 from desk import wait
+from start_trials import other
 
 REPLACE = "File already exists. Replace existing file?"
 IN_PLACE = "This text is one of the * blocks of this file. Put it in its place and keep the others?"
@@ -95,3 +100,77 @@ def try_a_parent_is_saved_to_its_own_file(k):
     k.keys("Escape", on=browser)
     k.gone(browser)
     k.quit()
+
+
+OFFER = "Changes that were not saved are kept from an earlier run: Edit Source: Small crate *"
+
+
+def drafts(k):
+    files = [os.path.join(k.folder, name) for name in os.listdir(k.folder) if ".draft" in name]
+    return [name for name in files if os.path.getsize(name) or name.endswith(".lock")]
+
+
+def has_draft(k):
+    return any(name.endswith(".draft") for name in drafts(k))
+
+
+def shows(k, typed):
+    wait(lambda: k.find("Text", "text").text().splitlines()[1] == "{" + typed, typed)
+
+
+def end_by(k, how):
+    """Ends the program as others do; its exit code."""
+    if how == "display":
+        k.desk.input("search", "--name", "^Edit Source", "windowkill")
+    elif how == "session":
+        k.desk.processes[-1].send_signal(signal.SIGUSR1)
+    else:
+        k.process.send_signal(how)
+    return k.ended()
+
+
+def try_a_draft_outlives_every_end(k):
+    k.desk.env["SESSION_MANAGER"] = other(k, "session")
+    k.open()
+    k.click(k.find("Templates").select("Small crate"))
+    k.click("Source")
+    typed = ""
+    for how, code in ((signal.SIGKILL, -9), (signal.SIGTERM, 0), ("session", 0), ("display", 1)):
+        view = k.window("Edit Source: Small crate*")
+        k.keys("ctrl+Home", "Down", "End", on=view)
+        k.type("lost")
+        typed += "lost"
+        shows(k, typed)
+        if how == signal.SIGKILL:
+            time.sleep(5)
+        assert end_by(k, how) == code, how
+        assert how == signal.SIGKILL or k.read(k.folder, "info.his").decode() == k.file + "\r\n"
+        k.start(k.file, ready=False)
+        k.answer(OFFER, "Open", "Question")
+        shows(k, typed)
+    view = k.window("Edit Source: Small crate [*]")
+    in_place(k, view)
+    assert k.read(k.file).count(b"n:crate_small]\r\n{" + typed.encode() + b"\r\n") == 1
+    assert not drafts(k), drafts(k)
+
+
+def try_a_draft_waits_for_its_user(k):
+    k.open()
+    k.click("Source")
+    view = k.window("Edit Source: Base prop")
+    k.type("x")
+    wait(lambda: has_draft(k), "a draft")
+    assert all(os.stat(name).st_mode & 0o777 == 0o600 for name in drafts(k))
+    k.keys("ctrl+z", on=view)
+    wait(lambda: not drafts(k), "no draft of an unchanged text")
+    k.type("y")
+    wait(lambda: has_draft(k), "a draft")
+    k.process.kill()
+    k.ended()
+    for answer in ("Later", "Later", "Discard"):
+        k.start(ready=False)
+        k.answer("*" + k.file + "*", answer)
+        k.main = k.window("Kestrel Template Browser (*")
+        k.quit()
+    assert not drafts(k), drafts(k)
+    k.start()

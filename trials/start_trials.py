@@ -21,7 +21,7 @@ def opener(k):
 
 def other(k, *words):
     """Starts a program of others.py; it is ready when this returns."""
-    k.desk.start_with_answer("/usr/bin/python3", os.path.join(k.top, "trials/others.py"), "{fd}", *words)
+    return k.desk.start_with_answer("/usr/bin/python3", os.path.join(k.top, "trials/others.py"), "{fd}", *words)
 
 
 @needs(installed=True)

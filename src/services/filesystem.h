@@ -28,6 +28,12 @@ void makeFolder(std::wstring_view folder);
 // the file cannot be read. It never waits, whatever `path` names.
 std::optional<std::string> read(std::wstring_view path);
 
+// Makes an empty file at `path`, which must not be there, for the user alone.
+void makePrivate(std::wstring_view path);
+
+// Deletes the file, if it is there.
+void remove(std::wstring_view path) noexcept;
+
 // True when nobody has the right to write the file, or it has the attribute against it.
 bool isProtected(std::wstring_view path) noexcept;
 
@@ -90,6 +96,9 @@ std::wstring executableFolder();
 
 // The folder for the user's own settings of this program. It need not exist.
 std::wstring userFolder();
+
+// The folder for what the program remembers of the user's work. It need not exist.
+std::wstring stateFolder();
 
 // True for a character that separates the components of a path here.
 bool isSeparator(wchar_t c) noexcept;

@@ -119,6 +119,14 @@ std::string homeFolder() {
     return user == nullptr ? "/" : user->pw_dir;
 }
 
+// The program's folder below the one that the variable names, or below `otherwise` in the
+// user's own.
+std::wstring baseFolder(const char* variable, const char* otherwise) {
+    std::string base = environment(variable);
+    if (!base.starts_with('/')) base = homeFolder() + otherwise;
+    return joinPath(fromUtf8(base), L"kestrel");
+}
+
 }  // namespace
 
 bool isFile(std::wstring_view path) noexcept {
@@ -184,6 +192,15 @@ std::optional<std::string> read(std::wstring_view path) {
     return readAll(file, static_cast<std::size_t>(status.st_size));
 }
 
+void makePrivate(std::wstring_view path) {
+    posix::File(nameOf(path), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600,
+                {L"Cannot write", path});
+}
+
+void remove(std::wstring_view path) noexcept {
+    ::unlink(nameOf(path).c_str());
+}
+
 void replace(std::wstring_view path, std::string_view bytes, std::wstring_view backup) {
     posix::replaceFile(path, bytes, backup);
 }
@@ -219,9 +236,11 @@ std::wstring executableFolder() {
 }
 
 std::wstring userFolder() {
-    std::string base = environment("XDG_CONFIG_HOME");
-    if (!base.starts_with('/')) base = homeFolder() + "/.config";
-    return joinPath(fromUtf8(base), L"kestrel");
+    return baseFolder("XDG_CONFIG_HOME", "/.config");
+}
+
+std::wstring stateFolder() {
+    return baseFolder("XDG_STATE_HOME", "/.local/state");
 }
 
 bool isSeparator(wchar_t c) noexcept {

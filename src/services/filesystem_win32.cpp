@@ -212,6 +212,16 @@ void Batch::add(std::wstring_view path, std::string_view bytes) {
 
 void Batch::commit() {}
 
+// What is made in the user's own folders is the user's alone by these.
+void makePrivate(std::wstring_view path) {
+    const File file(nameOf(path), GENERIC_WRITE, CREATE_NEW, FILE_ATTRIBUTE_NORMAL);
+    if (!file.isOpen()) raise(::GetLastError(), kWrite, path);
+}
+
+void remove(std::wstring_view path) noexcept {
+    ::DeleteFileW(nameOf(path).c_str());
+}
+
 std::wstring makeTemporary(std::wstring_view prefix) {
     const std::wstring folder =
         textOf([](wchar_t* text, DWORD size) { return ::GetTempPathW(size, text); });
@@ -243,6 +253,10 @@ std::wstring executableFolder() {
 
 std::wstring userFolder() {
     return joinPath(environment(L"APPDATA"), L"Kestrel");
+}
+
+std::wstring stateFolder() {
+    return joinPath(environment(L"LOCALAPPDATA"), L"Kestrel");
 }
 
 bool isSeparator(wchar_t c) noexcept {

@@ -13,8 +13,9 @@
 namespace kestrel {
 
 enum class Icon { none, information, question, exclamation };
-// noYes is for a Yes that loses something: No is the default.
-enum class Buttons { ok, okCancel, yesNo, yesNoCancel, noYes };
+// noYes is for a Yes that loses something: No is the default. Of openDiscardLater the
+// answers are yes, no and cancel.
+enum class Buttons { ok, okCancel, yesNo, yesNoCancel, noYes, openDiscardLater };
 enum class Answer { ok, cancel, yes, no };
 
 class Messages {

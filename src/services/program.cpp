@@ -51,7 +51,8 @@ Answer askUser(std::wstring_view text, Icon icon, Buttons buttons) {
         return program.host.messages->ask(text, program.version.fileDescription, icon, buttons);
     }
     if (buttons == Buttons::ok) return Answer::ok;
-    const bool cancels = buttons == Buttons::okCancel || buttons == Buttons::yesNoCancel;
+    const bool cancels = buttons == Buttons::okCancel || buttons == Buttons::yesNoCancel ||
+                         buttons == Buttons::openDiscardLater;
     return cancels ? Answer::cancel : Answer::no;
 }
 

@@ -33,6 +33,7 @@ struct Program {
     bool progressShowing = false;  // set while a progress dialog is up
     std::wstring folder;           // where settings and histories are kept
     std::wstring lastFolder;       // of the file that was chosen last
+    bool draftsFail = false;       // has been told
     std::set<std::wstring> kept;   // sources whose ".bak" holds what this run found
     Version version = defaultVersion();
     Host host;

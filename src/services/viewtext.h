@@ -91,6 +91,8 @@ struct OpenFile {
 struct FileBlock {
     std::wstring path;
     std::size_t index = 0;
+
+    bool operator==(const FileBlock&) const = default;
 };
 
 // A text that a window shows; `text` gives it when it is needed.

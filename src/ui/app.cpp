@@ -8,6 +8,7 @@
 #include "services/files.h"
 #include "services/filesystem.h"
 #include "services/process.h"
+#include "ui/common/session.h"
 #include "ui/common/strings.h"
 #include "ui/common/style.h"
 #include "ui/frmMain/frmMain.h"
@@ -43,6 +44,13 @@ bool App::OnInit() {
     SetTopWindow(window);
     settleSize(*window);
     window->start(file);
+    const wxWeakRef<frmMain> main(window);
+    watchSession({[main] {
+                      if (main) main->keepAll();
+                  },
+                  [main] {
+                      if (main) main->Close(true);
+                  }});
     return true;
 }
 

@@ -8,7 +8,8 @@
 // system_win32.cpp.
 namespace kestrel::test {
 
-// Makes `folder` the one in which programs keep folders of settings for the user.
+// Makes `folder` the one in which programs keep folders for the user: of settings, and of
+// what they remember.
 void setSettingsFolder(const std::filesystem::path& folder);
 
 // Makes `folder` the one for temporary files; an empty one is the system's own.

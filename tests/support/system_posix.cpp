@@ -24,7 +24,7 @@ void setVariable(const char* name, const std::filesystem::path& value) {
 }  // namespace
 
 void setSettingsFolder(const std::filesystem::path& folder) {
-    setVariable("XDG_CONFIG_HOME", folder);
+    for (const char* name : {"XDG_CONFIG_HOME", "XDG_STATE_HOME"}) setVariable(name, folder);
 }
 
 void setTemporaryFolder(const std::filesystem::path& folder) {

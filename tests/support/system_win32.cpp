@@ -19,7 +19,7 @@ HANDLE newFile(const std::filesystem::path& path) {
 }  // namespace
 
 void setSettingsFolder(const std::filesystem::path& folder) {
-    setVariable(L"APPDATA", folder);
+    for (const wchar_t* name : {L"APPDATA", L"LOCALAPPDATA"}) setVariable(name, folder);
 }
 
 void setTemporaryFolder(const std::filesystem::path& folder) {

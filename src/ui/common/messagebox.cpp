@@ -31,15 +31,18 @@ const IconLook kIcons[] = {{"", ""},
 
 struct ButtonSet {
     long flags;
-    int escape;  // what Esc and closing the box stand for
+    int escape;                    // what Esc and closing the box stand for
+    const char* captions[3] = {};  // of Yes, No and Cancel, where they are others
 };
 
 // By Buttons.
-constexpr ButtonSet kButtons[] = {{wxOK, wxID_OK},
-                                  {wxOK | wxCANCEL, wxID_CANCEL},
-                                  {wxYES_NO, wxID_NO},
-                                  {wxYES_NO | wxCANCEL, wxID_CANCEL},
-                                  {wxYES_NO | wxNO_DEFAULT, wxID_NO}};
+constexpr ButtonSet kButtons[] = {
+    {wxOK, wxID_OK},
+    {wxOK | wxCANCEL, wxID_CANCEL},
+    {wxYES_NO, wxID_NO},
+    {wxYES_NO | wxCANCEL, wxID_CANCEL},
+    {wxYES_NO | wxNO_DEFAULT, wxID_NO},
+    {wxYES_NO | wxCANCEL, wxID_CANCEL, {"&Open", "&Discard", "&Later"}}};
 
 Answer answerOf(int id) {
     switch (id) {
@@ -80,6 +83,10 @@ class MessageBox final : public wxDialog {
         column->Add(row, wxSizerFlags(1).Expand().Border(wxALL, margin));
         column->Add(CreateStdDialogButtonSizer(buttons.flags),
                     wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxBOTTOM, margin));
+        for (int i = 0; i < 3; ++i) {
+            constexpr int kIds[] = {wxID_YES, wxID_NO, wxID_CANCEL};
+            if (buttons.captions[i] != nullptr) FindWindow(kIds[i])->SetLabel(buttons.captions[i]);
+        }
         SetSizerAndFit(column);
         SetAffirmativeId(wxID_NONE);
         SetEscapeId(buttons.escape);

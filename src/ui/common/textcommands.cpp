@@ -21,6 +21,10 @@ constexpr int kMargin = 6;
 
 constexpr int kNoIndex = -1;
 
+// From a change to its draft: what a crash costs, and how often somebody who types pays for
+// a write to the disk.
+constexpr int kDraftMilliseconds = 2000;
+
 }  // namespace
 
 // The buttons from left to right.
@@ -50,6 +54,11 @@ TextCommands::TextCommands(wxTopLevelWindow& window, OpenFile openFile, bool fil
     window_.Bind(wxEVT_PAINT, &TextCommands::paintBorder, this);
     txtView->Bind(wxEVT_SET_FOCUS, &TextCommands::caretMoved, this);
     txtView->Bind(wxEVT_STC_UPDATEUI, &TextCommands::caretMoved, this);
+    txtView->Bind(wxEVT_STC_CHANGE, [this](wxStyledTextEvent& event) {
+        event.Skip();
+        if (block_ && !draftTimer_.IsRunning()) draftTimer_.StartOnce(kDraftMilliseconds);
+    });
+    draftTimer_.Bind(wxEVT_TIMER, [this](wxTimerEvent&) { keepDraft(); });
 }
 
 TextCommands::~TextCommands() {
@@ -136,6 +145,7 @@ void TextCommands::save() {
     if (!saveViewedText(text, openFile_)) return;
     loaded_ = text.loaded;
     txtView->settle();
+    forgetDraft();
     refresh();
 }
 
@@ -187,14 +197,41 @@ void TextCommands::takeCaption() {
     if (!caption_) caption_ = window_.GetTitle();
 }
 
-void TextCommands::shows(const std::optional<FileBlock>& block) {
+void TextCommands::shows(const std::optional<FileBlock>& block, std::wstring_view caption) {
     block_ = block;
+    draftCaption_ = caption;
     loaded_ = block ? txtView->text() : std::wstring();
+    forgetDraft();
     txtView->canEdit(block.has_value());
 }
 
-bool TextCommands::mayClose() const {
-    return mayDiscard(viewed());
+// Nothing of the text would be lost now.
+void TextCommands::forgetDraft() {
+    draftTimer_.Stop();
+    draft_.drop();
+    stamp_ = block_ ? fileStamp(block_->path) : std::nullopt;
+}
+
+void TextCommands::restore(LeftDraft left) {
+    txtView->setText(left.draft.loaded);
+    shows(left.draft.block, left.draft.caption);
+    stamp_ = left.draft.stamp;
+    draft_ = std::move(left.file);
+    txtView->edit(left.draft.text);
+    refresh();
+}
+
+void TextCommands::keepDraft() {
+    if (!block_) return;
+    if (!txtView->changed()) return draft_.drop();
+    draft_.keep({draftCaption_, *block_, stamp_, loaded_, txtView->text()});
+}
+
+bool TextCommands::mayClose(bool mayAsk) {
+    if (mayAsk && !mayDiscard(viewed())) return false;
+    draftTimer_.Stop();
+    mayAsk ? draft_.drop() : keepDraft();
+    return true;
 }
 
 }  // namespace kestrel

@@ -2,12 +2,14 @@
 
 #include <wx/button.h>
 #include <wx/sizer.h>
+#include <wx/timer.h>
 #include <wx/toplevel.h>
 
 #include <array>
 #include <optional>
 #include <string>
 
+#include "services/drafts.h"
 #include "ui/common/releasedkeys.h"
 #include "ui/common/statuspanels.h"
 #include "ui/common/textpane.h"
@@ -45,11 +47,19 @@ class TextCommands final : public wxEvtHandler {
     // taken before.
     void takeCaption();
 
-    // The text that was set is a block of a file; it can be edited as such alone.
-    void shows(const std::optional<FileBlock>& block);
+    // The text that was set is a block of a file; it can be edited as such alone. Its
+    // draft is known to the user by `caption`.
+    void shows(const std::optional<FileBlock>& block, std::wstring_view caption);
 
-    // Asks when the changes would be lost; true when the window may close.
-    bool mayClose() const;
+    // Shows the text of a draft that was left, changed as it is, and goes on with that.
+    void restore(LeftDraft left);
+
+    // True when the window may close: nothing would be lost, or the user agrees. What ends
+    // without being asked (`mayAsk` false) leaves its changes as a draft.
+    bool mayClose(bool mayAsk);
+
+    // Keeps what is not saved, now.
+    void keepDraft();
 
   private:
     struct Row {
@@ -66,6 +76,7 @@ class TextCommands final : public wxEvtHandler {
     void addControls(bool file);
     void activated(wxActivateEvent& event);
     void caretMoved(wxEvent& event);
+    void forgetDraft();
     void paintBorder(wxPaintEvent& event);
     void keyPressed(wxKeyEvent& event);
     static const Row* rowOf(const KeyPress& key);
@@ -86,7 +97,11 @@ class TextCommands final : public wxEvtHandler {
     std::optional<wxString> caption_;
     std::wstring searchText_;
     std::optional<FileBlock> block_;
-    std::wstring loaded_;  // the block, as its file has it
+    std::wstring loaded_;             // the block, as its file has it
+    std::optional<FileStamp> stamp_;  // of that file, then
+    std::wstring draftCaption_;
+    DraftFile draft_;
+    wxTimer draftTimer_;
     ReleasedKeys released_;
     bool stale_ = false;  // the read-outs wait for the events to end
 };

@@ -143,6 +143,15 @@ void TextPane::addUnedited(std::string_view bytes) {
     SetModEventMask(kModifications);
 }
 
+void TextPane::edit(std::wstring_view text) {
+    const std::string bytes = toUtf8(text);
+    checkLength(bytes.size());
+    BeginUndoAction();
+    ClearAll();
+    AppendTextRaw(bytes.data(), static_cast<int>(bytes.size()));
+    EndUndoAction();
+}
+
 std::wstring TextPane::text() const {
     return kept_ && !changed() ? *kept_ : fromUtf8(bytes());
 }

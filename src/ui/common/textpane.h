@@ -23,6 +23,8 @@ class TextPane final : public wxStyledTextCtrl {
     // Adds `text` to a pane that cannot be edited and moves the caret to the end. It
     // counts as set. The time it takes does not depend on the text before it.
     void append(std::wstring_view text);
+    // Puts `text` in the place of the one that is shown, as its user would, who can undo it.
+    void edit(std::wstring_view text);
     std::wstring text() const;
     // True when the text differs from the one that was set.
     bool changed() const;

@@ -93,6 +93,7 @@ void frmMain::start(const std::wstring& commandFile) {
         historyChanged();
         reload();
     }
+    CallAfter([this] { offerDrafts(); });
 }
 
 void frmMain::bindWindow() {
@@ -248,16 +249,22 @@ void frmMain::endFrontDialog() {
     wxWakeUpIdle();
 }
 
-void frmMain::shutDown() {
+void frmMain::keepAll() {
     gSaveHistory(*cboHistory, kHistoryFile);
     gWriteSettings();
     saveLayout();
+    for (wxWindow* window : wxTopLevelWindows) {
+        if (auto* keeper = dynamic_cast<FileKeeper*>(window)) keeper->saveFiles();
+    }
+}
+
+void frmMain::shutDown() {
+    keepAll();
     std::vector<wxWindow*> others;
     for (wxWindow* window : wxTopLevelWindows) {
-        if (wxDialog* dialog = asModal(window)) {
-            if (auto* keeper = dynamic_cast<FileKeeper*>(dialog)) keeper->saveFiles();
-        } else if (auto* other = dynamic_cast<wxTopLevelWindow*>(window);
-                   other != nullptr && other != this && other->IsShown()) {
+        if (asModal(window) != nullptr) continue;
+        if (auto* other = dynamic_cast<wxTopLevelWindow*>(window);
+            other != nullptr && other != this && other->IsShown()) {
             // Not what the toolkit hides for itself: the notification icon has one.
             others.push_back(window);
         }

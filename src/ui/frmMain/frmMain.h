@@ -59,6 +59,9 @@ class frmMain final : public wxFrame {
     // there is one.
     void start(const std::wstring& commandFile);
 
+    // Writes the settings, the layout, the histories and what other windows keep.
+    void keepAll();
+
     // Opens the file at `path`; asks for one when it is empty. True when a file
     // was opened.
     bool openFile(std::wstring path);
@@ -202,6 +205,8 @@ class frmMain final : public wxFrame {
     // Shows a text, to be edited as the block of a file that it is.
     void view(std::wstring_view caption, std::wstring_view text, View kind,
               const std::optional<FileBlock>& block = {});
+    // What earlier runs have left of texts that were not saved.
+    void offerDrafts();
     std::wstring fileText();
     // The open file for the windows that show its texts.
     OpenFile openFileHooks();

@@ -281,11 +281,23 @@ OpenFile frmMain::openFileHooks() {
 void frmMain::view(std::wstring_view caption, std::wstring_view text, View kind,
                    const std::optional<FileBlock>& block) {
     frmView viewer(this, openFileHooks());
+    viewer.SetTitle(shownLine(caption));
     viewer.TextBlock(text);
     viewer.Block(block);
     viewer.TextFormat(kind == View::rendered ? 1 : 0);
-    viewer.SetTitle(shownLine(caption));
     showModal(viewer);
+}
+
+void frmMain::offerDrafts() {
+    for (LeftDraft& left : leftDrafts()) {
+        if (busy()) return;
+        const DraftChoice choice = askAboutDraft(left.draft);
+        if (choice == DraftChoice::discard) left.file.drop();
+        if (choice != DraftChoice::open) continue;
+        frmView viewer(this, openFileHooks());
+        viewer.Draft(std::move(left));
+        showModal(viewer);
+    }
 }
 
 bool frmMain::follow() {

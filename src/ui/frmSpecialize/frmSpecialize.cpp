@@ -93,7 +93,7 @@ frmSpecialize::frmSpecialize(wxWindow* parent, OpenFile openFile)
 }
 
 frmSpecialize::~frmSpecialize() {
-    saveFiles();
+    saveList();
 }
 
 void frmSpecialize::layOut() {
@@ -203,7 +203,8 @@ void frmSpecialize::BaseTemplateName(std::wstring_view name) {
 
 void frmSpecialize::showSource() {
     TextBlock(chain_.text());
-    commands_.shows(chain_.block());
+    const std::wstring name = shown_ < chain_.nodes().size() ? chain_.nodes()[shown_].text : L"";
+    commands_.shows(chain_.block(), L"Edit Source: " + name);
     const std::wstring_view file = chain_.block() ? std::wstring_view(chain_.block()->path) : L"";
     stbMain->setPanel(TextCommands::pnlFile, fileName(file));
     stbMain->setTooltip(TextCommands::pnlFile, toWx(file));
@@ -220,12 +221,17 @@ bool frmSpecialize::Show(bool show) {
 }
 
 void frmSpecialize::closing(wxCloseEvent& event) {
-    if (event.CanVeto() && !commands_.mayClose()) return event.Veto();
-    saveFiles();
+    if (!commands_.mayClose(event.CanVeto())) return event.Veto();
+    saveList();
     endDialog(*this);
 }
 
 void frmSpecialize::saveFiles() {
+    commands_.keepDraft();
+    saveList();
+}
+
+void frmSpecialize::saveList() {
     if (std::exchange(unsaved_, false)) chain_.saveFiles();
 }
 

@@ -51,6 +51,7 @@ class frmSpecialize final : public wxDialog, public FileKeeper {
     void showChain(std::size_t selectedNode);
     void showSource();
     void closing(wxCloseEvent& event);
+    void saveList();
 
     OpenFile openFile_;
     TextCommands commands_;

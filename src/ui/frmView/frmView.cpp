@@ -1,7 +1,6 @@
 #include "ui/frmView/frmView.h"
 
 #include "services/errors.h"
-#include "ui/common/dialogend.h"
 #include "ui/common/twips.h"
 
 namespace kestrel {
@@ -46,17 +45,20 @@ void frmView::TextBlock(std::wstring_view text) {
     commands_.refresh();
 }
 
+void frmView::Draft(LeftDraft left) {
+    SetTitle(shownLine(left.draft.caption));
+    commands_.takeCaption();
+    commands_.restore(std::move(left));
+}
+
 bool frmView::Show(bool show) {
     if (show) commands_.takeCaption();
     return wxDialog::Show(show);
 }
 
 void frmView::closing(wxCloseEvent& event) {
-    if (event.CanVeto() && !commands_.mayClose()) {
-        event.Veto();
-    } else {
-        endDialog(*this);
-    }
+    if (!commands_.mayClose(event.CanVeto())) return event.Veto();
+    endDialog(*this);
 }
 
 }  // namespace kestrel
