@@ -174,3 +174,18 @@ def try_a_draft_waits_for_its_user(k):
         k.quit()
     assert not drafts(k), drafts(k)
     k.start()
+
+
+def try_whatever_is_open_ends_with_the_program(k):
+    for menu, key in ((("Edit",), None), (("Edit", "Open..."), None), (("Tools", "Print"), None),
+                      (("View", "Source"), "ctrl+s")):
+        k.open()
+        k.menu(*menu)
+        if len(menu) > 1:
+            wait(lambda: not k.main.has("active"), "a dialog")
+        if key:
+            k.type("x")
+            k.keys(key)
+            k.window("Select Save As*")
+        assert end_by(k, signal.SIGTERM) == 0, menu
+    assert has_draft(k)

@@ -15,6 +15,10 @@ bool showDesktopProperties(const std::wstring& path);
 // none, or the editor cannot be started.
 void openTextEditor(const std::wstring& path);
 
+// Cancels the system's own dialog for a file or folder that is in front; false when
+// there is none.
+bool cancelSystemDialog();
+
 // Waits until the desktop has put a window that was just shown in its place; half a
 // second at most.
 void awaitPlace(const wxWindow& window);

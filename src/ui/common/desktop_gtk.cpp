@@ -43,6 +43,20 @@ bool showDesktopProperties(const std::wstring& path) {
     return true;
 }
 
+bool cancelSystemDialog() {
+    GtkWindow* chooser = nullptr;
+    GList* const windows = gtk_window_list_toplevels();
+    for (const GList* one = windows; one != nullptr; one = one->next) {
+        if (GTK_IS_FILE_CHOOSER_DIALOG(one->data) &&
+            gtk_widget_get_visible(GTK_WIDGET(one->data))) {
+            chooser = GTK_WINDOW(one->data);
+        }
+    }
+    g_list_free(windows);
+    if (chooser != nullptr) gtk_dialog_response(GTK_DIALOG(chooser), GTK_RESPONSE_CANCEL);
+    return chooser != nullptr;
+}
+
 void openTextEditor(const std::wstring& path) {
     const std::unique_ptr<GAppInfo, Unref> editor(
         g_app_info_get_default_for_type("text/plain", FALSE));

@@ -34,6 +34,11 @@ void openTextEditor(const std::wstring& path) {
         throwSystemError(static_cast<int>(GetLastError()), L"Cannot edit", path);
 }
 
+// It is only asked for when the user logs out, which waits for none.
+bool cancelSystemDialog() {
+    return false;
+}
+
 void awaitPlace(const wxWindow&) {}  // it is there as soon as it is shown
 
 int dotsPerInch(const wxWindow& window) {

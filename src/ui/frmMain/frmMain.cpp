@@ -12,6 +12,7 @@
 #include "services/program.h"
 #include "services/settings.h"
 #include "services/text.h"
+#include "ui/common/desktop.h"
 #include "ui/common/dialogend.h"
 #include "ui/common/mousecapture.h"
 #include "ui/common/strings.h"
@@ -21,6 +22,7 @@
 namespace kestrel {
 namespace {
 
+constexpr int kLeaveMilliseconds = 50;  // between two looks at what still has to end
 constexpr std::wstring_view kHistoryFile = L"info.his";
 
 // The window as a dialog that is shown modal; null when it is none.
@@ -103,6 +105,7 @@ void frmMain::bindWindow() {
         leave();
         event.Skip();
     });
+    leaving_.Bind(wxEVT_TIMER, [this](wxTimerEvent&) { leave(); });
     Bind(wxEVT_CHAR_HOOK, &frmMain::keyPressed, this);
     Bind(wxEVT_SYS_COLOUR_CHANGED, [this](wxSysColourChangedEvent& event) {
         refreshIcons();
@@ -241,10 +244,16 @@ void frmMain::leave() {
 // Dialogs end one by one: the toolkit leaves one for ever that was told to end behind
 // another. They are gone soon after their end.
 void frmMain::endFrontDialog() {
+    // One of the system's is in no list of the toolkit's.
+    const bool cancelled = cancelSystemDialog();
     for (wxWindow* window : wxTopLevelWindows) {
-        if (wxDialog* dialog = asModal(window)) ending_ = dialog;
+        wxDialog* dialog = asModal(window);
+        if (!cancelled && dialog != nullptr) ending_ = dialog;
     }
-    if (!ending_) return;
+    if (!ending_) {
+        leaving_.StartOnce(kLeaveMilliseconds);
+        return;
+    }
     ending_->Close(true);
     wxWakeUpIdle();
 }

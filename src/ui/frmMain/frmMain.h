@@ -7,6 +7,7 @@
 #include <wx/menu.h>
 #include <wx/splitter.h>
 #include <wx/statbox.h>
+#include <wx/timer.h>
 #include <wx/toolbar.h>
 #include <wx/weakref.h>
 
@@ -236,6 +237,7 @@ class frmMain final : public wxFrame {
     wxWeakRef<wxWindow> returning_;  // what gets it back, once the window is active
     bool left_ = false;              // closed, and goes when nothing of it is at work
     wxWeakRef<wxDialog> ending_;     // told to, and waited for
+    wxTimer leaving_;
 };
 
 }  // namespace kestrel
