@@ -26,7 +26,6 @@ void RecordBuilder::beginTemplate() {
     record.Kind = L"Template";
     record.Name = L"Template" + std::to_wstring(templates_.size() - 1);
     groups_.assign(1, {});
-    path_.clear();
     level_ = 0;
 }
 
@@ -39,10 +38,7 @@ void RecordBuilder::openBlock(std::string_view name) {
     ++level_;
     GasProperty& header = properties_.emplace_back();
     header.Name = pool_.share(name, wide);
-    lengths_.push_back(path_.size());
-    if (!path_.empty()) path_ += '\\';
-    path_ += name;
-    groups_.push_back(pool_.share(path_, wide));
+    groups_.push_back(groupPool_.inside(groups_.back(), header.Name));
     header.Group = groups_.back();
     header.IsBlock = true;
     header.Level = level_;
@@ -50,8 +46,6 @@ void RecordBuilder::openBlock(std::string_view name) {
 
 void RecordBuilder::closeBlock() {
     groups_.pop_back();
-    path_.resize(lengths_.back());
-    lengths_.pop_back();
 }
 
 void RecordBuilder::endTemplate() {

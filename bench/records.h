@@ -21,11 +21,10 @@ class RecordBuilder {
 
   private:
     std::vector<GasTemplate> templates_;
-    TextPool pool_;                        // as the loader's
+    TextPool pool_;  // as the loader's
+    GroupPool groupPool_;
     std::vector<GasProperty> properties_;  // of the template, until its count is known
-    std::vector<SharedText> groups_;       // of the blocks that are open
-    std::string path_;                     // of the last of them, UTF-8
-    std::vector<std::size_t> lengths_;     // of its path's parents
+    std::vector<SharedGroup> groups_;      // of the blocks that are open
     std::int16_t level_ = 0;
 };
 

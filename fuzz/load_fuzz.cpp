@@ -73,7 +73,7 @@ void checkRecord(const GasTemplate& record) {
     }
     const std::vector<BlockNode> nodes = blockTree(record);
     for (std::size_t i = 1; i < nodes.size(); ++i) {
-        require(nodes[i].parent < i && nodes[i].tag.starts_with(record.Name));
+        require(nodes[i].parent < i && branchPath(record, nodes[i]).starts_with(record.Name));
     }
 }
 
@@ -181,7 +181,7 @@ void shift(GasTemplate& record) {
     for (GasProperty& property : record.Properties) {
         property.Name = shifted(property.Name);
         property.Value = shifted(property.Value);
-        property.Group = shifted(property.Group);
+        property.Group = shifted(property.Group.text());
     }
 }
 

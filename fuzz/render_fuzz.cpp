@@ -30,10 +30,11 @@ RowOrder allRows(const GasTemplate& record) {
 
 // The rows of a branch are those that the property list shows of it.
 void checkBranch(const GasTemplate& record, const BlockNode& node) {
-    std::wstring filter = node.tag;
+    const std::wstring branch = branchPath(record, node);
+    std::wstring filter = branch;
     const std::wstring text = gstrMakeText(record, nullptr, filter, true, nullptr);
-    require(filter == node.tag);
-    const RowOrder rows = propertyRows(record, branchFilter(node.tag, true), allRows(record));
+    require(filter == branch);
+    const RowOrder rows = propertyRows(record, branchFilter(branch, true), allRows(record));
     std::size_t ends = 6 + lineEnds(record.Name);
     for (const std::uint32_t row : rows) {
         const GasProperty& property = record.Properties[row];
@@ -54,6 +55,11 @@ std::wstring textOf(const GasTemplate& record) {
     return text;
 }
 
+// The part of a row's text that it is sorted by.
+std::wstring sorted(std::wstring text) {
+    return text.substr(0, 1000);
+}
+
 ListShot shotOf(const GasTemplate& record, const SortState& sort) {
     ListShot shot{record.Name,
                   sort.sorted,
@@ -70,8 +76,8 @@ ListShot shotOf(const GasTemplate& record, const SortState& sort) {
         shot.rows.push_back({cell(PropertyColumn::property), cell(PropertyColumn::value),
                              cell(PropertyColumn::group)});
         if (i == 0 || !sort.sorted) continue;
-        const int step =
-            compareWithoutCase(cell(column), propertyText(record, order[i - 1], column));
+        const int step = compareWithoutCase(sorted(cell(column)),
+                                            sorted(propertyText(record, order[i - 1], column)));
         require(sort.descending ? step <= 0 : step >= 0);
     }
     return shot;
@@ -92,12 +98,21 @@ void checkCancel(const std::vector<GasTemplate>& templates, const std::wstring& 
     require(steps > 0 && patience <= steps ? text.empty() : text == all);
 }
 
+// Groups in groups without end make texts that only take time.
+bool isDeep(const std::vector<GasTemplate>& templates) {
+    std::size_t size = 0;
+    for (const GasTemplate& record : templates) {
+        for (const GasProperty& property : record.Properties) size += property.Group.size();
+    }
+    return size > 10'000'000;
+}
+
 }  // namespace
 
 void run(Input input) {
     QuietHost host;
     std::vector<GasTemplate> templates;
-    if (!loadGasText(widen(input.rest()), templates)) return;
+    if (!loadGasText(widen(input.rest()), templates) || isDeep(templates)) return;
     const auto choice = static_cast<std::uint8_t>(input.rest().size());
     std::wstring texts;
     for (std::size_t i = 0; i < templates.size(); ++i) {

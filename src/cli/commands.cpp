@@ -67,10 +67,11 @@ int show(const Call& call) {
     if (!templates) return kFailed;
     const GasTemplate* record = find(call.terminal, *templates, call.operands[1]);
     if (record == nullptr) return kFailed;
-    std::wstring filter;
-    call.out << toUtf8(call.arguments.has(L"--listed")
-                           ? record->Text.wide()
-                           : gstrMakeText(*record, nullptr, filter, false, nullptr));
+    if (call.arguments.has(L"--listed")) {
+        call.out << toUtf8(record->Text.wide());
+    } else {
+        makeText(*record, [&](std::wstring_view part) { call.out << toUtf8(part); });
+    }
     return call.terminal.errors() == 0 ? kFine : kFailed;
 }
 
@@ -95,7 +96,8 @@ int dump(const Call& call) {
     const auto templates = loadFirst(call);
     if (!templates) return kFailed;
     for (const GasTemplate& record : *templates) {
-        if (!(call.out << jsonObject(record) << '\n')) break;
+        writeJson(call.out, record);
+        if (!(call.out << '\n')) break;
     }
     return kFine;
 }

@@ -1,6 +1,8 @@
 #include "cli/json.h"
 
 #include <cstdio>
+#include <ostream>
+#include <utility>
 
 #include "services/bytes.h"
 
@@ -31,16 +33,14 @@ void appendText(std::string& json, std::wstring_view text) {
     json.append(toUtf8(text.substr(start))) += '"';
 }
 
-void appendProperty(std::string& json, const GasProperty& property) {
-    json += '[';
-    for (const std::wstring_view text :
-         {std::wstring_view(property.Name.text()), std::wstring_view(property.Value),
-          std::wstring_view(property.Group.text())}) {
-        appendText(json, text);
-        json += ',';
-    }
-    json.append(property.IsBlock ? "true," : "false,").append(std::to_string(property.Level));
-    json += ']';
+std::string propertyArray(const GasProperty& property) {
+    std::string json = "[";
+    appendText(json, property.Name);
+    appendText(json += ',', property.Value);
+    appendText(json += ',', property.Group.text());
+    return json.append(property.IsBlock ? ",true," : ",false,")
+        .append(std::to_string(property.Level))
+        .append("]");
 }
 
 }  // namespace
@@ -51,18 +51,19 @@ std::string jsonText(std::wstring_view text) {
     return json;
 }
 
-std::string jsonObject(const GasTemplate& record) {
+void writeJson(std::ostream& out, const GasTemplate& record) {
     std::string json = R"({"Name":)";
     appendText(json, record.Name);
     appendText(json.append(R"(,"Kind":)"), record.Kind);
     appendText(json.append(R"(,"Text":)"), record.Text.wide());
     appendText(json.append(R"(,"Comments":)"), record.Comments);
-    json.append(R"(,"Properties":[)");
+    out << json << R"(,"Properties":[)";
+    const char* separator = "";
+    // One by one: together their groups may be many times the file.
     for (const GasProperty& property : record.Properties) {
-        if (&property != record.Properties.data()) json += ',';
-        appendProperty(json, property);
+        out << std::exchange(separator, ",") << propertyArray(property);
     }
-    return json.append("]}");
+    out << "]}";
 }
 
 }  // namespace kestrel::cli

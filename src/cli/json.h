@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iosfwd>
 #include <string>
 #include <string_view>
 
@@ -11,8 +12,8 @@ namespace kestrel::cli {
 // controls and surrogates are escaped.
 std::string jsonText(std::wstring_view text);
 
-// `record` as a JSON object on one line, without its end:
+// Writes `record` as a JSON object on one line, without its end:
 // {"Name":..,"Kind":..,"Text":..,"Comments":..,"Properties":[[Name,Value,Group,IsBlock,Level],..]}
-std::string jsonObject(const GasTemplate& record);
+void writeJson(std::ostream& out, const GasTemplate& record);
 
 }  // namespace kestrel::cli

@@ -9,6 +9,10 @@
 namespace kestrel {
 namespace {
 
+// Characters that a row shows, and is sorted by: the names of groups in groups without end
+// take the square of their number.
+constexpr std::size_t kLongestLine = 1000;
+
 struct SortKey {
     std::wstring folded;
     std::wstring mixed;  // the text, where it differs from the folded one
@@ -32,6 +36,7 @@ std::vector<SortKey> sortKeys(std::size_t count,
     keys.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
         std::wstring text = sortText(i);
+        if (text.size() > kLongestLine) text = text.substr(0, kLongestLine);
         std::wstring folded = lowerCase(text);
         if (folded == text) text = {};
         keys.push_back({std::move(folded), std::move(text)});
@@ -157,8 +162,10 @@ RowOrder propertyRows(const GasTemplate& record, std::wstring_view filter, RowOr
     if (filter.empty()) return order;
     std::wstring path;
     std::erase_if(order, [&](std::uint32_t position) {
+        const GasProperty& property = record.Properties[position];
+        if (!mayBeGroupPath(filter, record.Name, property)) return true;
         path.clear();
-        appendGroupPath(path, record.Name, record.Properties[position]);
+        appendGroupPath(path, record.Name, property);
         return path != filter;
     });
     return order;
@@ -192,8 +199,7 @@ std::wstring mainCaption(const Version& version) {
 }
 
 std::wstring lineText(std::wstring_view text) {
-    constexpr std::size_t kLongest = 1000;
-    std::wstring line(text.substr(0, kLongest));
+    std::wstring line(text.substr(0, kLongestLine));
     for (wchar_t& c : line) {
         if (breaksLine(c)) {
             c = L' ';
@@ -201,7 +207,7 @@ std::wstring lineText(std::wstring_view text) {
             c = L'\xFFFD';
         }
     }
-    if (text.size() > kLongest) line += L'\x2026';
+    if (text.size() > kLongestLine) line += L'\x2026';
     return line;
 }
 

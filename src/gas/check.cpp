@@ -77,6 +77,7 @@ class Checker {
         if (block.body.empty() && !header.empty()) add(header, {L"the block is empty", true});
         loading::cutAllStatements(block.body, list_);
         bool inQuotes = false;
+        std::size_t headers = 0;
         for (std::size_t i = 0; i < list_.statements.size(); ++i) {
             const Statement& statement = list_.statements[i];
             if (i == 0 || !isBehind(statement, list_.statements[i - 1])) inQuotes = false;
@@ -85,6 +86,10 @@ class Checker {
             // What is left of a header that the prefix has all but the end of.
             if (i == 0 && !header.ends_with(']') && trimmed(statement.text) == "]") continue;
             check(i, inQuotes);
+            if (opensSubBlock(statement) && headers++ == loading::kMostLevel) {
+                add(statement.text, {L"levels count 32767 sub-blocks; this one and those behind it "
+                                     L"have the level of the last"});
+            }
         }
     }
 
@@ -129,7 +134,7 @@ std::vector<Loss> lossesIn(std::string_view bytes) {
     Source source = loading::prepare(std::string(bytes), false);
     const Source raw = source;
     normalise(source);
-    const loading::Cut cut = cutBlocks(source.text, loading::FieldMaker(false, bytes.size()));
+    const loading::Cut cut = cutBlocks(source.text, loading::FieldMaker(false));
     Checker checker(*raw.bytes, source.text);
     checker.checkDropped(cut.dropped, L"it stands before the first header");
     for (std::size_t i = 0; i < cut.blocks.size(); ++i) {

@@ -17,7 +17,7 @@ using loading::Block;
 constexpr std::size_t kMostLines = 4000;
 
 std::vector<Block> headedBlocks(std::string_view file) {
-    loading::Cut cut = cutBlocks(file, loading::FieldMaker(false, file.size()));
+    loading::Cut cut = cutBlocks(file, loading::FieldMaker(false));
     std::erase_if(cut.blocks, [](const Block& block) { return block.whole.empty(); });
     return std::move(cut.blocks);
 }
@@ -200,7 +200,7 @@ std::optional<std::string> replaceBlock(std::string_view file, std::size_t index
 std::wstring whyNotOneBlock(std::wstring_view loaded, std::wstring_view edited) {
     const std::string before = narrow(loaded);
     const std::string after = narrow(edited);
-    const loading::Cut cut = cutBlocks(before, loading::FieldMaker(false, before.size()));
+    const loading::Cut cut = cutBlocks(before, loading::FieldMaker(false));
     const std::wstring header = L'"' + widen(cut.prefix) + L'"';
     const std::size_t first = after.find(cut.prefix);
     if (first == after.npos) return L"It has no header that begins with " + header + L".";

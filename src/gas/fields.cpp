@@ -6,7 +6,6 @@
 #include "gas/sourcetext.h"
 #include "gas/words.h"
 #include "services/bytes.h"
-#include "services/errors.h"
 
 namespace kestrel::loading {
 namespace {
@@ -110,14 +109,6 @@ std::string_view cleaned(std::string_view text, std::string& buffer) {
 
 std::wstring FieldMaker::wide(std::string_view bytes) const {
     return utf8_ ? fromUtf8(bytes) : widen(bytes);
-}
-
-SharedText FieldMaker::path(std::string_view bytes) {
-    return paths_.share(bytes, [this](std::string_view key) {
-        if (key.size() > pathRoom_) throw RunTimeError(kOverflow, L"Overflow");
-        pathRoom_ -= key.size();
-        return wide(key);
-    });
 }
 
 void FieldMaker::append(std::wstring& text, std::string_view bytes) const {

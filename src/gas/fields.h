@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "gas/sharedgroup.h"
 #include "gas/sharedtext.h"
 
 // How the bytes of statements become the texts of records. Private to the
@@ -21,18 +22,16 @@ std::string_view cleaned(std::string_view text, std::string& buffer);
 // Makes the texts of one load.
 class FieldMaker {
   public:
-    // `size` is that of the whole text, in bytes.
-    FieldMaker(bool utf8, std::size_t size) noexcept
-        : utf8_(utf8), pathRoom_(kPathRoom + kPathsPerByte * size) {}
+    explicit FieldMaker(bool utf8) noexcept : utf8_(utf8) {}
     bool utf8() const noexcept { return utf8_; }
 
     // All of `bytes`, as they are.
     std::wstring wide(std::string_view bytes) const;
 
-    // A group. Throws RunTimeError (overflow) when the groups take far more room
-    // than those of real files: sub-blocks that never close would take the square
-    // of the text's size.
-    SharedText path(std::string_view bytes);
+    // The group of the sub-block `name` in `around`.
+    SharedGroup group(const SharedGroup& around, const SharedText& name) {
+        return groups_.inside(around, name);
+    }
 
     // All of `bytes`, a part of a line, with four spaces for each tab.
     void append(std::wstring& text, std::string_view bytes) const;
@@ -42,12 +41,8 @@ class FieldMaker {
     SharedText name(std::string_view bytes);
 
   private:
-    static constexpr std::size_t kPathRoom = std::size_t{16} << 20;
-    static constexpr std::size_t kPathsPerByte = 16;
-
     bool utf8_;
-    std::size_t pathRoom_;  // bytes that are left for groups
-    TextPool paths_;
+    GroupPool groups_;
     TextPool names_;  // by their bytes before cleaning
 };
 

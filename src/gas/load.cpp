@@ -105,7 +105,7 @@ void reportNoData(std::vector<GasTemplate>& templates, TemplateList* list) {
 bool loadBytes(std::string bytes, bool utf8, std::vector<GasTemplate>& templates,
                TemplateList* list, bool& hasHeader) {
     Source source = loading::prepare(std::move(bytes), utf8);
-    FieldMaker fields(utf8, source.text.size());
+    FieldMaker fields(utf8);
     Cut cut = cutBlocks(source.text, fields);
     if (needsNormalText(cut)) {
         normalise(source);

@@ -13,9 +13,8 @@
 // Texts that are kept once however many records bear them.
 namespace kestrel {
 
-// A text whose copies share one storage: most properties of a file stand in few
-// sub-blocks and bear few names. A value like any text; it never changes.
-// Copies must stay in one thread: the program has no other.
+// A text whose copies share one storage: most properties of a file bear few names. A value like any
+// text; it never changes. Copies must stay in one thread: the program has no other.
 // NOLINTNEXTLINE(cppcoreguidelines-special-member-functions): one assignment does both.
 class SharedText {
   public:
@@ -40,6 +39,8 @@ class SharedText {
     operator const std::wstring&() const noexcept { return text(); }
     operator std::wstring_view() const noexcept { return text(); }
     bool empty() const noexcept { return shared_ == nullptr; }
+    // Equal for copies, and for nothing else while one of them lives.
+    std::uint64_t id() const noexcept { return std::bit_cast<std::uintptr_t>(shared_); }
 
     bool operator==(const SharedText& other) const noexcept {
         return shared_ == other.shared_ || text() == other.text();

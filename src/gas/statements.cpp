@@ -3,11 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <limits>
 
 #include "gas/marks.h"
 #include "gas/pieces.h"
-#include "services/errors.h"
 #include "services/text.h"
 
 namespace kestrel::loading {
@@ -56,6 +54,7 @@ constexpr Rule kRules[] = {
 };
 constexpr std::uint8_t kNoRule = std::size(kRules);
 constexpr std::uint8_t kCommentRule = 0;
+constexpr std::uint8_t kNamedHeaderRule = 1;
 
 // Room for what a comment's line holds beside the comment.
 constexpr std::size_t kCommentFrame = 16;
@@ -145,7 +144,6 @@ class Cutter {
             return;
         }
         list_.entries += kRules[rule].entries;
-        list_.headers += kRules[rule].opens ? 1 : 0;
         if (rule == kCommentRule) list_.comments += statement.text.size() + kCommentFrame;
         list_.statements.push_back(statement);
     }
@@ -180,7 +178,7 @@ class Cutter {
 template <Keep keep>
 void cut(std::string_view block, bool squeeze, StatementList& list) {
     list.statements.clear();
-    list.count = list.entries = list.headers = list.comments = 0;
+    list.count = list.entries = list.comments = 0;
     Cutter<keep> cutter(block, squeeze, list);
     forEachMark(block, [&](const char* at) { cutter.take(at); });
     cutter.addStatement(block.data() + block.size());
@@ -198,6 +196,11 @@ void cutAllStatements(std::string_view block, StatementList& list) {
 
 bool isComment(const Statement& statement) noexcept {
     return statement.rule == kCommentRule;
+}
+
+bool opensSubBlock(const Statement& statement) {
+    if (statement.rule == kNamedHeaderRule) return hasParts(statement.text);
+    return statement.rule != kNoRule && kRules[statement.rule].opens;
 }
 
 LeftOutList leftOut(const Statement& statement) {
@@ -220,9 +223,6 @@ BlockReader::BlockReader(GasTemplate& record, Braces& braces, FieldMaker& fields
     : record_(record), braces_(braces), fields_(fields), docNames_(docNames) {}
 
 void BlockReader::read(const StatementList& list) {
-    if (list.headers > static_cast<std::size_t>(std::numeric_limits<std::int16_t>::max())) {
-        throw RunTimeError(kOverflow, L"Overflow");
-    }
     record_.Properties.reserve(list.entries);
     record_.Comments.reserve(list.comments);
     for (const Statement& statement : list.statements) {
@@ -247,7 +247,7 @@ void BlockReader::comment(const Statement& statement) {
 }
 
 void BlockReader::namedHeader(const Statement& statement) {
-    if (!hasParts(statement.text)) return;
+    if (!opensSubBlock(statement)) return;
     openSubBlock();
     // The name is part of the group before anything is stored, so the header's
     // own entries stand inside the sub-block that they open.
@@ -255,7 +255,7 @@ void BlockReader::namedHeader(const Statement& statement) {
     forEachPart(statement.text, [&](std::string_view part) {
         const Pair pair = splitPair(part, ':');
         if (pair.whole && equalsWithoutCase(cleaned(pair.first, buffer), "n")) {
-            extendGroup(pair.second);
+            group_ = fields_.group(group_, fields_.name(pair.second));
         }
     });
     forEachPart(statement.text, [&](std::string_view part) { storeHeaderPart(part); });
@@ -266,10 +266,10 @@ void BlockReader::ownHeader(const Statement& statement) {
 }
 
 void BlockReader::header(const Statement& statement) {
-    const std::string_view name = statement.text.substr(0, statement.text.find(']'));
+    SharedText name = fields_.name(statement.text.substr(0, statement.text.find(']')));
     openSubBlock();
-    extendGroup(name);
-    store(name, {}).IsBlock = true;
+    group_ = fields_.group(group_, name);
+    store(std::move(name)).IsBlock = true;
 }
 
 void BlockReader::oneLineBody(const Statement& statement) {
@@ -303,22 +303,13 @@ void BlockReader::property(const Statement& statement) {
 
 void BlockReader::openSubBlock() {
     braces_.mark = braces_.open + 1;
-    ++level_;
-}
-
-void BlockReader::extendGroup(std::string_view name) {
-    std::string buffer;
-    if (!path_.empty()) path_ += '\\';
-    path_ += cleaned(name, buffer);
-    groupIsCurrent_ = false;
+    if (level_ < kMostLevel) ++level_;
 }
 
 void BlockReader::closeBrace() {
     if (--braces_.open >= braces_.mark) return;
     // The mark stays where it is: every further closing brace drops one more.
-    const std::size_t last = path_.rfind('\\');
-    path_.resize(last == path_.npos ? 0 : last);
-    groupIsCurrent_ = false;
+    group_ = group_.around();
 }
 
 void BlockReader::storeProperty(std::string_view text) {
@@ -327,7 +318,8 @@ void BlockReader::storeProperty(std::string_view text) {
 }
 
 void BlockReader::storeProperty(std::string_view name, std::string_view value) {
-    const GasProperty& entry = store(name, value);
+    GasProperty& entry = store(fields_.name(name));
+    entry.Value = fields_.value(value);
     // A record without a name is no record, so an empty `doc` names nothing.
     if (!docNames_ || entry.Value.empty()) return;
     if (entry.Name.text().size() != 3 || lowerCase(entry.Name) != L"doc") return;
@@ -342,15 +334,12 @@ void BlockReader::storeHeaderPart(std::string_view part) {
     std::string_view key = cleaned(pair.first, buffer);
     if (equalsWithoutCase(key, "t")) key = "type";
     if (equalsWithoutCase(key, "n")) key = "name";
-    store(key, pair.second);
+    store(fields_.name(key)).Value = fields_.value(pair.second);
 }
 
-GasProperty& BlockReader::store(std::string_view name, std::string_view value) {
-    if (!groupIsCurrent_) group_ = fields_.path(path_);
-    groupIsCurrent_ = true;
+GasProperty& BlockReader::store(SharedText name) {
     GasProperty& entry = record_.Properties.emplace_back();
-    entry.Name = fields_.name(name);
-    entry.Value = fields_.value(value);
+    entry.Name = std::move(name);
     entry.Group = group_;
     entry.Level = level_;
     return entry;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,6 +25,9 @@ struct Braces {
     std::int64_t mark = 0;
 };
 
+// The sub-blocks of a block that its levels count; they stay there behind it.
+inline constexpr std::int16_t kMostLevel = std::numeric_limits<std::int16_t>::max();
+
 struct Statement {
     std::string_view text;  // without the ";" that it was cut at; blanks not trimmed
     const char* equals;     // its first "="; null without one
@@ -37,7 +41,6 @@ struct StatementList {
     std::vector<Statement> statements;
     std::size_t count = 0;     // of all statements, those that no rule wants too
     std::size_t entries = 0;   // properties that the rules will store, at a guess
-    std::size_t headers = 0;   // sub-block headers
     std::size_t comments = 0;  // characters of the comment lines, at a guess
 };
 
@@ -51,6 +54,9 @@ void cutAllStatements(std::string_view block, StatementList& list);
 
 bool isComment(const Statement& statement) noexcept;
 
+// True for a header that raises the Level.
+bool opensSubBlock(const Statement& statement);
+
 // Tells what the rule of `statement` leaves out of it.
 LeftOutList leftOut(const Statement& statement);
 
@@ -60,8 +66,6 @@ class BlockReader {
   public:
     BlockReader(GasTemplate& record, Braces& braces, FieldMaker& fields, bool docNames);
 
-    // Throws RunTimeError (overflow) when the block has more sub-blocks than a
-    // Level can count; nothing is stored then.
     void read(const StatementList& list);
 
     // True when a `doc` property has given the record another Name.
@@ -80,24 +84,18 @@ class BlockReader {
 
   private:
     void openSubBlock();
-    void extendGroup(std::string_view name);
     void closeBrace();
     void storeProperty(std::string_view text);
     void storeProperty(std::string_view name, std::string_view value);
     void storeHeaderPart(std::string_view part);
-    GasProperty& store(std::string_view name, std::string_view value);
+    GasProperty& store(SharedText name);
 
     GasTemplate& record_;
     Braces& braces_;
     FieldMaker& fields_;
     bool docNames_;
     bool renamed_ = false;
-    // The group as bytes, and as the text that entries share. The text is made
-    // when an entry is stored: most groups that braces and headers lead through
-    // hold none.
-    std::string path_;
-    SharedText group_;
-    bool groupIsCurrent_ = true;
+    SharedGroup group_;
     std::int16_t level_ = 0;
 };
 

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "gas/sharedgroup.h"
 #include "gas/sharedtext.h"
 #include "gas/sourcetext.h"
 
@@ -20,9 +21,9 @@ namespace kestrel {
 struct GasProperty {
     SharedText Name;         // as written, cleaned; a header's sub-block name
     std::wstring Value;      // cleaned; empty for a header
-    SharedText Group;        // sub-blocks around it, outermost first, joined by "\"
+    SharedGroup Group;       // sub-blocks around it
     bool IsBlock = false;    // stands for a sub-block header
-    std::int16_t Level = 0;  // sub-block headers met so far in the block
+    std::int16_t Level = 0;  // sub-block headers met so far in the block, as far as it counts
 
     bool operator==(const GasProperty&) const = default;
 };
@@ -74,5 +75,9 @@ std::wstring groupPath(std::wstring_view root, const GasProperty& property);
 
 // As groupPath(), appending to `text`.
 void appendGroupPath(std::wstring& text, std::wstring_view root, const GasProperty& property);
+
+// False when `path` is too long or too short for the group path of `property`, which is not
+// made for that.
+bool mayBeGroupPath(std::wstring_view path, std::wstring_view root, const GasProperty& property);
 
 }  // namespace kestrel

@@ -1,27 +1,52 @@
 #include "gas/tree.h"
 
+#include <algorithm>
 #include <string_view>
 #include <unordered_map>
 
 namespace kestrel {
 namespace {
 
-// The part of `group` before the sub-block `name` that ends it.
-std::wstring_view parentGroup(std::wstring_view group, std::wstring_view name) {
-    const std::size_t length = group.size() > name.size() ? group.size() - name.size() - 1 : 0;
-    return group.substr(0, length);
+// Trees of more levels are wider than toolkits can draw, which follow them by recursion.
+constexpr std::size_t kMostLevels = 250;
+
+// The group around the sub-block `name` that ends `group`.
+SharedGroup parentGroup(SharedGroup group, std::wstring_view name) {
+    for (auto names = std::ranges::count(name, L'\\') + 1; names > 0; --names) {
+        group = group.around();
+    }
+    return group;
 }
 
-std::wstring_view lastComponent(std::wstring_view group) {
-    const std::size_t at = group.rfind(L'\\');
-    return at == std::wstring_view::npos ? group : group.substr(at + 1);
-}
+// Adds nodes to a tree, each under one that is there.
+class TreeMaker {
+  public:
+    explicit TreeMaker(const GasTemplate& record) { nodes_.push_back({.label = record.Name}); }
+
+    void add(const GasProperty& property) {
+        const std::wstring_view name =
+            property.IsBlock ? std::wstring_view(property.Name) : property.Group.name();
+        const auto found = latest_.find(parentGroup(property.Group, name).id());
+        std::size_t parent = found == latest_.end() ? 0 : found->second;
+        if (depths_[parent] == kMostLevels) parent = nodes_[parent].parent;
+        latest_[property.Group.id()] = nodes_.size();
+        depths_.push_back(depths_[parent] + 1);
+        nodes_.push_back({std::wstring(name) + L'_' + std::to_wstring(property.Level), parent,
+                          property.Group, property.Level});
+    }
+
+    std::vector<BlockNode> take() { return std::move(nodes_); }
+
+  private:
+    std::vector<BlockNode> nodes_;
+    std::vector<std::size_t> depths_{1};
+    std::unordered_map<std::uint64_t, std::size_t> latest_;  // node of each group
+};
 
 }  // namespace
 
 std::vector<BlockNode> blockTree(const GasTemplate& record) {
-    std::vector<BlockNode> nodes{{record.Name, record.Name + L'\\', BlockNode::kNoParent}};
-    std::unordered_map<std::wstring_view, std::size_t> latest;  // node of each group
+    TreeMaker tree(record);
     int level = 0;
     for (const GasProperty& property : record.Properties) {
         // A header that is named inside its brackets has no entry of its own:
@@ -29,19 +54,28 @@ std::vector<BlockNode> blockTree(const GasTemplate& record) {
         const bool opens = property.IsBlock || property.Level > level;
         if (!opens || property.Group.empty()) continue;
         level = property.Level;
-        const std::wstring_view name =
-            property.IsBlock ? std::wstring_view(property.Name) : lastComponent(property.Group);
-        const auto parent = latest.find(parentGroup(property.Group, name));
-        latest[property.Group] = nodes.size();
-        nodes.push_back({std::wstring(name) + L'_' + std::to_wstring(level),
-                         groupPath(record.Name, property),
-                         parent == latest.end() ? 0 : parent->second});
+        tree.add(property);
     }
-    return nodes;
+    return tree.take();
 }
 
-std::wstring fullPath(const BlockNode& node) {
-    return node.tag.substr(0, node.tag.size() - 1);
+std::wstring branchPath(const GasTemplate& record, const BlockNode& node) {
+    return groupPath(record.Name, {{}, {}, node.group, true, node.level});
+}
+
+std::vector<BlockNode>::const_iterator nodeOf(const std::vector<BlockNode>& nodes,
+                                              const GasProperty& property) {
+    return std::ranges::find_if(nodes, [&](const BlockNode& node) {
+        // Outside of all sub-blocks the level tells nothing.
+        if (property.Group.empty()) return node.group.empty();
+        return node.level == property.Level && node.group == property.Group;
+    });
+}
+
+std::wstring fullPath(const GasTemplate& record, const BlockNode& node) {
+    std::wstring path = branchPath(record, node);
+    path.pop_back();
+    return path;
 }
 
 }  // namespace kestrel

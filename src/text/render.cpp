@@ -12,6 +12,12 @@ namespace {
 
 constexpr std::wstring_view kProcessing = L"Processing: ";
 
+// Characters of a whole text; in parts, of one of them.
+constexpr std::size_t kMostText = std::size_t{1} << 29;
+constexpr std::size_t kPart = std::size_t{1} << 16;
+
+using TakePart = std::function<void(std::wstring_view part)>;
+
 std::wstring processing(const GasTemplate& record) {
     std::wstring text(kProcessing);
     return text.append(record.Name);
@@ -24,7 +30,7 @@ std::size_t expectedSize(const GasTemplate& record) {
     std::size_t size = kFixed + record.Comments.size();
     for (const GasProperty& property : ownProperties(record)) {
         size += property.Name.text().size() + property.Value.size() + record.Name.size() +
-                property.Group.text().size() + kColumnsAndLevel;
+                property.Group.size() + kColumnsAndLevel;
     }
     return size;
 }
@@ -43,12 +49,13 @@ std::size_t expectedSize(const std::vector<GasTemplate>& templates) {
     return size / seen * templates.size() / 8 * 9;
 }
 
-// Appends the rows of one template's text; false once the dialog was cancelled.
+// Appends the rows of one template's text; false once the dialog was cancelled. What
+// `take` (may be null) gets is taken off the text.
 class RowWriter {
   public:
     RowWriter(std::wstring& text, const GasTemplate& record, const std::wstring* filter,
-              ProgressScope& progress)
-        : text_(text), record_(record), filter_(filter), progress_(progress) {}
+              ProgressScope& progress, const TakePart* take)
+        : text_(text), record_(record), filter_(filter), progress_(progress), take_(take) {}
 
     bool writeAll() {
         const std::span<const GasProperty> properties = ownProperties(record_);
@@ -65,11 +72,19 @@ class RowWriter {
 
   private:
     bool write(const GasProperty& property) {
+        if (filter_ != nullptr && !mayBeGroupPath(*filter_, record_.Name, property)) return false;
         updateTail(property);
         if (filter_ != nullptr && path() != *filter_) return false;
         text_.append(property.Name.text()) += L'\t';
         text_.append(property.Value).append(tail_);
+        if (take_ != nullptr && text_.size() >= kPart) passOn();
+        if (text_.size() > kMostText) throw RunTimeError(kOutOfMemory, L"Out of memory");
         return true;
+    }
+
+    void passOn() {
+        (*take_)(text_);
+        text_.clear();
     }
 
     std::wstring_view path() const {
@@ -94,6 +109,7 @@ class RowWriter {
     const GasTemplate& record_;
     const std::wstring* filter_;
     ProgressScope& progress_;
+    const TakePart* take_;
     const GasProperty* last_ = nullptr;
     std::wstring tail_;
     std::wstring message_{kMessage};
@@ -106,11 +122,11 @@ void normaliseFilter(std::wstring& filter, const GasTemplate& record) {
 
 // Appends the text of one template; false once the dialog was cancelled.
 bool appendTemplate(std::wstring& text, const GasTemplate& record, const std::wstring* filter,
-                    ProgressScope& progress) {
+                    ProgressScope& progress, const TakePart* take = nullptr) {
     text.append(kTextHeading).append(record.Name).append(kLineEnd);
     text.append(kFormatLine).append(kTopRuler);
     text.append(L"Name\tValue\tGroup\r\n").append(kColumnRuler);
-    if (!RowWriter(text, record, filter, progress).writeAll()) return false;
+    if (!RowWriter(text, record, filter, progress, take).writeAll()) return false;
     // A filtered text has no comments: they belong to the template as a whole.
     if (filter == nullptr)
         text.append(kColumnRuler).append(L"Comments:\r\n").append(record.Comments);
@@ -136,9 +152,17 @@ std::wstring gstrMakeText(const GasTemplate& record, Owner* owner, std::wstring&
         normaliseFilter(groupFilter, record);
         ProgressScope scope(progress, owner, processing(record));
         std::wstring text;
-        text.reserve(expectedSize(record));
+        text.reserve(std::min(expectedSize(record), kMostText));
         const std::wstring* filter = filterOnly ? &groupFilter : nullptr;
         return appendTemplate(text, record, filter, scope) ? text : std::wstring();
+    });
+}
+
+void makeText(const GasTemplate& record, const TakePart& take) {
+    guarded(L"gstrMakeText", [&] {
+        ProgressScope scope(nullptr, nullptr, processing(record));
+        std::wstring text;
+        if (appendTemplate(text, record, nullptr, scope, &take)) take(text);
     });
 }
 
@@ -147,7 +171,7 @@ std::wstring gstrMakeFileText(std::wstring_view path, const std::vector<GasTempl
     if (templates.empty()) return {};
     return guarded(L"gstrMakeText", [&] {
         std::wstring text = fileHeading(path, templates.size());
-        text.reserve(text.size() + expectedSize(templates));
+        text.reserve(std::min(text.size() + expectedSize(templates), kMostText));
         ProgressScope scope(progress, owner, kProcessing);
         for (const GasTemplate& record : templates) {
             scope.process(processing(record));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,9 +16,14 @@ namespace kestrel {
 // equals `groupFilter` are written. `groupFilter` comes back as the path that
 // was used: an empty one is the template's own path, and a "\" ends it. Without
 // `progress` a dialog is made and `owner` (may be null) disabled meanwhile.
-// Empty after a cancel.
+// Empty after a cancel. A text that no window could show is a run-time error (out of
+// memory): sub-blocks in sub-blocks without end have groups of any length.
 std::wstring gstrMakeText(const GasTemplate& record, Owner* owner, std::wstring& groupFilter,
                           bool filterOnly, Progress* progress);
+
+// As gstrMakeText, unfiltered and without a dialog, in parts that `take` gets one after the
+// other: however long the text is, no more than a part of it is held.
+void makeText(const GasTemplate& record, const std::function<void(std::wstring_view part)>& take);
 
 // The text of all templates of the file at `path`, in file order; empty when
 // there is none, and after a cancel. `reserved` is not used.

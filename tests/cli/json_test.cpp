@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 namespace kestrel::cli {
 namespace {
 
@@ -20,6 +22,12 @@ TEST(Json, AnyTextIsAValidString) {
     // Two halves where a character is 16 bits wide.
     EXPECT_EQ(jsonText(L"\U0001F40B"),
               sizeof(wchar_t) == 2 ? R"("\ud83d\udc0b")" : "\"\xF0\x9F\x90\x8B\"");
+}
+
+std::string jsonObject(const GasTemplate& record) {
+    std::ostringstream out;
+    writeJson(out, record);
+    return out.str();
 }
 
 TEST(Json, AnObjectHasEveryField) {

@@ -139,6 +139,11 @@ TEST(Check, TellsLinesOfTheFile) {
         {"[info]\r\n{\r\ncaf\xE9\r\n}\r\n", {"3: " ODD "caf\xC3\xA9"}},
     };
     for (const auto& [bytes, expected] : cases) EXPECT_EQ(losses(bytes), expected) << bytes;
+    std::string blocks = "[info]\r\n";
+    for (int i = 0; i < 32768; ++i) blocks += "[a]\r\n";
+    const Lines one = losses(blocks);
+    ASSERT_EQ(one.size(), 1U);
+    EXPECT_TRUE(one[0].starts_with("32769: cut: levels count 32767 sub-blocks")) << one[0];
 }
 #undef ODD
 

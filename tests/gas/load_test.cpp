@@ -194,16 +194,16 @@ TEST_F(Load, TextBeyondTheCodePageLoadsFromMemory) {
               L"[\u0416]\r\n[a\u4E2D]\r\nv = \"\U0001F426 \u00E9\"; // \u0416\r\n}");
 }
 
-TEST_F(Load, MoreSubBlocksThanALevelCountsIsAnOverflow) {
-    const std::wstring most = L"[info]\r\n" + repeat(L"[a]\r\n{\r\n}\r\n", 32767);
-    ASSERT_TRUE(load(most));
-    EXPECT_EQ(templates_[0].Properties.back().Level, 32767);
-    EXPECT_FALSE(load(most + L"[a]\r\n"));
-    EXPECT_EQ(templates_, std::vector<GasTemplate>(1));
-    EXPECT_EQ(list_.log.back(), L"clear");
-    ASSERT_FALSE(host_.log.empty());
-    EXPECT_NE(host_.log.back().find("Error (6): Overflow in 'gblnLoadGas'"), std::string::npos)
-        << host_.log.back();
+TEST_F(Load, LevelsStayWhereTheyCountNoMore) {
+    const std::wstring most =
+        L"[info]\r\n" + repeat(L"[n:ignored]\r\n", 32768) + repeat(L"[a]\r\n{\r\n}\r\n", 32766);
+    ASSERT_TRUE(load(most + L"[b]\r\n[c]\r\n[t:part,n:d]\r\n"));
+    const std::vector<GasProperty>& all = templates_[0].Properties;
+    ASSERT_EQ(all.size(), 32770U);
+    EXPECT_EQ(dump(all[32765]), L"[a] @a#32766");
+    EXPECT_EQ(dump(all[32767]), L"[c] @b\\c#32767");
+    EXPECT_EQ(dump(all.back()), L"name=d @b\\c\\d#32767");
+    EXPECT_EQ(host_.log, std::vector<std::string>{});
 }
 
 // Shapes that make a careless parser quadratic: at these sizes such a one would
@@ -221,8 +221,10 @@ TEST_F(Load, StaysLinearOnNastyShapes) {
         {"a million comments", L"[info]\r\n" + repeat(L"//c\r\n", million), true},
         {"empty blocks", repeat(L"[info]\r\n{\r\n}\r\n", 100000), true},
         {"braces", L"[info]\r\n" + repeat(L"{\r\n", million) + repeat(L"}\r\n", million), true},
-        {"deep nesting", L"[info]\r\n" + repeat(L"[a]\r\n{\r\n", 100000), false},
-        {"sub-blocks that never close", L"[info]\r\n" + repeat(L"[a]\r\n", 32000), false},
+        {"deep nesting", L"[info]\r\n" + repeat(L"[a]\r\n{\r\n", 100000), true},
+        {"sub-blocks that never close", L"[info]\r\n" + repeat(L"[a]\r\n", 1000000), true},
+        {"names of sub-blocks",
+         L"[info]\r\n[" + repeat(L"\\", 100000) + L"]\r\n" + repeat(L"}\r\n[b]\r\n", 100000), true},
         {"one line", L"[info]\r\nv = " + repeat(L"x", 8 * million), true},
         {"long unknown header",
          L"[" + repeat(L"[", 2 * million) + L"x]" + repeat(L"[", 4 * million), true},

@@ -12,13 +12,14 @@ namespace kestrel {
 namespace {
 
 // The tree as indented lines "label tag".
-std::wstring drawn(const std::vector<BlockNode>& nodes) {
+std::wstring drawn(const GasTemplate& record, const std::vector<BlockNode>& nodes) {
     std::map<std::size_t, std::size_t> depths;
     std::wstring text;
     for (std::size_t i = 0; i < nodes.size(); ++i) {
         const bool root = nodes[i].parent == BlockNode::kNoParent;
         depths[i] = root ? 0 : depths[nodes[i].parent] + 1;
-        text += std::wstring(depths[i], L' ') + nodes[i].label + L" " + nodes[i].tag + L"\n";
+        text += std::wstring(depths[i], L' ') + nodes[i].label + L" " +
+                branchPath(record, nodes[i]) + L"\n";
     }
     return text;
 }
@@ -47,14 +48,25 @@ TEST(Tree, NestsAsTheBlocksNest) {
          L"  c_2 Info0\\a\\b\\c_2\\\n"},
     };
     const ProgramScope program;
+    std::vector<GasTemplate> templates;
     for (const auto& c : cases) {
-        std::vector<GasTemplate> templates;
         ASSERT_TRUE(loadGasText(std::wstring(L"[info]\r\n") + c.body, templates));
         const std::vector<BlockNode> nodes = blockTree(templates[0]);
-        EXPECT_EQ(drawn(nodes), c.tree) << test::shown(c.body);
-        EXPECT_EQ(fullPath(nodes.back()) + L'\\',
-                  groupPath(L"Info0", templates[0].Properties.back()));
+        EXPECT_EQ(drawn(templates[0], nodes), c.tree) << test::shown(c.body);
+        const GasProperty& last = templates[0].Properties.back();
+        EXPECT_EQ(fullPath(templates[0], nodes.back()) + L'\\', groupPath(L"Info0", last));
+        EXPECT_EQ(&*nodeOf(nodes, last), &nodes.back());
     }
+    // Deeper ones than a window draws keep their paths.
+    std::wstring deep = L"[info]\r\n";
+    for (int i = 0; i < 5000; ++i) deep += L"[a]\r\n{\r\n";
+    ASSERT_TRUE(loadGasText(deep, templates));
+    const std::vector<BlockNode> nodes = blockTree(templates[0]);
+    ASSERT_EQ(nodes.size(), 5001U);
+    EXPECT_EQ(nodes[249].parent, 248U);
+    EXPECT_EQ(nodes.back().parent, nodes[250].parent);
+    EXPECT_EQ(branchPath(templates[0], nodes.back()),
+              groupPath(L"Info0", templates[0].Properties.back()));
 }
 
 }  // namespace

@@ -10,7 +10,7 @@ namespace kestrel {
 
 inline void PrintTo(const GasProperty& property, std::ostream* out) {
     *out << "{" << test::shown(property.Name) << " = " << test::shown(property.Value) << ", group "
-         << test::shown(property.Group) << (property.IsBlock ? ", block" : "") << ", level "
+         << test::shown(property.Group.text()) << (property.IsBlock ? ", block" : "") << ", level "
          << property.Level << "}";
 }
 

@@ -95,7 +95,8 @@ const GasTemplate* frmMain::selectedTemplate() const {
 
 const BlockNode* frmMain::selectedBlock() const {
     const auto node = tvwInfo->selected();
-    return node && *node < blocks_.size() ? &blocks_[*node] : nullptr;
+    const bool there = node && *node < blocks_.size() && selectedTemplate() != nullptr;
+    return there ? &blocks_[*node] : nullptr;
 }
 
 const GasProperty* frmMain::selectedProperty() const {
@@ -108,7 +109,7 @@ const GasProperty* frmMain::selectedProperty() const {
 
 std::wstring frmMain::selectedBranch() const {
     const BlockNode* block = selectedBlock();
-    return block == nullptr ? std::wstring() : block->tag;
+    return block == nullptr ? std::wstring() : branchPath(*selectedTemplate(), *block);
 }
 
 void frmMain::templateSelected() {
@@ -136,8 +137,8 @@ void frmMain::mLoadTree(const GasTemplate& record) {
 void frmMain::nodeClicked() {
     const BlockNode* block = selectedBlock();
     if (block == nullptr) return;
-    setPanel(pnlInfo, fullPath(*block));
-    fillProperties(block->tag, false);
+    setPanel(pnlInfo, fullPath(*selectedTemplate(), *block));
+    fillProperties(selectedBranch(), false);
     refreshCommands();
 }
 

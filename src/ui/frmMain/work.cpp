@@ -165,11 +165,10 @@ bool frmMain::copyName() {
 }
 
 bool frmMain::filterByProperty() {
-    const std::wstring path = groupPath(selectedTemplate()->Name, *selectedProperty());
-    const auto block = std::ranges::find(blocks_, path, &BlockNode::tag);
-    if (block == blocks_.end()) return false;
+    const auto block = nodeOf(blocks_, *selectedProperty());
+    if (block == blocks_.cend()) return false;
     chkTree->SetValue(true);
-    selectBlock(static_cast<std::size_t>(block - blocks_.begin()));
+    selectBlock(static_cast<std::size_t>(block - blocks_.cbegin()));
     return true;
 }
 
