@@ -38,7 +38,10 @@ class ChainWalk {
         : call_(call), files_(std::move(files)) {}
 
     int walk() {
-        if (!document_.load(files_[0])) return kFailed;
+        if (!document_.load(files_[0])) {
+            call_.terminal.error(document_.problem());
+            return kFailed;
+        }
         const GasTemplate* record = find(call_.terminal, document_.templates(), call_.operands[1]);
         if (record == nullptr) return kFailed;
         for (std::wstring name = chainName(*record);; record = lookUp(name)) {
@@ -57,7 +60,10 @@ class ChainWalk {
         for (std::size_t i = 0; record == nullptr && i < files_.size();) {
             const std::wstring& file = files_[i];
             call_.terminal.about(file);
-            if (file != document_.file()) record = document_.loadAndFind(file, name);
+            if (file != document_.file()) {
+                record = document_.loadAndFind(file, name);
+                if (!document_.problem().empty()) call_.terminal.error(document_.problem());
+            }
             // One that does not load is told of once.
             if (file == document_.file()) {
                 ++i;

@@ -120,7 +120,8 @@ bool needsNormalText(const Cut& cut) {
     const auto has = [&](std::string_view some) {
         return cut.prefix.find(some) != cut.prefix.npos;
     };
-    return isJoined(cut) || has("\t") || has("    ") || has(kCrLf);
+    // A blank at its begin may be the end of a tab.
+    return isJoined(cut) || cut.prefix.starts_with(' ') || has("\t") || has("    ") || has(kCrLf);
 }
 
 void joinParties(Cut& cut, std::string& joined) {

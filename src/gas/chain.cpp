@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <functional>
+#include <utility>
 
 #include "gas/load.h"
-#include "gas/query.h"
 #include "services/bytes.h"
 #include "services/errors.h"
 #include "services/files.h"
@@ -25,6 +25,30 @@ constexpr std::size_t kMostKnownValues = 2'000'000;
 std::size_t hashOf(std::wstring_view text) noexcept {
     return std::hash<std::wstring_view>()(text);
 }
+
+// Keeps the first message of what it stands around, which shows none.
+class FirstMessage final : public Messages {
+  public:
+    FirstMessage() : before_(std::exchange(gProgram().host.messages, this)) {}
+    ~FirstMessage() override { gProgram().host.messages = before_; }
+    FirstMessage(const FirstMessage&) = delete;
+    FirstMessage& operator=(const FirstMessage&) = delete;
+
+    const std::wstring& text() const noexcept { return text_; }
+
+    Answer ask(std::wstring_view text, std::wstring_view, Icon, Buttons) override {
+        if (text_.empty()) text_ = text;
+        return Answer::cancel;
+    }
+    std::optional<std::wstring> prompt(std::wstring_view, std::wstring_view,
+                                       std::wstring_view) override {
+        return {};
+    }
+
+  private:
+    Messages* before_;
+    std::wstring text_;
+};
 
 // The hash of every value by which findSource() finds a record.
 std::vector<std::size_t> sourceValues(const std::vector<GasTemplate>& templates) {
@@ -52,11 +76,14 @@ bool ChainDocument::load(const std::wstring& file) {
     const std::optional<FileStamp> stamp = fileStamp(file);
     std::vector<GasTemplate> templates;
     std::wstring path = file;
+    problem_.clear();
+    const FirstMessage message;
     if (!gblnLoadGas(path, templates, nullptr)) {
-        tellUser(L"Error loading gas file!", Icon::exclamation);
+        problem_ = message.text();
         return false;
     }
     file_ = file;
+    index_.reset();
     templates_ = std::move(templates);
     stamp_ = stamp;
     remember();
@@ -80,16 +107,26 @@ bool ChainDocument::lacks(const std::wstring& file, std::wstring_view name) cons
            !std::ranges::binary_search(known->second.values, hashOf(name));
 }
 
+const GasTemplate* ChainDocument::source(std::wstring_view name) {
+    if (!index_) index_.emplace(templates_);
+    const GasTemplate* record = index_->byDoc(name);
+    return record != nullptr ? record : index_->byName(name);
+}
+
 const GasTemplate* ChainDocument::find(std::wstring_view name) {
+    problem_.clear();
     if (lacks(file_, name)) return nullptr;
     const std::optional<FileStamp> stamp = fileStamp(file_);
     if (stamp && stamp != stamp_) load(file_);
-    return findSource(templates_, name);
+    return source(name);
 }
 
+// Without an index: most files of a list are looked into once.
 const GasTemplate* ChainDocument::loadAndFind(const std::wstring& file, std::wstring_view name) {
+    problem_.clear();
     if (!lacks(file, name)) return load(file) ? findSource(templates_, name) : nullptr;
     file_ = file;
+    index_.reset();
     templates_.clear();
     stamp_.reset();
     return nullptr;
@@ -101,8 +138,9 @@ void SpecializesChain::open(std::wstring_view name, std::wstring_view startFile)
         baseName_ = name;
         startFile_ = startFile;
         addFile(startFile_);
-        if (!document_.load(startFile_) || !nodes_.empty()) return;
-        mLoadTree(gstrGetTemplateHistory(document_.templates(), baseName_), startFile_);
+        if (!document_.load(startFile_)) return tellProblem(startFile_);
+        if (nodes_.empty())
+            mLoadTree(gstrGetTemplateHistory(document_.templates(), baseName_), startFile_);
     });
 }
 
@@ -140,14 +178,16 @@ void SpecializesChain::click(std::size_t index) {
 
 const GasTemplate* SpecializesChain::lookUp(std::size_t index) {
     const ChainNode& node = nodes_[index];
-    if (const GasTemplate* record = document_.find(node.text)) return record;
-    if (!node.tag.empty() && node.tag != currentFile()) {
+    const GasTemplate* found = document_.find(node.text);
+    if (!isDead(currentFile())) tellProblem(currentFile());
+    if (found != nullptr) return found;
+    if (!node.tag.empty() && node.tag != currentFile() && !isDead(node.tag)) {
         if (const GasTemplate* record = lookInto(node.tag, index)) return record;
     }
     // Each file that is looked into becomes the current one, so a second entry of
     // a file is skipped only right behind the first.
     for (const std::wstring& file : files_) {
-        if (file.empty() || file == currentFile()) continue;
+        if (file.empty() || file == currentFile() || isDead(file)) continue;
         if (const GasTemplate* record = lookInto(file, index)) return record;
     }
     const std::wstring chosen =
@@ -158,16 +198,41 @@ const GasTemplate* SpecializesChain::lookUp(std::size_t index) {
 const GasTemplate* SpecializesChain::lookInto(std::wstring file, std::size_t index) {
     ChainNode& node = nodes_[index];
     const GasTemplate* record = document_.loadAndFind(file, node.text);
+    tellProblem(file);
     if (record == nullptr) return nullptr;
     addFile(file);
     node.tag = std::move(file);
     return record;
 }
 
+bool SpecializesChain::isDead(const std::wstring& file) const {
+    const auto dead = dead_.find(file);
+    return dead != dead_.end() && dead->second == fileStamp(file);
+}
+
+void SpecializesChain::tellProblem(const std::wstring& file) {
+    if (document_.problem().empty()) return;
+    dead_[file] = fileStamp(file);
+    tellUser(L"Error loading gas file!\r\n\r\n" + file + L"\r\n" + document_.problem(),
+             Icon::exclamation);
+}
+
+// True when `record` of the current file is that of the node, or of one above it.
+bool SpecializesChain::isAt(std::size_t index, const GasTemplate& record) {
+    for (; index != ChainNode::kNoParent; index = nodes_[index].parent) {
+        const ChainNode& node = nodes_[index];
+        if (node.tag == currentFile() && document_.source(node.text) == &record) return true;
+    }
+    return false;
+}
+
 void SpecializesChain::grow(std::size_t index, const GasTemplate& record) {
     const auto isChild = [&](const ChainNode& node) { return node.parent == index; };
     std::wstring parent = gstrFindPropertyVal(record, L"specializes");
     if (parent.empty() || std::ranges::any_of(nodes_, isChild)) return;
+    const GasTemplate* next = document_.source(parent);
+    const std::size_t above = nodes_[index].parent;
+    if (next == &record || isAt(above, record) || (next != nullptr && isAt(above, *next))) return;
     nodes_.push_back({std::move(parent), makeKey(nodes_.size() + 1), currentFile(), index});
 }
 

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
+#include "gas/query.h"
 #include "gas/template.h"
 #include "services/filestamp.h"
 #include "services/viewtext.h"
@@ -22,13 +24,21 @@ std::wstring chainName(const GasTemplate& record);
 // found in them, so that looking through many files again costs no loading.
 class ChainDocument {
   public:
+    ChainDocument() = default;
+    // Its index points into its templates.
+    ChainDocument(ChainDocument&&) = default;
+    ChainDocument& operator=(ChainDocument&&) = default;
+
     // The file loaded last; empty at first.
     const std::wstring& file() const noexcept { return file_; }
     const std::vector<GasTemplate>& templates() const noexcept { return templates_; }
 
-    // Loads `file`. A failure is told to the user and false; file and templates
-    // are then as they were.
+    // Loads `file`. After a failure, whose reason problem() tells, file and templates are as
+    // they were.
     bool load(const std::wstring& file);
+
+    // Why the last call could not load a file; empty when it could, or had none to load.
+    const std::wstring& problem() const noexcept { return problem_; }
 
     // The template whose "doc", or else whose "name", is `name`; null when there is
     // none. It lives until the next call. A file that has changed is loaded again.
@@ -36,6 +46,9 @@ class ChainDocument {
 
     // As load(), then find().
     const GasTemplate* loadAndFind(const std::wstring& file, std::wstring_view name);
+
+    // As find(), in the templates as they are.
+    const GasTemplate* source(std::wstring_view name);
 
   private:
     struct Known {
@@ -48,6 +61,8 @@ class ChainDocument {
 
     std::wstring file_;
     std::vector<GasTemplate> templates_;
+    std::optional<TemplateIndex> index_;  // of templates_, once they are searched again
+    std::wstring problem_;
     std::optional<FileStamp> stamp_;  // none: nobody needed the templates of file_ yet
     std::unordered_map<std::wstring, Known> known_;
     std::size_t knownValues_ = 0;
@@ -69,8 +84,10 @@ class SpecializesChain {
     void open(std::wstring_view name, std::wstring_view startFile);
 
     // Looks for the source of the node at `index` and asks the user for its file
-    // when no file of the list has it. A node without a child gets one when its
-    // template specializes something; it is then the last node.
+    // when no file of the list has it. A file that cannot be loaded is told once, and not
+    // tried again until it changes. A node without a child gets one when its template
+    // specializes something that is not, as far as the current file tells, the template of
+    // the node or of one above; it is then the last node.
     void click(std::size_t index);
 
     // The source of the node that was clicked last.
@@ -98,7 +115,10 @@ class SpecializesChain {
     void addFile(const std::wstring& file);
     const GasTemplate* lookUp(std::size_t index);
     const GasTemplate* lookInto(std::wstring file, std::size_t index);
+    bool isDead(const std::wstring& file) const;
+    void tellProblem(const std::wstring& file);
     void grow(std::size_t index, const GasTemplate& record);
+    bool isAt(std::size_t index, const GasTemplate& record);
 
     std::wstring baseName_;
     std::wstring startFile_;
@@ -107,6 +127,8 @@ class SpecializesChain {
     std::vector<ChainNode> nodes_;
     std::wstring text_;
     std::optional<FileBlock> block_;
+    // The files that could not be loaded, as they were then.
+    std::map<std::wstring, std::optional<FileStamp>> dead_;
 };
 
 }  // namespace kestrel

@@ -6,7 +6,7 @@
 #include "gas/statements.h"
 #include "services/bytes.h"
 #include "services/errors.h"
-#include "services/files.h"
+#include "services/filesystem.h"
 #include "services/keys.h"
 #include "services/text.h"
 
@@ -139,7 +139,9 @@ bool guardedLoad(std::vector<GasTemplate>& templates, TemplateList* list, Body&&
 bool gblnLoadGas(std::wstring& path, std::vector<GasTemplate>& templates, TemplateList* list) {
     return guardedLoad(templates, list, [&] {
         bool hasHeader = true;
-        const bool loaded = loadBytes(readFileBytes(path), false, templates, list, hasHeader);
+        // Not by readFileBytes, which reports what this does.
+        std::string bytes = filesystem::read(path).value_or(std::string());
+        const bool loaded = loadBytes(std::move(bytes), false, templates, list, hasHeader);
         if (!hasHeader) path.clear();
         return loaded;
     });

@@ -1,6 +1,5 @@
 #include "gas/query.h"
 
-#include <unordered_map>
 #include <unordered_set>
 
 #include "services/errors.h"
@@ -26,21 +25,6 @@ std::wstring_view valueOf(const GasTemplate& record, std::wstring_view name) {
     return {};
 }
 
-// The records by the values of their `name` properties, so that a chain of any
-// length takes one walk over the file.
-using NameIndex = std::unordered_map<std::wstring_view, const GasTemplate*>;
-
-NameIndex indexNames(const std::vector<GasTemplate>& templates) {
-    NameIndex index;
-    for (const GasTemplate& record : templates) {
-        if (record.Name.empty()) continue;
-        for (const GasProperty& property : record.Properties) {
-            if (property.Name == L"name") index.try_emplace(property.Value, &record);
-        }
-    }
-    return index;
-}
-
 std::wstring_view labelOf(const GasTemplate& record, std::wstring_view name) {
     const std::wstring_view doc = valueOf(record, L"doc");
     return doc.empty() ? name : doc;
@@ -55,22 +39,19 @@ const GasTemplate* findStart(const std::vector<GasTemplate>& templates, std::wst
 
 std::wstring templateHistory(const std::vector<GasTemplate>& templates, std::wstring_view name) {
     static const GasTemplate kNone;
-    const NameIndex names = indexNames(templates);
+    const TemplateIndex index(templates);
     const GasTemplate* record = findStart(templates, name);
     if (record == nullptr) record = &kNone;
     std::wstring history(labelOf(*record, name));
     // A chain that comes back to a record ends there, whatever it calls it.
     std::unordered_set<const GasTemplate*> seen;
-    std::unordered_set<std::wstring_view> docs;
     for (bool more = !name.empty(); more;) {
         seen.insert(record);
-        docs.insert(labelOf(*record, {}));
         const std::wstring_view parent = valueOf(*record, L"specializes");
-        const auto found = names.find(parent);
-        const bool missing = found == names.end();
-        if (missing ? !parent.empty() && docs.contains(parent) : seen.contains(found->second))
-            break;
-        record = missing ? &kNone : found->second;
+        const GasTemplate* found = index.byName(parent);
+        if (found == nullptr && !parent.empty()) found = index.byDoc(parent);
+        if (seen.contains(found)) break;
+        record = found == nullptr ? &kNone : found;
         history += L'|';
         history += labelOf(*record, parent);
         more = !record->Name.empty();
@@ -91,6 +72,21 @@ const GasTemplate* findTemplate(const std::vector<GasTemplate>& templates, std::
 const GasTemplate* findSource(const std::vector<GasTemplate>& templates, std::wstring_view name) {
     const GasTemplate* record = findTemplate(templates, L"doc", name);
     return record != nullptr ? record : findTemplate(templates, L"name", name);
+}
+
+TemplateIndex::TemplateIndex(const std::vector<GasTemplate>& templates) {
+    for (const GasTemplate& record : templates) {
+        if (record.Name.empty()) continue;
+        for (const GasProperty& property : record.Properties) {
+            if (property.Name == L"name") names_.try_emplace(property.Value, &record);
+            if (property.Name == L"doc") docs_.try_emplace(property.Value, &record);
+        }
+    }
+}
+
+const GasTemplate* TemplateIndex::find(const Records& records, std::wstring_view value) {
+    const auto found = records.find(value);
+    return found == records.end() ? nullptr : found->second;
 }
 
 GasTemplate gudtSearchForTemplate(const std::vector<GasTemplate>& templates, std::wstring_view key,

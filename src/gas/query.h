@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "gas/template.h"
@@ -23,12 +24,31 @@ const GasTemplate* findTemplate(const std::vector<GasTemplate>& templates, std::
 // there is none.
 const GasTemplate* findSource(const std::vector<GasTemplate>& templates, std::wstring_view name);
 
+// The records by their `doc` and `name` values, for many questions about one array: each
+// takes no walk over it. It points into the array.
+class TemplateIndex {
+  public:
+    explicit TemplateIndex(const std::vector<GasTemplate>& templates);
+
+    // As findTemplate with the key "name", and with "doc".
+    const GasTemplate* byName(std::wstring_view value) const { return find(names_, value); }
+    const GasTemplate* byDoc(std::wstring_view value) const { return find(docs_, value); }
+
+  private:
+    using Records = std::unordered_map<std::wstring_view, const GasTemplate*>;
+    static const GasTemplate* find(const Records& records, std::wstring_view value);
+
+    Records names_;
+    Records docs_;
+};
+
 // The value of the first property called `name`; empty when there is none.
 std::wstring gstrFindPropertyVal(const GasTemplate& record, std::wstring_view name);
 
 // The chain from the template called `name` up through its ancestors in this
 // file, as display names joined by "|"; it ends in "|" when the last ancestor
-// specializes nothing. A chain that comes back to a name ends there.
+// specializes nothing. An ancestor is found by its `name`, or else by its `doc`. A chain
+// that comes back to a record ends there.
 std::wstring gstrGetTemplateHistory(const std::vector<GasTemplate>& templates,
                                     std::wstring_view name);
 

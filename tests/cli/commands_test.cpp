@@ -103,8 +103,7 @@ TEST(Commands, ListAndShow) {
 }
 
 const std::string kFound = "@/folder" + kSeparator;
-const std::string kLedger = "kestrel-cli: " + kFound + "ledger.gas: " + kNoData +
-                            "kestrel-cli: " + kFound + "ledger.gas: Error loading gas file!\n";
+const std::string kLedger = "kestrel-cli: " + kFound + "ledger.gas: " + kNoData;
 
 TEST(Commands, Chain) {
     expectAll(

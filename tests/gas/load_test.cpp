@@ -78,6 +78,7 @@ TEST_F(Load, FirstHeaderDecidesTheKindOfTheWholeFile) {
         {L"[[a][a][[a]]", L"[a", {L"[[a][a]}", L"[[a]]\r\n}"}},
         {L"[]\r\n", L"Unknown", {L"[]\r\n}"}},
         {L"lamp] [x]", L"lamp", {L"lamp] [x]\r\n}"}},
+        {L" lamp]\r\n\tlamp]\r\n}", L" lamp", {L" lamp]\r\n   }", L" lamp]\r\n}\r\n"}},
     };
     for (const KindCase& c : cases) {
         SCOPED_TRACE(test::shown(c.text));
@@ -183,6 +184,11 @@ TEST_F(Load, FileWithoutAHeaderEmptiesThePath) {
     std::wstring missing = folder.path(L"missing.gas");
     EXPECT_FALSE(gblnLoadGas(missing, templates_, nullptr));
     EXPECT_TRUE(missing.empty());
+    // A file that Linux does not let be read (none elsewhere): one failure, one report.
+    host_.log.clear();
+    std::wstring unreadable = L"/proc/self/mem";
+    EXPECT_FALSE(gblnLoadGas(unreadable, templates_, nullptr));
+    EXPECT_EQ(host_.log.size(), 1U);
 }
 
 TEST_F(Load, TextBeyondTheCodePageLoadsFromMemory) {
