@@ -10,11 +10,12 @@ int main(int count, char** values) {
     namespace cli = kestrel::cli;
     kestrel::settleProcess();
     cli::system::prepareStreams();
-    cli::OutputBuffer buffer(stdout);
+    cli::OutputBuffer buffer(stdout, cli::system::isTerminal(stdout));
     std::ostream out(&buffer);
-    cli::OutputBuffer messages(stderr);
+    // Messages are visible as they are, and progress moves the cursor.
+    cli::OutputBuffer messages(stderr, false);
     std::ostream err(&messages);
     err << std::unitbuf;
     return cli::run(cli::system::commandLine(count, values), out, err,
-                    cli::system::errorIsTerminal());
+                    cli::system::isTerminal(stderr));
 }

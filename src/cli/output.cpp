@@ -1,6 +1,10 @@
 #include "cli/output.h"
 
+#include <string_view>
+
 #include "cli/system.h"
+#include "cli/terminal.h"
+#include "services/bytes.h"
 
 namespace kestrel::cli {
 
@@ -12,15 +16,25 @@ OutputBuffer::int_type OutputBuffer::overflow(int_type c) {
 
 std::streamsize OutputBuffer::xsputn(const char* bytes, std::streamsize count) {
     waiting_.append(bytes, static_cast<std::size_t>(count));
-    // A console takes whole characters; what ends a line is one.
     constexpr std::size_t kEnough = 65536;
     if (waiting_.size() < kEnough) return count;
-    const std::size_t end = waiting_.rfind('\n') + 1;
-    return writeOut(end == 0 ? waiting_.size() : end) ? count : 0;
+    return writeOut(wholePart()) ? count : 0;
+}
+
+// A console takes whole characters; what ends a line is one. In a line without end, the last
+// character may not be whole.
+std::size_t OutputBuffer::wholePart() const {
+    const std::size_t line = waiting_.rfind('\n') + 1;
+    if (line != 0) return line;
+    std::size_t last = waiting_.size() - 1;
+    while (last > 0 && (static_cast<unsigned char>(waiting_[last]) & 0xC0U) == 0x80) --last;
+    return last;
 }
 
 bool OutputBuffer::writeOut(std::size_t count) {
-    const bool done = gone_ || settle(system::write(file_, {waiting_.data(), count}));
+    const std::string_view raw(waiting_.data(), count);
+    const std::string visible = isTerminal_ ? visibleText(fromUtf8(raw)) : std::string();
+    const bool done = gone_ || settle(system::write(file_, isTerminal_ ? visible : raw));
     waiting_.erase(0, count);
     return done;
 }

@@ -10,8 +10,9 @@ namespace kestrel::cli {
 // that has gone is dropped quietly; any other failure fails the C++ stream.
 class OutputBuffer final : public std::streambuf {
   public:
-    // `file` must outlive the buffer.
-    explicit OutputBuffer(std::FILE* file) : file_(file) {}
+    // `file` must outlive the buffer. Where it is a terminal, what a file could command it
+    // by becomes visible: text is then UTF-8.
+    OutputBuffer(std::FILE* file, bool isTerminal) : file_(file), isTerminal_(isTerminal) {}
 
   protected:
     int_type overflow(int_type c) override;
@@ -22,7 +23,10 @@ class OutputBuffer final : public std::streambuf {
     bool settle(bool done);
     bool writeOut(std::size_t count);
 
+    std::size_t wholePart() const;
+
     std::FILE* file_;
+    bool isTerminal_;
     std::string waiting_;
     bool gone_ = false;
 };

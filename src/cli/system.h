@@ -25,7 +25,6 @@ std::vector<std::wstring> commandLine(int count, char** values);
 // True when the write that has just failed did so because nobody reads any more.
 bool readerIsGone() noexcept;
 
-// True when the standard error stream is a terminal.
-bool errorIsTerminal();
+bool isTerminal(std::FILE* stream);
 
 }  // namespace kestrel::cli::system

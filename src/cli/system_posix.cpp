@@ -32,8 +32,8 @@ bool readerIsGone() noexcept {
     return errno == EPIPE;
 }
 
-bool errorIsTerminal() {
-    return ::isatty(STDERR_FILENO) != 0;
+bool isTerminal(std::FILE* stream) {
+    return ::isatty(::fileno(stream)) != 0;
 }
 
 }  // namespace kestrel::cli::system

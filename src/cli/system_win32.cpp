@@ -80,8 +80,8 @@ bool readerIsGone() noexcept {
            code == ERROR_PIPE_NOT_CONNECTED;
 }
 
-bool errorIsTerminal() {
-    return ::_isatty(::_fileno(stderr)) != 0;
+bool isTerminal(std::FILE* stream) {
+    return ::_isatty(::_fileno(stream)) != 0;
 }
 
 }  // namespace kestrel::cli::system

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "services/bytes.h"
+#include "services/text.h"
 
 namespace kestrel::cli {
 namespace {
@@ -58,30 +59,48 @@ std::wstring formattedTime(const char* format) {
     return fromUtf8(text.data());
 }
 
-bool isControl(wchar_t c) {
-    return c < 0x20 || (c >= 0x7F && c < 0xA0);
+bool breaksLine(wchar_t c) {
+    return c == L'\n' || c == L'\r' || c == L'\t';
 }
 
-std::string escapeOf(wchar_t control) {
-    if (control == L'\n') return "\\n";
-    if (control == L'\r') return "\\r";
-    if (control == L'\t') return "\\t";
-    char escape[8];
-    std::snprintf(escape, sizeof escape, "\\x%02X", static_cast<unsigned>(control));
+std::string escapeOf(wchar_t c) {
+    if (c == L'\n') return "\\n";
+    if (c == L'\r') return "\\r";
+    if (c == L'\t') return "\\t";
+    const auto code = static_cast<unsigned>(c);
+    char escape[16];
+    std::snprintf(escape, sizeof escape, code < 0x80 ? "\\x%02X" : "\\u%04X", code);
     return escape;
+}
+
+// `text` as UTF-8, with an escape for each character at whose place `isEscaped` is true.
+template <class IsEscaped>
+std::string escaped(std::wstring_view text, IsEscaped&& isEscaped) {
+    std::string line;
+    std::size_t start = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (!isEscaped(i)) continue;
+        line.append(toUtf8(text.substr(start, i - start))).append(escapeOf(text[i]));
+        start = i + 1;
+    }
+    return line.append(toUtf8(text.substr(start)));
 }
 
 }  // namespace
 
 std::string oneLine(std::wstring_view text) {
-    std::string line;
-    std::size_t start = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (!isControl(text[i])) continue;
-        line.append(toUtf8(text.substr(start, i - start))).append(escapeOf(text[i]));
-        start = i + 1;
-    }
-    return line.append(toUtf8(text.substr(start)));
+    return escaped(text, [&](std::size_t i) { return breaksLine(text[i]); });
+}
+
+std::string visibleLine(std::wstring_view text) {
+    return escaped(text, [&](std::size_t i) { return !isDrawable(text[i]); });
+}
+
+std::string visibleText(std::wstring_view text) {
+    return escaped(text, [&](std::size_t i) {
+        if (text[i] == L'\r') return !text.substr(i + 1).starts_with(L'\n');
+        return !breaksLine(text[i]) && !isDrawable(text[i]);
+    });
 }
 
 Terminal::Terminal(std::ostream& err, bool showsProgress)
@@ -100,14 +119,14 @@ void Terminal::error(std::wstring_view text) {
     showProgress({});
     ++errors_;
     err_ << "kestrel-cli: ";
-    if (!subject_.empty()) err_ << oneLine(subject_) << ": ";
-    err_ << oneLine(text) << '\n';
+    if (!subject_.empty()) err_ << visibleLine(subject_) << ": ";
+    err_ << visibleLine(text) << '\n';
 }
 
 void Terminal::showProgress(std::wstring_view text) {
     constexpr std::size_t kColumns = 79;
     if (text.empty() && shown_ == 0) return;
-    const std::wstring line = fromUtf8(oneLine(text)).substr(0, kColumns);
+    const std::wstring line = fromUtf8(visibleLine(text)).substr(0, kColumns);
     err_ << '\r' << toUtf8(line);
     if (shown_ > line.size()) err_ << std::string(shown_ - line.size(), ' ');
     if (line.empty()) err_ << '\r';

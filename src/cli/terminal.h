@@ -11,9 +11,15 @@
 
 namespace kestrel::cli {
 
-// `text` as UTF-8 on one line: its control characters are visible escapes, so
-// that no file can send commands to a terminal.
+// `text` as UTF-8 in one column of a line: what would end either is a visible escape.
 std::string oneLine(std::wstring_view text);
+
+// As oneLine(), with escapes for all that isDrawable() tells of too, so that no file can send
+// commands to a terminal, or turn the direction of a name.
+std::string visibleLine(std::wstring_view text);
+
+// As visibleLine(), with the lines and columns of `text`.
+std::string visibleText(std::wstring_view text);
 
 // The host of the core while it has no windows: what it tells goes to the error
 // stream, and so does progress where that is a terminal. Nobody is asked

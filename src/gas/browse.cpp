@@ -74,20 +74,6 @@ bool breaksLine(wchar_t c) noexcept {
     return (c >= L'\t' && c <= L'\r') || c == 0x85 || c == 0x2028 || c == 0x2029;
 }
 
-// A control character shows nothing, and one that turns the direction of what
-// follows lets a name pass for another.
-bool isDrawable(wchar_t c) noexcept {
-    const auto code = static_cast<char32_t>(c);
-    const auto within = [code](char32_t first, char32_t last) {
-        return code >= first && code <= last;
-    };
-    const bool controls = code < 0x20 || within(0x7F, 0x9F);
-    const bool turns =
-        code == 0x61C || within(0x200E, 0x200F) || within(0x202A, 0x202E) || within(0x2066, 0x2069);
-    const bool nowhere = code > 0x10FFFF || (sizeof(wchar_t) != 2 && within(0xD800, 0xDFFF));
-    return !controls && !turns && !nowhere;
-}
-
 }  // namespace
 
 void SortState::click(std::size_t clicked) noexcept {

@@ -22,6 +22,10 @@ std::vector<std::wstring_view> split(std::wstring_view text, std::wstring_view s
 wchar_t foldCase(wchar_t c) noexcept;
 std::wstring lowerCase(std::wstring_view text);
 
+// False for a character that shows nothing (a control), turns the direction of what follows
+// (so that a name passes for another), or is none.
+bool isDrawable(wchar_t c) noexcept;
+
 // Appends `number` in decimal.
 void appendNumber(std::wstring& text, long long number);
 

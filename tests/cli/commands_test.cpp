@@ -265,7 +265,7 @@ TEST_F(InFolder, LongAndOddTextsStayOnALine) {
     EXPECT_EQ(outcomeHere({L"check", path}),
               (Outcome{1,
                        here + "a.gas:2:" + why + std::string(120, 'x') + "...\n" + here +
-                           "a.gas:3:" + why + "\\x1B[2J\\ny\n",
+                           "a.gas:3:" + why + "\x1B[2J\\ny\n",
                        ""}));
 }
 

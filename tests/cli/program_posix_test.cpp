@@ -48,5 +48,27 @@ TEST_F(PosixProgram, AClosedOutputEndsItQuietly) {
     EXPECT_EQ(folder.bytes(L"err"), "");
 }
 
+// What the program writes into a terminal, in place of the bytes that it writes into a pipe.
+TEST_F(PosixProgram, NoFileCommandsATerminal) {
+    folder.put(L"a.gas", "[info]\r\n{\r\nx\x1B[2J = \x9B;\r\n" + std::string(100001, '\xE9') +
+                             "\xE9\x1B]0;\r\n}\r\n");
+    for (const std::string command :
+         {"show a.gas Info0", "show a.gas Info0 --listed", "dump a.gas", "list a.gas",
+          "check a.gas", "show a.gas $(printf '\\342\\200\\256')"}) {
+        const std::string run = "\"$cli\" " + command;
+        shell(run + " >raw 2>&1");
+        shell("run='" + run +
+              "' && export cli run && script -qec 'eval $run' /dev/null >shown </dev/null");
+        const std::string shown = folder.bytes(L"shown");
+        EXPECT_EQ(shown.find_first_of("\x1B\x9B"), std::string::npos) << command;
+        EXPECT_EQ(shown.find("\xE2\x80\xAE"), std::string::npos) << command;
+        EXPECT_FALSE(shown.empty()) << command;
+        if (!command.starts_with("show a.gas Info0")) continue;
+        EXPECT_NE(folder.bytes(L"raw").find('\x1B'), std::string::npos) << command;
+        EXPECT_NE(shown.find("x\\x1B"), std::string::npos) << command;
+        EXPECT_EQ(shown.find("\\uDC"), std::string::npos) << "a character was cut";
+    }
+}
+
 }  // namespace
 }  // namespace kestrel::cli

@@ -36,8 +36,12 @@ TEST_F(TerminalTest, IsTheHostForItsLifetime) {
 }
 
 TEST_F(TerminalTest, NoFileSendsCommandsToIt) {
-    EXPECT_EQ(oneLine(L"a\x1B[2J\t\x7F\x9B\u00A0\u00E9\n"),
-              "a\\x1B[2J\\t\\x7F\\x9B\xC2\xA0\xC3\xA9\\n");
+    const std::wstring text = L"a\x1B[2J\t\x7F\u009B\u00A0\u00E9\r\n\r\u202Eb";
+    EXPECT_EQ(oneLine(text),
+              "a\x1B[2J\\t\x7F\xC2\x9B\xC2\xA0\xC3\xA9\\r\\n\\r\xE2\x80\xAE"
+              "b");
+    EXPECT_EQ(visibleLine(text), "a\\x1B[2J\\t\\x7F\\u009B\xC2\xA0\xC3\xA9\\r\\n\\r\\u202Eb");
+    EXPECT_EQ(visibleText(text), "a\\x1B[2J\t\\x7F\\u009B\xC2\xA0\xC3\xA9\r\n\\r\\u202Eb");
 }
 
 // `text` with "9" for each digit and "a" for each run of letters.
