@@ -73,6 +73,17 @@ TEST_F(Render, OddTemplates) {
     EXPECT_TRUE(gstrMakeText(empty, nullptr, filter_, false, nullptr)
                     .ends_with(L"Group\r\n" + kMinus + L"\r\n" + kMinus + L"\r\nComments:\r\n" +
                                kStars + L"\r\n"));
+    GasTemplate big = crate();
+    big.Properties.assign(10000, {L"x", L"1", L"a\\b", false, 1});
+    std::wstring whole;
+    std::size_t longest = 0;
+    makeText(big, [&](std::wstring_view part) {
+        whole += part;
+        longest = std::max(longest, part.size());
+    });
+    filter_.clear();
+    EXPECT_EQ(whole, gstrMakeText(big, nullptr, filter_, false, nullptr));
+    EXPECT_LT(longest, 100000U);
 }
 
 TEST_F(Render, WholeFile) {
