@@ -202,3 +202,27 @@ def try_moving_is_told_to_screen_readers(k):
     k.keys("Escape", on=view)
     k.gone(view)
     k.quit()
+
+
+def try_sub_blocks_of_any_depth_are_browsed(k):
+    path = k.sample("info.gas")
+    with open(path, "w", encoding="ascii", newline="\r\n") as file:
+        file.write("[info]\n{\n" + "[a]\n{\n" * 5000 + "mass = 1;\n" + "}\n" * 5001)
+    k.start(path)
+    wait(lambda: k.status()[3] == "5001 Properties", "all of them")
+    k.keys("F6", "F6")
+    k.focus_is("Properties")
+    k.click(k.find("Properties").header(2))
+    k.keys("End")
+    wait(lambda: selected(k, "Properties")[2] == "Info0\\a_1\\", "the last group")
+    k.click(k.find("Properties").header(0))
+    k.keys("Home")
+    wait(lambda: selected(k, "Properties")[0] == "mass", "the last name, first")
+    k.keys("shift+F10")
+    k.menu("Filter by This Block")
+    wait(lambda: k.status()[3] == "2 Properties", "the block's header and its property")
+    assert k.status()[0].startswith("Info0\\a\\a\\a\\")
+    assert selected(k, "Blocks") == ["a_5000"]
+    k.click("Use Tree as Filter")
+    wait(lambda: k.status()[3] == "5001 Properties", "all of them again")
+    k.quit()
