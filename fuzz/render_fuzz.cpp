@@ -55,11 +55,6 @@ std::wstring textOf(const GasTemplate& record) {
     return text;
 }
 
-// The part of a row's text that it is sorted by.
-std::wstring sorted(std::wstring text) {
-    return text.substr(0, 1000);
-}
-
 ListShot shotOf(const GasTemplate& record, const SortState& sort) {
     ListShot shot{record.Name,
                   sort.sorted,

@@ -9,10 +9,6 @@
 namespace kestrel {
 namespace {
 
-// Characters that a row shows, and is sorted by: the names of groups in groups without end
-// take the square of their number.
-constexpr std::size_t kLongestLine = 1000;
-
 struct SortKey {
     std::wstring folded;
     std::wstring mixed;  // the text, where it differs from the folded one
@@ -36,7 +32,6 @@ std::vector<SortKey> sortKeys(std::size_t count,
     keys.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
         std::wstring text = sortText(i);
-        if (text.size() > kLongestLine) text = text.substr(0, kLongestLine);
         std::wstring folded = lowerCase(text);
         if (folded == text) text = {};
         keys.push_back({std::move(folded), std::move(text)});
@@ -144,6 +139,15 @@ std::wstring propertyText(const GasTemplate& record, std::size_t position, Prope
     return {};
 }
 
+std::wstring propertySortText(const GasTemplate& record, std::size_t position,
+                              PropertyColumn column) {
+    if (column != PropertyColumn::group || position >= record.Properties.size()) {
+        return propertyText(record, position, column);
+    }
+    const GasProperty& property = record.Properties[position];
+    return groupPath(record.Name, {{}, {}, property.Group.start(), false, property.Level});
+}
+
 RowOrder propertyRows(const GasTemplate& record, std::wstring_view filter, RowOrder order) {
     if (filter.empty()) return order;
     std::wstring path;
@@ -185,7 +189,8 @@ std::wstring mainCaption(const Version& version) {
 }
 
 std::wstring lineText(std::wstring_view text) {
-    std::wstring line(text.substr(0, kLongestLine));
+    constexpr std::size_t kLongest = 1000;
+    std::wstring line(text.substr(0, kLongest));
     for (wchar_t& c : line) {
         if (breaksLine(c)) {
             c = L' ';
@@ -193,7 +198,7 @@ std::wstring lineText(std::wstring_view text) {
             c = L'\xFFFD';
         }
     }
-    if (text.size() > kLongestLine) line += L'\x2026';
+    if (text.size() > kLongest) line += L'\x2026';
     return line;
 }
 

@@ -51,6 +51,11 @@ enum class PropertyColumn : std::size_t { property, value, group };
 // The text of a property's row.
 std::wstring propertyText(const GasTemplate& record, std::size_t position, PropertyColumn column);
 
+// The text that its row is sorted by: of a group, the names that real ones have. All of those
+// of groups in groups without end would take the square of their number.
+std::wstring propertySortText(const GasTemplate& record, std::size_t position,
+                              PropertyColumn column);
+
 // The positions among `order` of the properties whose branch path is `filter`;
 // all of them when it is empty.
 RowOrder propertyRows(const GasTemplate& record, std::wstring_view filter, RowOrder order);

@@ -19,8 +19,9 @@ void SharedGroup::release(Shared* shared) noexcept {
 
 SharedGroup SharedGroup::with(SharedText name) const {
     const std::size_t size = name.text().size() + (shared_ == nullptr ? 0 : shared_->size + 1);
-    auto* made = new Shared{shared_, std::move(name), size};
+    auto* made = new Shared{shared_, std::move(name), nullptr, size};
     if (shared_ != nullptr) ++shared_->owners;
+    made->start = size <= kStart ? made : shared_ == nullptr ? nullptr : shared_->start;
     return SharedGroup(made);
 }
 
@@ -40,8 +41,7 @@ SharedGroup SharedGroup::inside(const SharedText& name) const {
 SharedGroup SharedGroup::around() const noexcept {
     // What a first name that is empty leaves is no text, so no group.
     if (shared_ == nullptr || shared_->around == nullptr || shared_->around->size == 0) return {};
-    ++shared_->around->owners;
-    return SharedGroup(shared_->around);
+    return share(shared_->around);
 }
 
 void SharedGroup::appendTo(std::wstring& text) const {

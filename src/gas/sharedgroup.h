@@ -42,6 +42,12 @@ class SharedGroup {
     // The group around the last name; empty for a single name.
     SharedGroup around() const noexcept;
 
+    // The sub-blocks of it that fit into kStart characters, outermost first.
+    static constexpr std::size_t kStart = 256;
+    SharedGroup start() const noexcept {
+        return share(shared_ == nullptr ? nullptr : shared_->start);
+    }
+
     // The names joined by "\", made anew by each call.
     std::wstring text() const;
     void appendTo(std::wstring& text) const;
@@ -65,10 +71,15 @@ class SharedGroup {
     struct Shared {
         Shared* around;  // owned with others
         SharedText name;
+        Shared* start;     // itself, or around it; null where the first name does not fit
         std::size_t size;  // of the joined text
         std::size_t owners = 1;
     };
     explicit SharedGroup(Shared* shared) noexcept : shared_(shared) {}
+    static SharedGroup share(Shared* shared) noexcept {
+        if (shared != nullptr) ++shared->owners;
+        return SharedGroup(shared);
+    }
     SharedGroup with(SharedText name) const;
     static void release(Shared* shared) noexcept;
 

@@ -65,6 +65,7 @@ TEST(Tree, NestsAsTheBlocksNest) {
     ASSERT_EQ(nodes.size(), 5001U);
     EXPECT_EQ(nodes[249].parent, 248U);
     EXPECT_EQ(nodes.back().parent, nodes[250].parent);
+    EXPECT_EQ(nodes.back().group.start(), nodes[128].group) << "256 characters";
     EXPECT_EQ(branchPath(templates[0], nodes.back()),
               groupPath(L"Info0", templates[0].Properties.back()));
 }

@@ -53,8 +53,9 @@ void ReportList::limit(const Keep& keep) {
 }
 
 void ReportList::sortContent() {
+    const Text& text = sortText ? sortText : text_;
     order_ = rowOrder(order_.size(), sort_,
-                      [this](std::size_t position) { return text_(position, sort_.column); });
+                      [&](std::size_t position) { return text(position, sort_.column); });
 }
 
 void ReportList::show(RowOrder rows) {

@@ -62,6 +62,9 @@ class ReportList {
     std::function<void()> onSelect;
     std::function<void()> onActivate;
 
+    // What rows are sorted by in place of their text.
+    Text sortText;
+
   private:
     void sortBy(std::size_t column);
     void sortContent();

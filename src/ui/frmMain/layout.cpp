@@ -162,6 +162,11 @@ wxWindow* frmMain::buildInfoPane(wxWindow* parent) {
             return record == nullptr ? std::wstring()
                                      : propertyText(*record, position, PropertyColumn{column});
         });
+    lvwProperties->sortText = [this](std::size_t position, std::size_t column) {
+        const GasTemplate* record = selectedTemplate();
+        return record == nullptr ? std::wstring()
+                                 : propertySortText(*record, position, PropertyColumn{column});
+    };
     setAccessibleName(lvwProperties->window(), "Properties");
     innerPanes_->SplitVertically(&tvwInfo->window(), &lvwProperties->window());
     box->Add(innerPanes_, wxSizerFlags(1).Expand().Border(wxALL, gap));
