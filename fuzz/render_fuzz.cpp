@@ -71,8 +71,8 @@ ListShot shotOf(const GasTemplate& record, const SortState& sort) {
         shot.rows.push_back({cell(PropertyColumn::property), cell(PropertyColumn::value),
                              cell(PropertyColumn::group)});
         if (i == 0 || !sort.sorted) continue;
-        const int step = compareWithoutCase(sorted(cell(column)),
-                                            sorted(propertyText(record, order[i - 1], column)));
+        const int step =
+            compareWithoutCase(cell(column), propertyText(record, order[i - 1], column));
         require(sort.descending ? step <= 0 : step >= 0);
     }
     return shot;
