@@ -53,6 +53,11 @@ class Progress {
     // Sets the bar to `percentage` (0 to 100). Only on odd percentages the
     // message is shown and pending window events run.
     virtual void ShowProgress(int percentage, std::wstring_view message) = 0;
+    // Lets pending window events run by the clock, whatever the percentage: between the
+    // items of a long job, so that a Cancel is always seen.
+    virtual void breathe() {}
+    // The line about the whole job, like "File 3 of 40".
+    virtual void Overall(std::wstring_view /*text*/) {}
     virtual void CanCancel(bool can) = 0;
     // True once the user has pressed Cancel, for the rest of the dialog's life.
     virtual bool DidCancel() const = 0;

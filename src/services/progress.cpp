@@ -60,6 +60,15 @@ void ProgressScope::show(int percentage, std::wstring_view message) {
     if (dialog_ != nullptr) dialog_->ShowProgress(percentage, message);
 }
 
+void ProgressScope::overall(std::wstring_view text) {
+    if (dialog_ != nullptr) dialog_->Overall(text);
+}
+
+bool ProgressScope::goesOn() {
+    if (dialog_ != nullptr) dialog_->breathe();
+    return !didCancel();
+}
+
 bool ProgressScope::didCancel() const {
     return dialog_ != nullptr && dialog_->DidCancel();
 }

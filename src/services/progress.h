@@ -26,6 +26,9 @@ class ProgressScope {
     Progress* dialog() const noexcept { return dialog_; }
     void process(std::wstring_view text);
     void show(int percentage, std::wstring_view message);
+    void overall(std::wstring_view text);
+    // Between two items: lets events run. False once the dialog was cancelled.
+    bool goesOn();
     bool didCancel() const;
 
   private:

@@ -175,7 +175,8 @@ std::wstring gstrMakeFileText(std::wstring_view path, const std::vector<GasTempl
         ProgressScope scope(progress, owner, kProcessing);
         for (const GasTemplate& record : templates) {
             scope.process(processing(record));
-            if (!appendTemplate(text, record, nullptr, scope)) return std::wstring();
+            const bool whole = appendTemplate(text, record, nullptr, scope);
+            if (!whole || !scope.goesOn()) return std::wstring();
         }
         return text;
     });

@@ -63,6 +63,8 @@ class RecordingProgress final : public Progress {
         if (!host_.logsProgressSteps) return;
         host_.write("ShowProgress", {std::to_wstring(percentage), message});
     }
+    void breathe() override { cancelled_ = cancelled_ || ++host_.breaths > host_.cancelAtBreath; }
+    void Overall(std::wstring_view text) override { host_.write("Overall", {text}); }
     void CanCancel(bool can) override { host_.write("CanCancel", {can ? L"true" : L"false"}); }
     bool DidCancel() const override { return cancelled_; }
 

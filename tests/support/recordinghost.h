@@ -38,6 +38,8 @@ class RecordingHost final : public Messages,
 
     // The progress dialog reads as cancelled from this ShowProgress call on.
     std::size_t cancelAt = static_cast<std::size_t>(-1);
+    std::size_t cancelAtBreath = static_cast<std::size_t>(-1);  // as above, of breathe()
+    std::size_t breaths = 0;
     bool logsProgressSteps = false;  // the ShowProgress calls too
     std::size_t progressSteps = 0;
     std::size_t liveDialogs = 0;

@@ -39,6 +39,9 @@ frmProgress::frmProgress(wxWindow* parent)
                                  "lblProces");
     lblSubProcess = new wxStaticText(this, wxID_ANY, "Sub-process", wxDefaultPosition,
                                      wxDefaultSize, oneLine, "lblSubProcess");
+    lblOverall = new wxStaticText(this, wxID_ANY, "", wxDefaultPosition, wxDefaultSize, oneLine,
+                                  "lblOverall");
+    lblOverall->Hide();
     prbMain = new wxGauge(this, wxID_ANY, 100, wxDefaultPosition, wxDefaultSize,
                           wxGA_HORIZONTAL | wxGA_SMOOTH, wxDefaultValidator, "prbMain");
     setAccessibleName(*prbMain, "Progress");
@@ -88,6 +91,7 @@ void frmProgress::layOut() {
     auto* column = new wxBoxSizer(wxVERTICAL);
     column->Add(lblProces, wxSizerFlags().Expand().Border(wxALL, margin));
     column->Add(lblSubProcess, wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxBOTTOM, margin));
+    column->Add(lblOverall, wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxBOTTOM, margin));
     column->Add(prbMain, wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT, margin));
     column->Add(cmdCommands[0], wxSizerFlags().Right().Border(wxALL, margin));
     column->SetMinSize(scaled(*this, kWidth), -1);
@@ -121,9 +125,22 @@ void frmProgress::setSubProcess(std::wstring_view text) {
 void frmProgress::showProgress(int percentage, std::wstring_view message) {
     const int value = std::clamp(percentage, 0, prbMain->GetRange());
     if (prbMain->GetValue() != value) prbMain->SetValue(value);
-    if (percentage % 2 == 0 || Time::now() - pumped_ < kPumpInterval) return;
+    if (percentage % 2 == 0 || !isDue()) return;
     setSubProcess(message);
     pump();
+}
+
+void frmProgress::breathe() {
+    if (isDue()) pump();
+}
+
+bool frmProgress::isDue() const {
+    return Time::now() - pumped_ >= kPumpInterval;
+}
+
+void frmProgress::setOverall(std::wstring_view text) {
+    lblOverall->SetLabelText(shownLine(text));
+    if (lblOverall->Show(!text.empty())) Fit();
 }
 
 void frmProgress::setCanCancel(bool can) {

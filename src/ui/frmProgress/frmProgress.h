@@ -29,17 +29,22 @@ class frmProgress final : public wxDialog {
     void setProcess(std::wstring_view text);
     void setSubProcess(std::wstring_view text);
     void showProgress(int percentage, std::wstring_view message);
+    // Lets events run, when the last ones are some time ago.
+    void breathe();
+    void setOverall(std::wstring_view text);
     void setCanCancel(bool can);
     bool didCancel() const noexcept { return didCancel_; }
 
     wxStaticText* lblProces;
     wxStaticText* lblSubProcess;
+    wxStaticText* lblOverall;  // hidden while it says nothing
     wxGauge* prbMain;
     wxButton* cmdCommands[1];  // 0: Cancel
 
   private:
     using Time = std::chrono::steady_clock;
 
+    bool isDue() const;
     void layOut();
     void forget();
     void cancel();
@@ -66,6 +71,8 @@ class ProgressWindow final : public Progress {
     void ShowProgress(int percentage, std::wstring_view message) override {
         window_->showProgress(percentage, message);
     }
+    void breathe() override { window_->breathe(); }
+    void Overall(std::wstring_view text) override { window_->setOverall(text); }
     void CanCancel(bool can) override { window_->setCanCancel(can); }
     bool DidCancel() const override { return window_->didCancel(); }
 
