@@ -1,6 +1,7 @@
 """The dialogs over paths, and the boxes in front of all windows."""
 
 import difflib
+import fnmatch
 import os
 import re
 import shutil
@@ -134,15 +135,15 @@ def try_a_folder_is_converted(k):
     k.answer("Source Folder not found. Please enter a valid Source Folder name and try again.", "OK",
              "Warning")
     fill(k, "Source Folder", folder + "\n")
-    k.answer("File conversion complete. Files processed: 6 Files converted: 5 Output folder: " + folder,
-             "OK", "Information")
+    k.answer("File conversion complete. Files processed: 6 Files converted: 5 Output folder: " + folder
+             + " Not converted: ledger.gas: it holds no .gas data", "OK", "Information")
     for name in os.listdir(os.path.join(k.top, "tests/golden/folder")):
         assert without_times(k.read(folder, name)) == golden(k, name, folder + name), name
     k.click("Single output file?")
     for name, text in (("Title", " T "), ("Copyright", "me"), ("Destination Filename", folder + "all.tab")):
         fill(k, name, text)
     k.click("Convert")
-    k.answer("File conversion complete. *Output filename: " + folder + "all.tab", "OK")
+    k.answer("File conversion complete. *Output filename: " + folder + "all.tab Not converted: *", "OK")
     assert k.read(folder, "all.tab").startswith(
         b"Title:  T \r\nAuthor: \r\nBuild: \r\nCopyright: me\r\nFiles processed: 6\r\n")
     k.click("Convert")
@@ -152,6 +153,34 @@ def try_a_folder_is_converted(k):
     k.answer("Target file already exists, *", "Yes")
     k.answer('File conversion failed! Please verify source folder contents, all other settings and then'
              ' try again. See ""About"" for reporting issues', "OK", "Information")
+    k.keys("Escape", on=dialog)
+    k.gone(dialog)
+    k.quit()
+
+
+def try_a_conversion_gathers_failures_and_is_cancelled(k):
+    start(k)
+    folder, sources = k.desk.path("many", ""), 8
+    os.mkdir(folder)
+    for number in range(sources):  # one property each: no percentage is odd
+        with open(f"{folder}{number}.gas", "w", encoding="ascii") as file:
+            file.write("[t:template,n:a]\n{\nx = 1;\n}\n" * 40000)
+        if number % 2:
+            os.mkdir(f"{folder}{number}.tab")
+    k.menu("Edit", "Convert Multiple Files...")
+    dialog = k.window("Convert*")
+    fill(k, "Source Folder", folder + "\n")
+    k.answer(f"Error (75): Cannot write '{folder}*.tab': Is a directory in 'gblnConvertFolder'", "OK", "Warning")
+    progress = k.window("Please wait...")
+    wait(lambda: any(fnmatch.fnmatch(one.name, f"File [3-7] of {sources}") for one in
+                     progress.find(role="label")), "the files that are done")
+    k.click("Cancel")
+    text = wait(lambda: next((said for said in [k.box()[0]] if said.startswith("File conv")), None), "its end")
+    assert fnmatch.fnmatch(text, f"File conversion cancelled. Files processed: {sources} Files converted: *"
+                           f" Output folder: {folder} Not converted: *.gas: Cannot write '*.tab': Is a directory*"), text
+    written = [name for name in os.listdir(folder) if os.path.isfile(folder + name) and name.endswith(".tab")]
+    assert f"converted: {len(written)} " in text and len(os.listdir(folder)) == sources * 3 // 2 + len(written), text
+    k.answer(text, "OK", "Information")
     k.keys("Escape", on=dialog)
     k.gone(dialog)
     k.quit()

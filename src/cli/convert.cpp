@@ -25,6 +25,14 @@ std::wstring header(const Arguments& arguments) {
                             value(L"--copyright"));
 }
 
+// The lines up to an empty one: those behind it have been told.
+void showSummary(std::wstring_view summary, std::ostream& out) {
+    for (const std::wstring_view line : split(summary, kLineEnd)) {
+        if (line.empty()) return;
+        out << oneLine(line) << '\n';
+    }
+}
+
 }  // namespace
 
 int convert(const Call& call) {
@@ -34,21 +42,21 @@ int convert(const Call& call) {
         call.terminal.error(L"there is no such folder");
         return kFailed;
     }
-    const std::optional<std::wstring> single = call.arguments.value(L"--single");
-    if (single && isGasName(*single) && fileExists(*single)) {
-        call.terminal.about(*single);
-        call.terminal.error(L"this is a .gas file; name another output with --single");
-        return kFailed;
-    }
     call.terminal.about({});
+    const std::optional<std::wstring> single = call.arguments.value(L"--single");
+    ConversionOutcome outcome;
+    outcome.tell = [&](const LeftOut& one) {
+        call.terminal.about(one.name);
+        call.terminal.error(one.reason);
+        call.terminal.about({});
+    };
     std::wstring summary;
     Progress* progress = nullptr;
     const bool done = gblnConvertFolder(folder, summary, single.value_or(L""),
                                         single ? kSingleFile : std::int16_t{0},
-                                        header(call.arguments), nullptr, progress);
-    for (const std::wstring_view line : split(summary, kLineEnd)) {
-        if (!line.empty()) call.out << oneLine(line) << '\n';
-    }
+                                        header(call.arguments), nullptr, progress, &outcome);
+    if (outcome.cancelled) call.terminal.error(L"File conversion cancelled.");
+    showSummary(summary, call.out);
     if (!done && call.terminal.errors() == 0) {
         call.terminal.about(call.operands[0]);
         call.terminal.error(L"there is no .gas file in this folder");

@@ -25,8 +25,8 @@ Commands:
 NAME is the "doc" of a template, its "name", or what "list" shows.
 Options may stand anywhere; "--" ends them.
 
-Exit codes: 0 fine, 1 failed (check: something was found; chain: it does not end),
-2 wrong usage.
+Exit codes: 0 fine, 1 failed (check: something was found; chain: it does not end;
+convert: a file was left out), 2 wrong usage.
 )";
 
 }  // namespace kestrel::cli

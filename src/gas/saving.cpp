@@ -104,14 +104,9 @@ std::optional<std::wstring> replacement(const ViewedText& viewed, const std::wst
     return may ? text : std::nullopt;
 }
 
-// The file as it was before this run wrote it is kept, once.
 bool writeOver(const std::wstring& target, std::wstring_view text) {
-    const std::wstring name = gstrLongPath(target);
-    const bool keeps = isGasFile(target) && !gProgram().kept.contains(name);
     const filesystem::Unprotected open(target);
-    if (!writeFile(target, text, keeps ? backupPath(target) : std::wstring())) return false;
-    gProgram().kept.insert(name);
-    return true;
+    return isGasFile(target) ? writeKeeping(target, text) : writeFile(target, text);
 }
 
 bool save(ViewedText& viewed, const OpenFile& openFile) {

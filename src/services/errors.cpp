@@ -2,31 +2,37 @@
 
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include "services/bytes.h"
 
 namespace kestrel {
 
-namespace {
-
-void reportHandled() {
+RunTimeError currentError() {
     try {
         throw;
     } catch (const RunTimeError& error) {
-        reportError(error.number(), error.description());
+        return error;
     } catch (const std::bad_alloc&) {
-        reportError(kOutOfMemory, L"Out of memory");
+        return {kOutOfMemory, L"Out of memory"};
     } catch (const std::length_error&) {
         // A text longer than the address space allows.
-        reportError(kOutOfMemory, L"Out of memory");
+        return {kOutOfMemory, L"Out of memory"};
     } catch (const std::exception& error) {
-        reportError(kInternalError, fromUtf8(error.what()));
+        return {kInternalError, fromUtf8(error.what())};
     } catch (...) {
-        reportError(kInternalError, L"Internal error");
+        return {kInternalError, L"Internal error"};
     }
 }
 
-}  // namespace
+Silence::Silence()
+    : messages_(std::exchange(gProgram().host.messages, nullptr)),
+      before_(std::exchange(gProgram().silenced, &failure_)) {}
+
+Silence::~Silence() {
+    gProgram().host.messages = messages_;
+    gProgram().silenced = before_;
+}
 
 void reportError(int number, std::wstring_view description, std::wstring_view source) {
     const Program& program = gProgram();
@@ -41,7 +47,10 @@ void reportError(int number, std::wstring_view description, std::wstring_view so
 void reportCurrentException(std::wstring_view routine) noexcept {
     try {
         gProgram().routine = routine;
-        reportHandled();
+        const RunTimeError error = currentError();
+        std::optional<RunTimeError>* silenced = gProgram().silenced;
+        if (silenced == nullptr) return reportError(error.number(), error.description());
+        if (!*silenced) *silenced = error;
     } catch (...) {
         // Nothing is left to tell the user with.
     }

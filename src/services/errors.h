@@ -1,6 +1,7 @@
 #pragma once
 
 #include <exception>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -38,6 +39,9 @@ class RunTimeError : public std::exception {
     std::wstring description_;
 };
 
+// The exception that is being handled, as a run-time error.
+RunTimeError currentError();
+
 // Throws the RunTimeError of an operating-system error code (errno, or the
 // Windows error): `action` is what failed ("Cannot write"), `path` the file. The
 // system's files implement it, since the codes are the system's.
@@ -50,6 +54,23 @@ void reportError(int number, std::wstring_view description, std::wstring_view so
 
 // Reports the exception that is being handled as a failure of `routine`.
 void reportCurrentException(std::wstring_view routine) noexcept;
+
+// While it lives, nobody is told of anything: of the failures that guards catch the first is
+// kept here for who tells them in his own way, and other messages are lost.
+class Silence {
+  public:
+    Silence();
+    ~Silence();
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+
+    const std::optional<RunTimeError>& failure() const noexcept { return failure_; }
+
+  private:
+    Messages* messages_;
+    std::optional<RunTimeError>* before_;
+    std::optional<RunTimeError> failure_;
+};
 
 // The guard of a public routine: records `routine` as the current routine name
 // and runs `body`. Whatever body throws is reported once, and the result is

@@ -66,17 +66,16 @@ void File::write(std::string_view bytes) {
     }
 }
 
+void File::settle() {
+    const int copy = ::fcntl(descriptor_, F_DUPFD_CLOEXEC, 0);
+    // After EINTR the descriptor is closed all the same.
+    if (copy >= 0 && ::close(copy) != 0 && errno != EINTR) failure_.raise();
+}
+
 void File::sync() {
     // Some file systems have nothing to flush and say so by EINVAL.
     const int result = uninterrupted([&] { return ::fsync(descriptor_); });
     if (result != 0 && errno != EINVAL && errno != ENOTSUP && errno != ENOSYS) failure_.raise();
-}
-
-void File::close() {
-    const int descriptor = descriptor_;
-    descriptor_ = -1;
-    // After EINTR the descriptor is closed all the same, and the content synced.
-    if (::close(descriptor) != 0 && errno != EINTR) failure_.raise();
 }
 
 }  // namespace kestrel::posix

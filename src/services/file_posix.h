@@ -34,9 +34,12 @@ class File {
     // Reads up to `size` bytes; 0 at the end of the file.
     std::size_t read(char* bytes, std::size_t size);
     void write(std::string_view bytes);
+    // Learns what some file systems tell of earlier writes at a close alone.
+    void settle();
     // Waits until the content is on the disk.
     void sync();
-    void close();
+    // Throws the error that errno tells.
+    [[noreturn]] void raise() const { failure_.raise(); }
 
   private:
     int descriptor_;

@@ -47,6 +47,14 @@ void gWriteFile(std::wstring_view path, std::wstring_view text) {
     writeFile(path, text);
 }
 
+bool writeKeeping(std::wstring_view path, std::wstring_view text) {
+    const std::wstring name = gstrLongPath(path);
+    const bool keeps = !name.empty() && !gProgram().kept.contains(name);
+    if (!writeFile(path, text, keeps ? backupPath(path) : std::wstring())) return false;
+    if (keeps) gProgram().kept.insert(name);
+    return true;
+}
+
 std::wstring backupPath(std::wstring_view path) {
     return std::wstring(path) + L".bak";
 }

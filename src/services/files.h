@@ -24,6 +24,10 @@ void gWriteFile(std::wstring_view path, std::wstring_view text);
 // leaves the backup alone.
 bool writeFile(std::wstring_view path, std::wstring_view text, std::wstring_view backup = {});
 
+// As writeFile; the file as it was before this run of the program first wrote it here is
+// kept at backupPath().
+bool writeKeeping(std::wstring_view path, std::wstring_view text);
+
 // `path` with ".bak" appended.
 std::wstring backupPath(std::wstring_view path);
 

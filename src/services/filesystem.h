@@ -1,9 +1,14 @@
 #pragma once
 
+#include <compare>
+#include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "services/errors.h"
 
 // The seam to the operating system's files, implemented by
 // filesystem_posix.cpp and filesystem_win32.cpp. Failures throw RunTimeError.
@@ -57,9 +62,16 @@ class Unprotected {
 // Throws when anything fails; the file is then as it was.
 void replace(std::wstring_view path, std::string_view bytes, std::wstring_view backup);
 
-// Many files of one folder, each replaced whole or not at all as by replace(),
-// with one wait for the disk for hundreds of them: a file is in its place after
-// the next commit(), at the latest at the end of the object's life.
+// A file that could not be written, as it was named, and why.
+struct Failure {
+    std::wstring path;
+    RunTimeError error;
+};
+
+// Many files, each replaced whole or not at all as by replace() without a backup, with one
+// wait for the disk for hundreds of them: a file is in its place after the next commit(),
+// at the latest at the end of the object's life. What ended programs left behind in a
+// folder goes before the first file is written there.
 class Batch {
   public:
     Batch();
@@ -67,17 +79,16 @@ class Batch {
     Batch(const Batch&) = delete;
     Batch& operator=(const Batch&) = delete;
 
-    // Writes the new file beside the old one. Throws when that fails, or when a
-    // commit() that was due does.
+    // Writes the new file beside the old one. Throws when that fails; the others stay.
     void add(std::wstring_view path, std::string_view bytes);
-    // Puts what was added in its place, as far as it can be, and throws the first
-    // failure.
-    void commit();
+    // True once there are as many files or bytes as should wait for one commit().
+    bool isDue() const noexcept;
+    // Puts what was added in its place; returns those that could not be put there.
+    std::vector<Failure> commit();
 
   private:
-    struct Pending;
-    std::vector<Pending> pending_;
-    std::size_t bytes_ = 0;
+    struct Work;
+    std::unique_ptr<Work> work_;
 };
 
 // A new empty file, readable by the user alone, whose name begins with
@@ -86,6 +97,19 @@ std::wstring makeTemporary(std::wstring_view prefix);
 
 // The long, absolute form of `path`; empty when there is no such path.
 std::wstring longPath(std::wstring_view path);
+
+// What tells a file from all others, however it is named.
+struct Identity {
+    std::uint64_t disk = 0;
+    std::uint64_t file = 0;
+    auto operator<=>(const Identity&) const = default;
+};
+
+// Of the file behind all links of `path`; nothing when there is none.
+std::optional<Identity> identityOf(std::wstring_view path);
+
+// The path of that file itself; empty when there is none.
+std::wstring pathBehindLinks(std::wstring_view path);
 
 // `path` made absolute against the current folder, without looking at the disk.
 std::wstring absolutePath(std::wstring_view path);

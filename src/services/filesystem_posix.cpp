@@ -219,6 +219,17 @@ std::wstring longPath(std::wstring_view path) {
     return look(path) ? absolutePath(path) : std::wstring();
 }
 
+std::optional<Identity> identityOf(std::wstring_view path) {
+    const auto status = look(path);
+    if (!status) return std::nullopt;
+    return Identity{status->st_dev, status->st_ino};
+}
+
+std::wstring pathBehindLinks(std::wstring_view path) {
+    char name[PATH_MAX];
+    return ::realpath(nameOf(path).c_str(), name) == nullptr ? std::wstring() : fromUtf8(name);
+}
+
 std::wstring absolutePath(std::wstring_view path) {
     if (path.starts_with(L'/')) return std::wstring(path);
     char folder[PATH_MAX];

@@ -200,18 +200,6 @@ std::optional<std::string> read(std::wstring_view path) {
     return readAll(file, path);
 }
 
-// The system has no wait for several files, so each is put in its place at once.
-struct Batch::Pending {};
-
-Batch::Batch() = default;
-Batch::~Batch() = default;
-
-void Batch::add(std::wstring_view path, std::string_view bytes) {
-    replace(path, bytes, {});
-}
-
-void Batch::commit() {}
-
 // What is made in the user's own folders is the user's alone by these.
 void makePrivate(std::wstring_view path) {
     const File file(nameOf(path), GENERIC_WRITE, CREATE_NEW, FILE_ATTRIBUTE_NORMAL);
@@ -238,6 +226,24 @@ std::wstring longPath(std::wstring_view path) {
     if (name.empty()) return {};
     return withoutPrefix(textOf(
         [&](wchar_t* text, DWORD size) { return ::GetLongPathNameW(name.c_str(), text, size); }));
+}
+
+std::optional<Identity> identityOf(std::wstring_view path) {
+    const File file(nameOf(path), 0, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+    BY_HANDLE_FILE_INFORMATION known{};
+    if (!file.isOpen() || ::GetFileInformationByHandle(file.handle(), &known) == 0) {
+        return std::nullopt;
+    }
+    const auto high = static_cast<std::uint64_t>(known.nFileIndexHigh) << 32U;
+    return Identity{known.dwVolumeSerialNumber, high | known.nFileIndexLow};
+}
+
+std::wstring pathBehindLinks(std::wstring_view path) {
+    const File file(nameOf(path), 0, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+    if (!file.isOpen()) return {};
+    return withoutPrefix(textOf([&](wchar_t* text, DWORD size) {
+        return ::GetFinalPathNameByHandleW(file.handle(), text, size, FILE_NAME_NORMALIZED);
+    }));
 }
 
 std::wstring absolutePath(std::wstring_view path) {

@@ -1,12 +1,15 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <set>
 #include <string>
 
 #include "services/host.h"
 
 namespace kestrel {
+
+class RunTimeError;
 
 // Paths of the programs that Kestrel starts; an empty one is not configured. A
 // user tool is its caption, "|" and its program's path.
@@ -34,9 +37,11 @@ struct Program {
     std::wstring folder;           // where settings and histories are kept
     std::wstring lastFolder;       // of the file that was chosen last
     bool draftsFail = false;       // has been told
-    std::set<std::wstring> kept;   // sources whose ".bak" holds what this run found
+    std::set<std::wstring> kept;   // files whose ".bak" holds what this run found
     Version version = defaultVersion();
     Host host;
+    // Where the first failure is kept instead of being reported; null where they are reported.
+    std::optional<RunTimeError>* silenced = nullptr;
 
     static Version defaultVersion();
 };

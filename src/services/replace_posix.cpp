@@ -1,16 +1,18 @@
 #include <dirent.h>
-#include <signal.h>
+#include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <climits>
 #include <cstdint>
 #include <cstdio>
-#include <exception>
+#include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -18,6 +20,7 @@
 #include "services/errors.h"
 #include "services/file_posix.h"
 #include "services/filesystem.h"
+#include "services/siblings.h"
 
 // Replaces a file whole or not at all. Every step before the last rename can
 // fail or be the last one that runs, and the old file is still there.
@@ -27,7 +30,6 @@ namespace {
 
 constexpr std::wstring_view kWrite = L"Cannot write";
 constexpr const char* kAccessList = "system.posix_acl_access";
-constexpr std::string_view kTemporaryEnd = ".tmp";
 
 // A file's own name, no link, and its state when it is there.
 struct Place {
@@ -91,31 +93,84 @@ std::string temporaryStart(const std::string& name) {
     return std::string(".").append(baseOf(name), 0, kMostOfBase).append(".");
 }
 
-// A temporary sibling of a file: its name holds the process, so that the next
-// run can tell what a killed one left behind.
+// A temporary sibling of a file. Its owner keeps the file locked, and the system ends the
+// lock with the owner: one whose lock can be had was left behind. On a file system without
+// locks none can be had.
 class Sibling {
   public:
-    Sibling(const std::string& of, const File::Failure& failure) {
-        std::uint64_t random = 0;
-        if (::getentropy(&random, sizeof random) != 0) failure.raise();
-        char suffix[48];
-        std::snprintf(suffix, sizeof suffix, "%ld-%016llx", static_cast<long>(::getpid()),
-                      static_cast<unsigned long long>(random));
-        name_ = folderOf(of) + temporaryStart(of) + suffix + std::string(kTemporaryEnd);
+    Sibling(const std::string& of, const File::Failure& failure)
+        : start_(folderOf(of) + temporaryStart(of)), failure_(failure) {
+        chooseName();
     }
     // Always: a rename between two names of the same file leaves both.
     ~Sibling() { ::unlink(name_.c_str()); }
     Sibling(const Sibling&) = delete;
     Sibling& operator=(const Sibling&) = delete;
 
-    const std::string& name() const noexcept { return name_; }
+    // Makes it a new, empty file.
+    File& make(mode_t mode) {
+        constexpr int kTries = 100;
+        for (int attempt = 1;; ++attempt) {
+            file_.emplace(name_, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode, failure_);
+            if (isOwned() || attempt == kTries) return *file_;
+            ::unlink(name_.c_str());
+            chooseName();
+        }
+    }
 
-    void renameTo(const std::string& target, const File::Failure& failure) const {
-        if (::rename(name_.c_str(), target.c_str()) != 0) failure.raise();
+    // Makes it a second name of `file`; false, with errno set, where that cannot be.
+    bool makeLink(const std::string& file) {
+        try {
+            file_.emplace(file, O_RDONLY | O_NOFOLLOW | O_NONBLOCK, 0, failure_);
+            share();
+        } catch (const RunTimeError&) {
+            // Whoever removes what was left behind cannot open it either.
+        }
+        return ::link(file.c_str(), name_.c_str()) == 0;
+    }
+
+    const std::string& name() const noexcept { return name_; }
+    File& file() noexcept { return *file_; }
+
+    void renameTo(const std::string& target) const {
+        if (::rename(name_.c_str(), target.c_str()) != 0) failure_.raise();
     }
 
   private:
+    void chooseName() {
+        struct {
+            std::uint32_t decimals;
+            std::uint64_t digits;
+        } random{};
+        if (::getentropy(&random, sizeof random) != 0) failure_.raise();
+        char end[40];
+        std::snprintf(end, sizeof end, "%lu-%016llx", static_cast<unsigned long>(random.decimals),
+                      static_cast<unsigned long long>(random.digits));
+        name_ = start_ + end + std::string(siblings::kEnd);
+    }
+
+    // False when somebody took it, new as it is, for one that was left behind.
+    bool isOwned() const {
+        if (::flock(file_->descriptor(), LOCK_EX | LOCK_NB) != 0) return errno != EWOULDBLOCK;
+        return file_->status().st_nlink > 0;
+    }
+
+    // The lock of a user's own file is shared, and waited for as long as somebody who
+    // removes what was left behind may hold it.
+    void share() const {
+        constexpr int kTries = 10;
+        constexpr useconds_t kPause = 1000;
+        for (int attempt = 0; attempt < kTries; ++attempt) {
+            const int result = ::flock(file_->descriptor(), LOCK_SH | LOCK_NB);
+            if (result == 0 || errno != EWOULDBLOCK) return;
+            ::usleep(kPause);
+        }
+    }
+
+    std::string start_;
+    File::Failure failure_;
     std::string name_;
+    std::optional<File> file_;
 };
 
 std::vector<std::string> extendedNames(const std::string& name) {
@@ -142,7 +197,7 @@ std::optional<std::string> extendedValue(const std::string& name, const std::str
 }
 
 // Copies what can be copied; only an access list must not get lost.
-void keepExtended(const File& file, const std::string& from, const File::Failure& failure) {
+void keepExtended(const File& file, const std::string& from) {
     bool listed = false;
     for (const std::string& attribute : extendedNames(from)) {
         const std::optional<std::string> value = extendedValue(from, attribute);
@@ -150,7 +205,7 @@ void keepExtended(const File& file, const std::string& from, const File::Failure
                                                value->size(), 0) == 0;
         if (attribute != kAccessList) continue;
         listed = true;
-        if (!kept) failure.raise();
+        if (!kept) file.raise();
     }
     // One that the folder hands down to new files was not the old file's.
     if (!listed) ::fremovexattr(file.descriptor(), kAccessList);
@@ -167,36 +222,35 @@ mode_t keepOwner(const File& file, const struct stat& old) {
     return (safe & ~static_cast<mode_t>(S_IRWXG)) | ((safe & S_IRWXO) << 3U);
 }
 
-void keepAttributes(const File& file, const Place& old, const File::Failure& failure) {
+void keepAttributes(const File& file, const Place& old) {
     const mode_t mode = keepOwner(file, *old.status);
-    keepExtended(file, old.name, failure);
+    keepExtended(file, old.name);
     // Not where nothing changes: some file systems know no modes.
     if ((file.status().st_mode & 07777U) == mode) return;
-    if (::fchmod(file.descriptor(), mode) != 0) failure.raise();
+    if (::fchmod(file.descriptor(), mode) != 0) file.raise();
 }
 
-// Writes the new file `name`, with the attributes of `old`; to the disk when it is
-// to `last`.
-void writeNew(const std::string& name, std::string_view bytes, const Place& old,
-              const File::Failure& failure, bool last = true) {
-    File file(name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, old.status ? 0600 : 0666, failure);
+// Makes `fresh` the new file, with the attributes of `old`; on the disk when it is to
+// `last`.
+void writeNew(Sibling& fresh, std::string_view bytes, const Place& old, bool last = true) {
+    File& file = fresh.make(old.status ? 0600 : 0666);
     file.write(bytes);
-    if (old.status) keepAttributes(file, old, failure);
+    if (old.status) keepAttributes(file, old);
+    file.settle();
     if (last) file.sync();
-    file.close();
 }
 
 // Puts the old file at `backup` too, without a moment in which either is
 // incomplete: by a second name for it or, where there are none, by a copy.
 void keepAt(const std::string& backup, const Place& old, const File::Failure& failure) {
     placeAt(backup, failure);
-    const Sibling spare(backup, failure);
-    if (::link(old.name.c_str(), spare.name().c_str()) != 0) {
+    Sibling spare(backup, failure);
+    if (!spare.makeLink(old.name)) {
         const auto bytes = filesystem::read(fromUtf8(old.name));
         if (!bytes) failure.raise();
-        writeNew(spare.name(), *bytes, old, failure);
+        writeNew(spare, *bytes, old);
     }
-    spare.renameTo(backup, failure);
+    spare.renameTo(backup);
 }
 
 // The file that stood at `backup` before keepAt(), to be put back.
@@ -205,8 +259,8 @@ class OldBackup {
     OldBackup(const std::string& backup, const File::Failure& failure)
         : backup_(backup),
           spare_(backup, failure),
-          there_(::link(backup.c_str(), spare_.name().c_str()) == 0 || errno != ENOENT) {}
-    void putBack() const {
+          there_(spare_.makeLink(backup) || errno != ENOENT) {}
+    void putBack() const noexcept {
         if (!there_) ::unlink(backup_.c_str());
         ::rename(spare_.name().c_str(), backup_.c_str());
     }
@@ -217,17 +271,16 @@ class OldBackup {
     bool there_;
 };
 
-// True for a temporary sibling whose process is gone; `rest` is what follows the
-// common start of such names.
-bool isLeftBehind(std::string_view rest) {
-    constexpr std::size_t kRandomDigits = 16;
-    long process = 0;
-    const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), process);
-    const std::size_t digits = static_cast<std::size_t>(end - rest.data());
-    if (error != std::errc() || process <= 0 || process > INT_MAX) return false;
-    if (rest.size() != digits + 1 + kRandomDigits + kTemporaryEnd.size()) return false;
-    if (rest[digits] != '-' || !rest.ends_with(kTemporaryEnd)) return false;
-    return ::kill(static_cast<pid_t>(process), 0) != 0 && errno == ESRCH;
+// Removes the sibling `name` when its owner is gone.
+void removeLeftBehind(const std::string& name) {
+    const int file =
+        ::open(name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (file < 0) return;
+    struct stat status {};
+    const bool gone = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode) &&
+                      ::flock(file, LOCK_EX | LOCK_NB) == 0;
+    if (gone) ::unlink(name.c_str());
+    ::close(file);
 }
 
 // Removes what killed runs left behind in `folder` of the files whose temporary
@@ -237,11 +290,11 @@ void removeSiblings(const std::string& folder, std::string_view start) {
     if (entries == nullptr) return;
     while (const dirent* entry = ::readdir(entries)) {
         const std::string_view found = entry->d_name;
-        if (!found.starts_with('.') || !found.ends_with(kTemporaryEnd)) continue;
-        const std::size_t dot = found.rfind('.', found.size() - kTemporaryEnd.size() - 1);
+        if (!found.starts_with('.') || !found.ends_with(siblings::kEnd)) continue;
+        const std::size_t dot = found.rfind('.', found.size() - siblings::kEnd.size() - 1);
         const std::string_view common = found.substr(0, dot + 1);
         if (dot == 0 || (!start.empty() && common != start)) continue;
-        if (isLeftBehind(found.substr(dot + 1))) ::unlink((folder + entry->d_name).c_str());
+        if (siblings::isEnd(found.substr(dot + 1))) removeLeftBehind(folder + entry->d_name);
     }
     ::closedir(entries);
 }
@@ -250,29 +303,13 @@ void removeSiblingsOf(const std::string& name) {
     removeSiblings(folderOf(name), temporaryStart(name));
 }
 
-// Flushes everything that was written to the file system of `folder`; false when it
-// cannot, or when some file there, maybe another one, could not be written.
-bool syncFileSystem(const std::string& folder) {
-    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0) return false;
-    const bool synced = ::syncfs(descriptor) == 0;
-    ::close(descriptor);
-    return synced;
-}
-
-void syncFile(const std::string& name, const File::Failure& failure) {
-    File file(name, O_RDONLY, 0, failure);
-    file.sync();
-    file.close();
-}
-
-// Makes the renames in the folder of `name` last. The file is whole in any case,
-// so a system that cannot do this is no failure.
-void syncFolder(const std::string& name) {
-    const int folder = ::open(folderOf(name).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder < 0) return;
-    ::fsync(folder);
-    ::close(folder);
+// Makes the renames in `folder` last. The files are whole in any case, so a system that
+// cannot do this is no failure.
+void syncFolder(const std::string& folder) {
+    const int file = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (file < 0) return;
+    ::fsync(file);
+    ::close(file);
 }
 
 std::string checkedName(std::wstring_view path, const File::Failure& failure) {
@@ -289,24 +326,24 @@ std::string checkedName(std::wstring_view path, const File::Failure& failure) {
 void replaceFile(std::wstring_view path, std::string_view bytes, std::wstring_view backup) {
     const File::Failure failure{kWrite, path};
     const Place old = placeBehind(checkedName(path, failure), failure);
-    const Sibling fresh(old.name, failure);
-    writeNew(fresh.name(), bytes, old, failure);
+    removeSiblingsOf(old.name);
+    Sibling fresh(old.name, failure);
+    writeNew(fresh, bytes, old);
     std::optional<OldBackup> before;
     if (!backup.empty() && old.status) {
         const File::Failure backupFailure{kWrite, backup};
         const std::string backupName = checkedName(backup, backupFailure);
+        removeSiblingsOf(backupName);
         before.emplace(backupName, backupFailure);
         keepAt(backupName, old, backupFailure);
-        removeSiblingsOf(backupName);
     }
     try {
-        fresh.renameTo(old.name, failure);
+        fresh.renameTo(old.name);
     } catch (...) {
         if (before) before->putBack();
         throw;
     }
-    syncFolder(old.name);
-    removeSiblingsOf(old.name);
+    syncFolder(folderOf(old.name));
 }
 
 }  // namespace kestrel::posix
@@ -315,13 +352,53 @@ namespace kestrel::filesystem {
 
 using posix::File;
 
-struct Batch::Pending {
-    std::string target;
-    std::unique_ptr<posix::Sibling> fresh;
+namespace {
+
+struct Pending {
+    Pending(std::wstring_view given, std::string name)
+        : path(given), target(std::move(name)), fresh(target, {posix::kWrite, path}) {}
+    Pending(const Pending&) = delete;
+    Pending& operator=(const Pending&) = delete;
+
     std::wstring path;
+    std::string target;
+    posix::Sibling fresh;
+    dev_t device = 0;
 };
 
-Batch::Batch() = default;
+// As many as leave descriptors for whatever else is open: each is kept open.
+std::size_t mostFiles() {
+    constexpr rlim_t kMost = 200;
+    rlimit open{};
+    if (::getrlimit(RLIMIT_NOFILE, &open) != 0) return 1;
+    return static_cast<std::size_t>(std::clamp<rlim_t>(open.rlim_cur / 4, 1, kMost));
+}
+
+}  // namespace
+
+struct Batch::Work {
+    std::vector<std::unique_ptr<Pending>> pending;
+    std::size_t bytes = 0;
+    std::set<std::string> cleaned;  // folders
+
+    // Whatever is renamed behind this is on the disk: one wait for all files of a file
+    // system, or one for each where the disk does not tell whether that was well.
+    // Returns those for which one was enough.
+    std::set<dev_t> sync() const {
+        std::map<dev_t, bool> all;
+        for (const auto& file : pending) {
+            const auto [at, isNew] = all.try_emplace(file->device);
+            if (isNew) at->second = ::syncfs(file->fresh.file().descriptor()) == 0;
+        }
+        std::set<dev_t> synced;
+        for (const auto& [device, well] : all) {
+            if (well) synced.insert(device);
+        }
+        return synced;
+    }
+};
+
+Batch::Batch() : work_(std::make_unique<Work>()) {}
 
 Batch::~Batch() {
     try {
@@ -333,36 +410,38 @@ Batch::~Batch() {
 void Batch::add(std::wstring_view path, std::string_view bytes) {
     const File::Failure failure{posix::kWrite, path};
     const posix::Place old = posix::placeBehind(posix::checkedName(path, failure), failure);
-    auto fresh = std::make_unique<posix::Sibling>(old.name, failure);
-    posix::writeNew(fresh->name(), bytes, old, failure, false);
-    pending_.push_back({old.name, std::move(fresh), std::wstring(path)});
-    bytes_ += bytes.size();
-    constexpr std::size_t kMostFiles = 500;
-    constexpr std::size_t kMostBytes = std::size_t{64} << 20;
-    if (pending_.size() >= kMostFiles || bytes_ >= kMostBytes) commit();
+    const std::string folder = posix::folderOf(old.name);
+    if (work_->cleaned.insert(folder).second) posix::removeSiblings(folder, {});
+    auto file = std::make_unique<Pending>(path, old.name);
+    posix::writeNew(file->fresh, bytes, old, false);
+    file->device = file->fresh.file().status().st_dev;
+    work_->pending.push_back(std::move(file));
+    work_->bytes += bytes.size();
 }
 
-void Batch::commit() {
-    const std::vector<Pending> files = std::exchange(pending_, {});
-    bytes_ = 0;
-    if (files.empty()) return;
-    const std::string folder = posix::folderOf(files.front().target);
-    // Whatever is renamed from here on is on the disk: one wait for all of them, or
-    // one for each where the disk does not tell whether that was well.
-    const bool synced = posix::syncFileSystem(folder);
-    std::exception_ptr failed;
-    for (const Pending& file : files) {
+bool Batch::isDue() const noexcept {
+    constexpr std::size_t kMostBytes = std::size_t{64} << 20;
+    static const std::size_t most = mostFiles();
+    return work_->pending.size() >= most || work_->bytes >= kMostBytes;
+}
+
+std::vector<Failure> Batch::commit() {
+    const std::set<dev_t> synced = work_->sync();
+    const auto files = std::exchange(work_->pending, {});
+    work_->bytes = 0;
+    std::vector<Failure> failures;
+    std::set<std::string> folders;
+    for (const auto& file : files) {
         try {
-            const File::Failure failure{posix::kWrite, file.path};
-            if (!synced) posix::syncFile(file.fresh->name(), failure);
-            file.fresh->renameTo(file.target, failure);
+            if (!synced.contains(file->device)) file->fresh.file().sync();
+            file->fresh.renameTo(file->target);
+            folders.insert(posix::folderOf(file->target));
         } catch (...) {
-            if (!failed) failed = std::current_exception();
+            failures.push_back({file->path, currentError()});
         }
     }
-    posix::syncFolder(files.front().target);
-    posix::removeSiblings(folder, {});
-    if (failed) std::rethrow_exception(failed);
+    for (const std::string& folder : folders) posix::syncFolder(folder);
+    return failures;
 }
 
 }  // namespace kestrel::filesystem

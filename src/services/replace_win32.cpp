@@ -1,18 +1,20 @@
 #include <algorithm>
+#include <memory>
 #include <random>
+#include <set>
 
 #include "services/errors.h"
 #include "services/file_win32.h"
+#include "services/filelock.h"
 #include "services/files.h"
 #include "services/filesystem.h"
+#include "services/siblings.h"
 
 namespace kestrel::filesystem {
 
 namespace {
 
 using namespace win32;
-
-constexpr std::wstring_view kTemporaryEnd = L".tmp";
 
 // The file behind a link; the path itself when it is none.
 std::wstring fileBehind(std::wstring_view path) {
@@ -31,17 +33,12 @@ std::wstring fileBehind(std::wstring_view path) {
     });
 }
 
-// A temporary sibling of a file: its name holds the process, so that the next
-// run can tell what a killed one left behind.
+// A temporary sibling of a file. Its owner holds a lock beside it, which the system ends
+// with the owner: one whose lock can be had was left behind. The lock has a file of its
+// own, since the file itself cannot be replaced while somebody has it open.
 class Sibling {
   public:
-    explicit Sibling(const std::wstring& of) {
-        constexpr const wchar_t* kDigits = L"0123456789abcdef";
-        std::random_device random;
-        name_ = of + L"." + std::to_wstring(::GetCurrentProcessId()) + L"-";
-        for (int i = 0; i < 16; ++i) name_ += kDigits[random() % 16];
-        name_ += kTemporaryEnd;
-    }
+    explicit Sibling(const std::wstring& of) : name_(newName(of)), lock_(lockPath(name_)) {}
     ~Sibling() {
         if (!kept_) ::DeleteFileW(name_.c_str());
     }
@@ -52,8 +49,20 @@ class Sibling {
     // Leaves the file where it is.
     void keep() noexcept { kept_ = true; }
 
+    static std::wstring lockPath(const std::wstring& name) { return name + L".lock"; }
+
   private:
+    static std::wstring newName(const std::wstring& of) {
+        std::random_device random;
+        std::wstring name = of + L"." + std::to_wstring(random()) + L"-";
+        for (std::size_t i = 0; i < siblings::kHexDigits; ++i) {
+            name += static_cast<wchar_t>(siblings::kDigits[random() % 16]);
+        }
+        return name.append(siblings::kEnd.begin(), siblings::kEnd.end());
+    }
+
     std::wstring name_;
+    FileLock lock_;
     bool kept_ = false;
 };
 
@@ -101,64 +110,55 @@ DWORD moveFile(const std::wstring& from, const std::wstring& to, DWORD flags) {
         [&] { return ::MoveFileExW(from.c_str(), to.c_str(), flags | MOVEFILE_WRITE_THROUGH); });
 }
 
-// Puts `fresh` in the place of `name`, whose attributes and access list stay,
-// and the old file at `backup` or, when that is empty, at `spare`. It always
-// gets a place: without one a failure half-way could lose it.
+// Puts `fresh` in the place of `name`, whose attributes and access list stay, and the old
+// file at `spare`. It always gets a place: without one a failure half-way could lose it.
 void exchange(const std::wstring& name, const Sibling& fresh, Sibling& spare,
-              std::wstring_view backup, std::wstring_view path) {
-    const std::wstring old = backup.empty() ? spare.name() : nameOf(backup);
+              std::wstring_view path) {
     const DWORD code = retried([&] {
-        return ::ReplaceFileW(name.c_str(), fresh.name().c_str(), old.c_str(),
+        return ::ReplaceFileW(name.c_str(), fresh.name().c_str(), spare.name().c_str(),
                               REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr);
     });
     if (code == ERROR_SUCCESS) return;
     // Half-way: the old file has moved away, the new one has not moved in.
-    if (code == ERROR_UNABLE_TO_MOVE_REPLACEMENT_2 && moveFile(old, name, 0) != 0) spare.keep();
+    if (code == ERROR_UNABLE_TO_MOVE_REPLACEMENT_2 && moveFile(spare.name(), name, 0) != 0) {
+        spare.keep();
+    }
     raise(code, kWrite, path);
 }
 
-bool isProcessGone(DWORD process) {
-    const HANDLE handle = ::OpenProcess(SYNCHRONIZE, FALSE, process);
-    if (handle == nullptr) return ::GetLastError() == ERROR_INVALID_PARAMETER;
-    const bool gone = ::WaitForSingleObject(handle, 0) == WAIT_OBJECT_0;
-    ::CloseHandle(handle);
-    return gone;
+// Keeps the old file, now at `spare`, at `backup`. Where that cannot be, it comes back to
+// `name`, and the backup of before is still there.
+void keepAt(std::wstring_view backup, Sibling& spare, const std::wstring& name) {
+    const std::wstring kept = nameOf(backup);
+    const DWORD code = moveFile(spare.name(), kept, MOVEFILE_REPLACE_EXISTING);
+    if (code == ERROR_SUCCESS) return;
+    if (moveFile(spare.name(), name, MOVEFILE_REPLACE_EXISTING) != 0) spare.keep();
+    raise(code, kWrite, backup);
 }
 
-// True for a temporary sibling whose process is gone; `rest` is what follows the
-// file's own name.
-bool isLeftBehind(std::wstring_view rest) {
-    constexpr std::size_t kRandomDigits = 16;
-    DWORD process = 0;
-    std::size_t digits = 0;
-    while (digits < rest.size() && rest[digits] >= L'0' && rest[digits] <= L'9' && digits < 9) {
-        process = process * 10 + static_cast<DWORD>(rest[digits++] - L'0');
-    }
-    const std::size_t length = digits + 1 + kRandomDigits + kTemporaryEnd.size();
-    return digits > 0 && rest.size() == length && rest[digits] == L'-' &&
-           rest.ends_with(kTemporaryEnd) && isProcessGone(process);
-}
-
-// Removes what killed runs left behind of `name`.
-void removeSiblingsOf(const std::wstring& name) {
-    const std::wstring start = std::wstring(fileName(name)) + L".";
-    const std::wstring folder = name.substr(0, name.size() - fileName(name).size());
+// Removes what killed runs left behind in `folder` (with its separator) of the file called
+// `of`; with an empty one, of all files.
+void removeSiblings(const std::wstring& folder, std::wstring_view of) {
     WIN32_FIND_DATAW found{};
-    const HANDLE search = ::FindFirstFileW((name + L".*.tmp").c_str(), &found);
+    const HANDLE search = ::FindFirstFileW(nameOf(folder + L"*.tmp").c_str(), &found);
     if (search == INVALID_HANDLE_VALUE) return;
     do {
         const std::wstring_view entry = found.cFileName;
-        if (entry.size() > start.size() && isLeftBehind(entry.substr(start.size()))) {
-            ::DeleteFileW((folder + found.cFileName).c_str());
-        }
+        const std::size_t dot = entry.rfind(L'.', entry.size() - siblings::kEnd.size() - 1);
+        if (dot == 0 || dot == entry.npos || !siblings::isEnd(entry.substr(dot + 1))) continue;
+        if (!of.empty() && entry.substr(0, dot) != of) continue;
+        const std::wstring name = nameOf(folder + found.cFileName);
+        if (FileLock(Sibling::lockPath(name)).isHeld()) ::DeleteFileW(name.c_str());
     } while (::FindNextFileW(search, &found) != 0);
     ::FindClose(search);
 }
 
-}  // namespace
+std::wstring folderBefore(const std::wstring& name) {
+    return name.substr(0, name.size() - fileName(name).size());
+}
 
-void replace(std::wstring_view path, std::string_view bytes, std::wstring_view backup) {
-    const std::wstring name = fileBehind(path);
+void write(std::wstring_view path, const std::wstring& name, std::string_view bytes,
+           std::wstring_view backup) {
     const DWORD attributes = attributesOf(name);
     const bool exists = attributes != INVALID_FILE_ATTRIBUTES;
     if (exists && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
@@ -169,11 +169,42 @@ void replace(std::wstring_view path, std::string_view bytes, std::wstring_view b
     if (exists) {
         ::SetFileAttributesW(fresh.name().c_str(), attributes);
         Sibling spare(name);
-        exchange(name, fresh, spare, backup, path);
+        exchange(name, fresh, spare, path);
+        if (!backup.empty()) keepAt(backup, spare, name);
     } else if (const DWORD code = moveFile(fresh.name(), name, MOVEFILE_REPLACE_EXISTING)) {
         raise(code, kWrite, path);
     }
-    removeSiblingsOf(name);
+}
+
+}  // namespace
+
+void replace(std::wstring_view path, std::string_view bytes, std::wstring_view backup) {
+    const std::wstring name = fileBehind(path);
+    removeSiblings(folderBefore(name), fileName(name));
+    write(path, name, bytes, backup);
+}
+
+// The system has no wait for several files, so each is put in its place at once.
+struct Batch::Work {
+    std::set<std::wstring> cleaned;  // folders
+};
+
+Batch::Batch() : work_(std::make_unique<Work>()) {}
+Batch::~Batch() = default;
+
+void Batch::add(std::wstring_view path, std::string_view bytes) {
+    const std::wstring name = fileBehind(path);
+    const std::wstring folder = folderBefore(name);
+    if (work_->cleaned.insert(folder).second) removeSiblings(folder, {});
+    write(path, name, bytes, {});
+}
+
+bool Batch::isDue() const noexcept {
+    return false;
+}
+
+std::vector<Failure> Batch::commit() {
+    return {};
 }
 
 }  // namespace kestrel::filesystem

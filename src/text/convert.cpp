@@ -1,6 +1,9 @@
 #include "text/convert.h"
 
 #include <algorithm>
+#include <map>
+#include <set>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -21,87 +24,208 @@ constexpr std::wstring_view kProcessing = L"Processing: ";
 constexpr std::wstring_view kSourceEnd = L".gas";
 constexpr std::wstring_view kOutputEnd = L".tab";
 
-// Nobody is told of anything while this lives.
-class Silence {
+// Keeps conversions from writing over what they must not.
+class Targets {
   public:
-    Silence() : messages_(std::exchange(gProgram().host.messages, nullptr)) {}
-    ~Silence() { gProgram().host.messages = messages_; }
-    Silence(const Silence&) = delete;
-    Silence& operator=(const Silence&) = delete;
+    Targets(const std::wstring& folder, const std::vector<std::wstring>& names, bool single) {
+        for (const std::wstring& name : names) {
+            const auto identity = filesystem::identityOf(folder + name);
+            if (identity) sources_.insert(*identity);
+            if (!single) ++uses_[key(tabPath(folder + name))];
+        }
+    }
+
+    // Throws when `target` may not be written.
+    void check(const std::wstring& target) const {
+        const auto uses = uses_.find(key(target));
+        if (uses != uses_.end() && uses->second > 1) {
+            refuse(target, L"more than one source gives it");
+        }
+        if (!fileExists(target)) return;
+        const auto identity = filesystem::identityOf(target);
+        const bool isSource = identity && sources_.contains(*identity);
+        if (isSource || isGasName(fileName(filesystem::pathBehindLinks(target)))) {
+            refuse(target, L"it is a .gas file");
+        }
+        if (filesystem::isProtected(target)) refuse(target, L"it is write-protected");
+    }
 
   private:
-    Messages* messages_;
+    using Key = std::pair<filesystem::Identity, std::wstring>;
+
+    // Two links can name one file.
+    static Key key(const std::wstring& target) {
+        const auto identity = filesystem::identityOf(target);
+        return identity ? Key(*identity, {}) : Key({}, target);
+    }
+
+    [[noreturn]] static void refuse(const std::wstring& target, std::wstring_view why) {
+        throw RunTimeError(kPermissionDenied,
+                           L"Cannot write '" + target + L"': " + std::wstring(why));
+    }
+
+    std::set<filesystem::Identity> sources_;
+    std::map<Key, std::size_t> uses_;
 };
 
 // One run over the files of a folder.
 class Conversion {
   public:
-    Conversion(std::wstring_view folder, bool single, std::wstring_view header, Owner* owner,
-               ProgressScope& progress)
-        : folder_(folder), single_(single), header_(header), owner_(owner), progress_(progress) {}
+    Conversion(const std::wstring& folder, const std::vector<std::wstring>& names, bool single,
+               std::wstring_view header, Owner* owner, ProgressScope& progress,
+               ConversionOutcome& outcome)
+        : folder_(folder),
+          names_(names),
+          single_(single),
+          header_(header),
+          owner_(owner),
+          progress_(progress),
+          outcome_(outcome),
+          targets_(folder, names, single) {}
 
-    // False once the dialog was cancelled.
-    bool convertAll(const std::vector<std::wstring>& names) {
-        return std::ranges::all_of(names, [this](const std::wstring& name) {
-            convert(name);
-            return !progress_.didCancel();
+    void convertAll() {
+        for (std::size_t i = 0; i < names_.size() && !outcome_.cancelled; ++i) {
+            progress_.overall(L"File " + std::to_wstring(i + 1) + L" of " +
+                              std::to_wstring(names_.size()));
+            attempt(names_[i], [&] { convert(names_[i]); });
+            if (output_.isDue()) putInPlace();
+            outcome_.cancelled = !progress_.goesOn();
+        }
+        putInPlace();
+    }
+
+    // False, which is told, when the single output file may not be written.
+    bool mayWrite(const std::wstring& path) {
+        return attempt(fileName(path), [&] { targets_.check(path); });
+    }
+
+    // The output of all files is one text: `head`, then what they gave. False, which is
+    // told, when it was not written.
+    bool writeTogether(const std::wstring& path, std::wstring_view head) {
+        const bool written = attempt(fileName(path), [&] {
+            together_.insert(0, head);
+            const Silence silence;
+            if (!writeKeeping(path, together_) && silence.failure()) throw *silence.failure();
         });
-    }
-
-    // The output of all files is one text: `head`, then what they gave.
-    void writeTogether(std::wstring_view path, std::wstring_view head) {
-        together_.insert(0, head);
-        gWriteFile(path, together_);
-    }
-
-    // Puts the files that were written in their places.
-    void finish() {
-        guarded(L"gWriteFile", [&] { output_.commit(); });
+        if (!written) converted_ = 0;
+        return written;
     }
 
     std::size_t converted() const noexcept { return converted_; }
 
   private:
-    void convert(std::wstring_view name) {
-        if (!load(name)) return;
+    // Runs `step` for a file; false when it failed, which is told.
+    template <class Step>
+    bool attempt(std::wstring_view name, Step step) {
+        try {
+            step();
+            return true;
+        } catch (...) {
+            fail(name, currentError());
+        }
+        return false;
+    }
+
+    void convert(const std::wstring& name) {
+        const std::wstring target = tabPath(folder_ + name);
+        if (!single_) targets_.check(target);
+        if (!load(name)) return leaveOut(name, L"it holds no .gas data");
         progress_.process(std::wstring(kProcessing).append(name));
-        std::wstring text = gstrMakeFileText(path(name), templates_, owner_, 0, progress_.dialog());
-        // Cancelled, or reported as a failure: there is nothing whole to write.
-        if (text.empty() || progress_.didCancel()) return;
+        std::wstring text = render(name);
+        // Cancelled: there is nothing whole to write.
+        if (text.empty()) return;
         if (single_) {
             together_ += text;
         } else {
-            write(name, std::move(text));
+            output_.add(target, narrow(text.insert(0, header_)));
+            waiting_.emplace(target, name);
         }
         ++converted_;
     }
 
-    bool load(std::wstring_view name) {
+    bool load(const std::wstring& name) {
         const Silence silence;
-        std::wstring source = path(name);
-        return gblnLoadGas(source, templates_, nullptr);
+        std::wstring source = folder_ + name;
+        const bool loaded = gblnLoadGas(source, templates_, nullptr);
+        if (silence.failure()) throw *silence.failure();
+        return loaded;
     }
 
-    void write(std::wstring_view name, std::wstring text) {
-        if (!header_.empty()) text.insert(0, header_);
-        guarded(L"gWriteFile", [&] { output_.add(tabPath(path(name)), narrow(text)); });
+    std::wstring render(const std::wstring& name) {
+        const Silence silence;
+        std::wstring text =
+            gstrMakeFileText(folder_ + name, templates_, owner_, 0, progress_.dialog());
+        if (silence.failure()) throw *silence.failure();
+        return progress_.didCancel() ? std::wstring() : text;
     }
 
-    std::wstring path(std::wstring_view name) const { return std::wstring(folder_).append(name); }
+    // Puts the files that were written in their places.
+    void putInPlace() {
+        for (const filesystem::Failure& failure : output_.commit()) {
+            --converted_;
+            fail(waiting_.at(failure.path), failure.error);
+        }
+        waiting_.clear();
+    }
 
-    std::wstring_view folder_;
+    void fail(std::wstring_view name, const RunTimeError& error) {
+        if (!outcome_.tell && !std::exchange(hasFailed_, true)) {
+            gProgram().routine = L"gblnConvertFolder";
+            reportError(error.number(), error.description());
+        }
+        leaveOut(name, reasonOf(name, error.description()));
+    }
+
+    void leaveOut(std::wstring_view name, std::wstring_view reason) {
+        outcome_.leftOut.push_back({std::wstring(name), std::wstring(reason)});
+        if (outcome_.tell) outcome_.tell(outcome_.leftOut.back());
+    }
+
+    // `text` for a line that begins with the name: without the folder, nor what it would
+    // say twice.
+    std::wstring reasonOf(std::wstring_view name, std::wstring text) const {
+        for (std::size_t at = text.find(folder_); at != text.npos; at = text.find(folder_, at)) {
+            text.erase(at, folder_.size());
+        }
+        const std::wstring again = L"Cannot read '" + std::wstring(name) + L"': ";
+        return text.starts_with(again) ? text.substr(again.size()) : text;
+    }
+
+    const std::wstring& folder_;
+    const std::vector<std::wstring>& names_;
     bool single_;
     std::wstring_view header_;
     Owner* owner_;
     ProgressScope& progress_;
+    ConversionOutcome& outcome_;
+    Targets targets_;
     std::vector<GasTemplate> templates_;
     std::wstring together_;
     filesystem::Batch output_;
+    std::map<std::wstring, std::wstring> waiting_;  // sources by the outputs that wait for the disk
     std::size_t converted_ = 0;
+    bool hasFailed_ = false;
 };
 
 void appendLine(std::wstring& text, std::wstring_view label, std::wstring_view value) {
     text.append(label).append(value).append(kLineEnd);
+}
+
+void appendCounts(std::wstring& summary, std::size_t processed, std::size_t converted) {
+    appendLine(summary, L"Files processed: ", std::to_wstring(processed));
+    appendLine(summary, L"Files converted: ", std::to_wstring(converted));
+}
+
+void appendLeftOut(std::wstring& summary, const std::vector<LeftOut>& all) {
+    constexpr std::size_t kMost = 20;
+    if (all.empty()) return;
+    summary.append(kLineEnd).append(L"Not converted:").append(kLineEnd);
+    const std::size_t shown = std::min(all.size(), kMost);
+    for (const LeftOut& one : std::span(all).first(shown)) {
+        appendLine(summary, one.name + L": ", one.reason);
+    }
+    if (all.size() == shown) return;
+    appendLine(summary, L"and " + std::to_wstring(all.size() - shown) + L" more", {});
 }
 
 // What stands above the texts in a single output file.
@@ -114,32 +238,51 @@ std::wstring singleHead(std::wstring_view header, std::wstring_view summary) {
 
 bool gblnConvertFolder(std::wstring& folder, std::wstring& summary, std::wstring_view outputFile,
                        std::int16_t options, std::wstring_view header, Owner* owner,
-                       Progress*& progress) {
+                       Progress*& progress, ConversionOutcome* outcome) {
+    ConversionOutcome own;
     return guarded(L"gblnConvertFolder", [&] {
         if (folder.empty() || !filesystem::isSeparator(folder.back())) {
             folder += filesystem::separator();
         }
         const std::vector<std::wstring> names = gasNames(folder);
         if (names.empty()) return false;
-        const bool single = (options & kSingleFile) != 0;
+        ConversionOutcome& result = outcome == nullptr ? own : *outcome;
+        result.cancelled = false;
+        result.leftOut.clear();
         ProgressScope scope(progress, owner, kProcessing);
-        Conversion conversion(folder, single, header, owner, scope);
-        const bool whole = conversion.convertAll(names);
-        appendLine(summary, L"Files processed: ", std::to_wstring(names.size()));
-        appendLine(summary, L"Files converted: ", std::to_wstring(conversion.converted()));
+        const bool single = (options & kSingleFile) != 0;
+        Conversion conversion(folder, names, single, header, owner, scope, result);
+        const std::wstring output = singleOutput(folder, outputFile);
+        const bool may = !single || conversion.mayWrite(output);
+        if (may) conversion.convertAll();
         if (!single) {
-            conversion.finish();
+            appendCounts(summary, names.size(), conversion.converted());
             appendLine(summary, L"Output folder: ", folder);
-        } else if (whole) {
-            const std::wstring output =
-                outputFile.empty() ? folder + L"Converted.tab" : std::wstring(outputFile);
-            conversion.writeTogether(output, singleHead(header, summary));
-            appendLine(summary, L"Output filename: ", output);
         } else {
-            appendLine(summary, L"Cancelled.", {});
+            std::wstring counts = summary;
+            appendCounts(counts, names.size(), conversion.converted());
+            const bool written = may && !result.cancelled &&
+                                 conversion.writeTogether(output, singleHead(header, counts));
+            appendCounts(summary, names.size(), written ? conversion.converted() : 0);
+            if (written) appendLine(summary, L"Output filename: ", output);
         }
+        appendLeftOut(summary, result.leftOut);
         return true;
     });
+}
+
+std::wstring singleOutput(std::wstring_view folder, std::wstring_view given) {
+    if (given.empty()) return joinPath(folder, L"Converted.tab");
+    const std::wstring_view name = fileName(given);
+    const std::size_t dot = name.rfind(L'.');
+    const bool asIs = name.empty() || (dot != 0 && dot != name.npos) || filesystem::isFolder(given);
+    return std::wstring(given).append(asIs ? std::wstring_view() : kOutputEnd);
+}
+
+std::wstring closingMessage(const ConversionOutcome& outcome, std::wstring_view summary) {
+    std::wstring text(outcome.cancelled ? L"File conversion cancelled."
+                                        : L"File conversion complete.");
+    return text.append(kLineEnd).append(kLineEnd).append(summary);
 }
 
 std::wstring tabPath(std::wstring_view source) {

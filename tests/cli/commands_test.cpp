@@ -194,11 +194,12 @@ TEST_F(InFolder, DumpWritesAnObjectALine) {
 TEST_F(InFolder, ConvertWritesTabFiles) {
     files.put(L"a b.gas", bytesOf(KESTREL_SAMPLES "/single.gas"));
     files.put(L"bad.GAS", "no block");
-    EXPECT_EQ(
-        outcomeHere({L"convert", L"#"}),
-        (Outcome{0, "Files processed: 2\nFiles converted: 1\nOutput folder: " + here + "\n", ""}));
+    EXPECT_EQ(outcomeHere({L"convert", L"#"}),
+              (Outcome{1, "Files processed: 2\nFiles converted: 1\nOutput folder: " + here + "\n",
+                       "kestrel-cli: bad.GAS: it holds no .gas data\n"}));
     EXPECT_EQ(files.bytes(L"a b.tab").substr(0, 10), "Filename: ");
     EXPECT_EQ(files.bytes(L"bad.tab"), "(missing)");
+    fs::remove(files.native(L"bad.GAS"));
     EXPECT_EQ(outcomeHere({L"convert", L"#", L"--build", L"7"}).code, 0);
     const std::string head = "Title: \r\nAuthor: \r\nBuild: 7\r\nCopyright: \r\nFilename: ";
     EXPECT_EQ(files.bytes(L"a b.tab").substr(0, head.size()), head);
@@ -216,7 +217,9 @@ TEST_F(InFolder, ConvertWritesASingleFile) {
     EXPECT_EQ(files.bytes(L"one.tab").substr(0, head.size()), head);
     EXPECT_EQ(outcomeHere({L"convert", L"#", L"--single="}),
               (Outcome{0, counts + kSeparator + "Converted.tab\n", ""}));
-    EXPECT_EQ(files.names(), (std::vector<std::string>{"Converted.tab", "a.gas", "one.tab"}));
+    EXPECT_EQ(outcomeHere({L"convert", L"#", L"--single", L"#/one"}).code, 0) << "one.tab";
+    EXPECT_EQ(files.names(),
+              (std::vector<std::string>{"Converted.tab", "a.gas", "one.tab", "one.tab.bak"}));
 }
 
 TEST_F(InFolder, ConvertTellsWhatFails) {
@@ -229,14 +232,13 @@ TEST_F(InFolder, ConvertTellsWhatFails) {
     const std::string source = bytesOf(KESTREL_SAMPLES "/single.gas");
     files.put(L"a.GAS", source);
     EXPECT_EQ(outcomeHere({L"convert", L"#", L"--single", L"#/a.GAS"}),
-              (Outcome{1, "",
-                       "kestrel-cli: #/a.GAS: this is a .gas file; name another output with "
-                       "--single\n"}));
+              (Outcome{1, "Files processed: 1\nFiles converted: 0\n",
+                       "kestrel-cli: a.GAS: Cannot write 'a.GAS': it is a .gas file\n"}));
     EXPECT_EQ(files.bytes(L"a.GAS"), source);
     fs::create_directory(files.native(L"a.tab"));
     const Outcome refused = outcomeHere({L"convert", L"#"});
     EXPECT_EQ(refused.code, 1) << "a write failed";
-    EXPECT_EQ(refused.err.substr(0, 20), "kestrel-cli: Error (");
+    EXPECT_EQ(refused.err.substr(0, 41), "kestrel-cli: a.GAS: Cannot write 'a.tab':");
 }
 
 TEST_F(InFolder, ChainSearchesFilesByTheirNames) {

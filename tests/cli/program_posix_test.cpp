@@ -70,5 +70,38 @@ TEST_F(PosixProgram, NoFileCommandsATerminal) {
     }
 }
 
+TEST_F(PosixProgram, ASourceIsNeverWrittenOver) {
+    const std::string source = "[t:template,n:a]\n{\nx = 1;\n}\n";
+    const std::string refused = "kestrel-cli: a.gas: Cannot write 'a.tab': ";
+    const struct {
+        const char* before;
+        std::string err;
+    } cases[] = {
+        {"ln -s a.gas a.tab", refused + "it is a .gas file\n"},
+        {"mkdir sub && cp a.gas sub/c.gas && ln -s sub/c.gas a.tab",
+         refused + "it is a .gas file\n"},
+        {"mv b.gas b.tab && cp b.tab a.tab && ln -s a.tab b.gas", refused + "it is a .gas file\n"},
+        {"echo old >o && ln -s o a.tab && ln -s o b.tab", "*more than one source gives it\n"},
+        {"cp a.gas a.GAS", "*more than one source gives it\n"},
+        {"echo old >a.tab && chmod 444 a.tab", refused + "it is write-protected\n"},
+        {"ln -sf /proc/self/mem a.gas", "kestrel-cli: a.gas: Input/output error\n"},
+        {"echo no >a.gas", "kestrel-cli: a.gas: it holds no .gas data\n"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(shell("rm -rf *"), 0);
+        for (const wchar_t* name : {L"a.gas", L"b.gas", L"d.gas"}) folder.put(name, source);
+        EXPECT_EQ(shell(std::string(c.before) +
+                        "; cat *.gas o sub/* >../$$.sum 2>/dev/null; "
+                        "\"$cli\" convert . >out 2>err; code=$?; cat *.gas o sub/* 2>/dev/null | "
+                        "cmp - ../$$.sum || code=9; rm ../$$.sum; exit $code"),
+                  1)
+            << c.before;
+        const std::string err = folder.bytes(L"err");
+        const bool fits = c.err.starts_with('*') ? err.ends_with(c.err.substr(1)) : err == c.err;
+        EXPECT_TRUE(fits) << c.before << ": " << err;
+        EXPECT_EQ(folder.bytes(L"d.tab").substr(0, 10), "Filename: ") << "the others go on";
+    }
+}
+
 }  // namespace
 }  // namespace kestrel::cli

@@ -98,7 +98,7 @@ class Disk : public testing::Test {
         Shot found = shotOf(folder);
         found.files.erase("filler");
         EXPECT_EQ(fault(operation, good, found), "");
-        EXPECT_EQ(told, missing(operation, good, found)) << "one report a file";
+        EXPECT_EQ(told, std::min(missing(operation, good, found), std::size_t{1}));
         EXPECT_EQ(found.strays, 0U);
         if (told == 0) return true;
         makeRoom();
@@ -138,7 +138,7 @@ TEST_F(Disk, AFullOneLeavesTheOldFiles) {
     });
 }
 
-TEST_F(Disk, AReadOnlyOneIsReportedOnceAFile) {
+TEST_F(Disk, AReadOnlyOneIsReportedOnce) {
     apart([this] {
         std::size_t refused = 0;
         for (const Operation& operation : operations()) {

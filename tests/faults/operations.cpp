@@ -48,6 +48,7 @@ void saveFileList(RecordingHost&, const std::wstring& folder) {
 }
 
 void convert(std::wstring folder, std::int16_t options) {
+    gProgram().kept.clear();
     std::wstring summary;
     Progress* progress = nullptr;
     gblnConvertFolder(folder, summary, L"", options, L"Title: \r\n", nullptr, progress);
@@ -131,9 +132,9 @@ std::vector<Operation> makeOperations() {
                    [](RecordingHost&, const std::wstring& folder) { convert(folder, 0); }});
     all.push_back(
         {"Converted.tab",
-         sourcesWith({{"Converted.tab", kOld}}),
+         sourcesWith(withBackup("Converted.tab", kOld)),
          {"Converted.tab"},
-         false,
+         true,
          [](RecordingHost&, const std::wstring& folder) { convert(folder, kSingleFile); }});
     all.push_back(
         {"saved_list", sourcesWith(withBackup("saved.tab", kOld)), {"saved.tab"}, true, saveTexts});

@@ -4,6 +4,7 @@
 
 #include "services/bytes.h"
 #include "services/file_win32.h"
+#include "services/filelock.h"
 #include "services/files.h"
 #include "services/filestamp.h"
 #include "services/filesystem.h"
@@ -189,16 +190,38 @@ TEST_F(WindowsFiles, AHeldTargetIsTriedForASecondThenReported) {
     EXPECT_EQ(folder.names(), Lines{"a.gas"});
 }
 
+TEST_F(WindowsFiles, ABackupOutlivesASaveThatFails) {
+    folder.put(L"a.gas", "before");
+    folder.put(L"a.gas.bak", "older");
+    for (const wchar_t* name : {L"a.gas", L"a.gas.bak"}) {
+        host.log.clear();
+        const HANDLE held = hold(name, FILE_SHARE_READ | FILE_SHARE_WRITE);
+        EXPECT_FALSE(write(L"a.gas", L"after", L"a.gas.bak"));
+        ::CloseHandle(held);
+        EXPECT_EQ(reported(), refusal("70", name));
+        EXPECT_EQ(folder.bytes(L"a.gas"), "before") << test::shown(name);
+        EXPECT_EQ(folder.bytes(L"a.gas.bak"), "older") << test::shown(name);
+        EXPECT_EQ(folder.names().size(), 2U);
+    }
+}
+
 TEST_F(WindowsFiles, WhatKilledRunsLeftBehindGoes) {
     const std::wstring end = L"-0123456789abcdef.tmp";
-    const std::wstring own = L"a.gas." + std::to_wstring(::GetCurrentProcessId()) + end;
+    const std::wstring own = L"a.gas.7" + end;
     const std::wstring kept[] = {own, L"a.gas.x" + end, L"a.gas.4-short.tmp",
                                  L"b.gas.999999" + end};
     for (const std::wstring& name : kept) folder.put(name, "kept");
-    folder.put(L"a.gas.999999" + end, "left behind");  // no process has that number
-    EXPECT_TRUE(write(L"a.gas", L"text"));
+    folder.put(L"a.gas.999999" + end, "left behind");
+    {
+        const FileLock owner(folder.path(own + L".lock"));
+        EXPECT_TRUE(write(L"a.gas", L"text"));
+    }
     EXPECT_EQ(folder.names().size(), std::size(kept) + 1);
     EXPECT_EQ(folder.bytes(L"a.gas.999999" + end), "(missing)");
+    filesystem::Batch batch;
+    batch.add(folder.path(L"c.gas"), "text");
+    EXPECT_EQ(folder.names(), (Lines{"a.gas", "a.gas.4-short.tmp", "a.gas.x-0123456789abcdef.tmp",
+                                     "c.gas"}));
 }
 
 TEST_F(WindowsFiles, ShortNamesBecomeLong) {

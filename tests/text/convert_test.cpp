@@ -21,6 +21,7 @@ using Lines = std::vector<std::string>;
 const fs::path kSamples = KESTREL_SAMPLES "/folder";
 const fs::path kGolden = KESTREL_GOLDEN "/folder";
 constexpr const char* kPlus = "+++++++++++++++++++++++++\r\n";
+constexpr const char* kLedger = "\\r\\nNot converted:\\r\\nledger.gas: it holds no .gas data\\r\\n";
 constexpr const char* kFile = "[t:template,n:tar]\r\n{\r\na = 1;\r\nb = 2;\r\nc = 3;\r\n}\r\n";
 
 std::string bytesOf(const fs::path& path) {
@@ -33,7 +34,8 @@ class Convert : public testing::Test {
   protected:
     bool convert(std::int16_t options = 0, std::wstring_view output = {},
                  std::wstring_view header = {}) {
-        return gblnConvertFolder(folder, summary, output, options, header, &host, progress);
+        return gblnConvertFolder(folder, summary, output, options, header, &host, progress,
+                                 &outcome);
     }
 
     void copySamples() const {
@@ -58,6 +60,7 @@ class Convert : public testing::Test {
     std::wstring folder = files.path();
     std::wstring summary;
     Progress* progress = nullptr;
+    ConversionOutcome outcome;
 };
 
 TEST_F(Convert, EachSampleGivesItsGoldenText) {
@@ -71,8 +74,8 @@ TEST_F(Convert, EachSampleGivesItsGoldenText) {
         EXPECT_EQ(bytesOf(files.native() / name), golden(name)) << name;
     }
     EXPECT_EQ(shownSummary(), "Files processed: 6\\r\\nFiles converted: 5\\r\\nOutput folder: " +
-                                  here() + "\\r\\n");
-    EXPECT_EQ(host.logged("ask"), Lines{}) << "a file that fails to load is skipped silently";
+                                  here() + "\\r\\n" + kLedger);
+    EXPECT_EQ(host.logged("ask"), Lines{}) << "a file without data is only listed";
 }
 
 TEST_F(Convert, SamplesInOneFileStandInTheFoldersOrder) {
@@ -87,7 +90,8 @@ TEST_F(Convert, SamplesInOneFileStandInTheFoldersOrder) {
     const std::string counts = "Before\r\nFiles processed: 6\r\nFiles converted: 5\r\n";
     EXPECT_EQ(files.bytes(L"Converted.tab"),
               "Title:  T \r\nAuthor: \r\nBuild: \r\nCopyright: \r\n" + counts + kPlus + together);
-    EXPECT_EQ(toUtf8(summary), counts + "Output filename: " + here() + "Converted.tab\r\n");
+    EXPECT_EQ(shownSummary(), test::shown(fromUtf8(counts + "Output filename: " + here())) +
+                                  "Converted.tab\\r\\n" + kLedger);
     EXPECT_EQ(files.bytes(L"boats.tab"), "(missing)");
 }
 
@@ -132,7 +136,8 @@ TEST_F(Convert, OptionsAreBits) {
 
 TEST_F(Convert, ABorrowedDialogStaysAndItsOwnIsShownAndGone) {
     files.put(L"a.gas", kFile);
-    Lines log{"Process: Processing: a.gas", "Process: Processing: Template0"};
+    Lines log{"Overall: File 1 of 1", "Process: Processing: a.gas",
+              "Process: Processing: Template0"};
     const auto borrowed = host.makeProgress();
     progress = borrowed.get();
     ASSERT_TRUE(convert());
@@ -178,22 +183,76 @@ TEST_F(Convert, ACancelWritesNoSingleFile) {
     files.put(L"a.gas", kFile);
     files.put(L"b.gas", kFile);
     files.put(L"Converted.tab", "old");
-    host.cancelAt = 6;
-    ASSERT_TRUE(convert(kSingleFile));
-    EXPECT_EQ(summary, L"Files processed: 2\r\nFiles converted: 1\r\nCancelled.\r\n");
-    EXPECT_EQ(files.bytes(L"Converted.tab"), "old");
+    // Between the templates of a file too, whose single property shows no odd percentage.
+    for (const bool breathing : {false, true}) {
+        summary.clear();
+        host.breaths = 0;
+        (breathing ? host.cancelAtBreath : host.cancelAt) = breathing ? 2 : 6;
+        ASSERT_TRUE(convert(kSingleFile));
+        EXPECT_EQ(summary, L"Files processed: 2\r\nFiles converted: 0\r\n");
+        EXPECT_EQ(files.bytes(L"Converted.tab"), "old");
+        EXPECT_TRUE(outcome.cancelled);
+        EXPECT_EQ(closingMessage(outcome, L"x"), L"File conversion cancelled.\r\n\r\nx");
+        host.cancelAt = static_cast<std::size_t>(-1);
+    }
 }
 
-TEST_F(Convert, AFailedWriteIsReportedAndTheRestIsConverted) {
-    files.put(L"a.gas", kFile);
+TEST_F(Convert, FailuresAreGatheredAndTheRestIsConverted) {
+    constexpr int kFiles = 23;
+    for (int i = 100; i < 100 + kFiles; ++i) {
+        files.put(std::to_wstring(i) + L".gas", kFile);
+        fs::create_directory(files.native(std::to_wstring(i) + L".tab"));
+    }
     files.put(L"b.gas", kFile);
-    fs::create_directory(files.native(L"a.tab"));
     ASSERT_TRUE(convert());
-    ASSERT_EQ(host.logged("ask").size(), 1U);
-    EXPECT_NE(host.logged("ask")[0].find("): Cannot write '" + here() + "a.tab': "),
-              std::string::npos);
+    ASSERT_EQ(host.logged("ask").size(), 1U) << "the first";
+    EXPECT_NE(host.logged("ask")[0].find("): Cannot write '" + here()), std::string::npos);
     EXPECT_EQ(files.bytes(L"b.tab").substr(0, 10), "Filename: ");
-    EXPECT_EQ(files.names(), (Lines{"a.gas", "a.tab", "b.gas", "b.tab"}));
+    EXPECT_EQ(files.names().size(), 2U * kFiles + 2);
+    const std::string text = toUtf8(summary);
+    EXPECT_TRUE(text.starts_with("Files processed: 24\r\nFiles converted: 1\r\n")) << text;
+    EXPECT_TRUE(text.ends_with("\r\nand 3 more\r\n")) << text;
+    ASSERT_EQ(outcome.leftOut.size(), std::size_t{kFiles});
+    const std::string name = toUtf8(outcome.leftOut[0].name.substr(0, 3));
+    EXPECT_EQ(toUtf8(outcome.leftOut[0].reason).substr(0, 25),
+              "Cannot write '" + name + ".tab': I");
+    EXPECT_EQ(text.find(here(), text.find("Not converted")), std::string::npos);
+}
+
+TEST_F(Convert, ASingleFileIsCheckedBeforeTheWork) {
+    const struct {
+        const wchar_t* given;
+        const char* written;  // or why not
+    } cases[] = {
+        {L"all", "all.tab"},
+        {L"x.y", "x.y"},
+        {L".all", ".all.tab"},
+        {L"a.gas", "Cannot write 'a.gas': it is a .gas file"},
+        {L"A.GAS", "Cannot write 'A.GAS': it is a .gas file"},
+        {L"kept", "Cannot write 'kept.tab': it is write-protected"},
+        {L"sub", nullptr},  // in the system's own words
+    };
+    files.put(L"a.gas", kFile);
+    fs::permissions(files.put(L"kept.tab", "old"), fs::perms::owner_read);
+    fs::create_directory(files.native(L"sub"));
+    for (const auto& c : cases) {
+        files.put(L"A.GAS", kFile);
+        const bool writes =
+            c.written != nullptr && std::string_view(c.written).find(' ') == std::string_view::npos;
+        if (writes) files.put(fromUtf8(c.written), "old");
+        summary.clear();
+        ASSERT_TRUE(convert(kSingleFile, files.path(c.given)));
+        const bool named = summary.find(L"Output filename: ") != summary.npos;
+        EXPECT_EQ(named, writes) << shownSummary();
+        EXPECT_EQ(outcome.leftOut.size(), writes ? 0U : 1U);
+        if (writes) {
+            EXPECT_EQ(files.bytes(fromUtf8(c.written) + L".bak"), "old") << c.written;
+        } else if (c.written != nullptr) {
+            EXPECT_EQ(toUtf8(outcome.leftOut[0].reason), c.written);
+        }
+    }
+    EXPECT_EQ(files.bytes(L"a.gas") + files.bytes(L"kept.tab"), std::string(kFile) + "old");
+    fs::permissions(files.native(L"kept.tab"), fs::perms::owner_all);
 }
 
 TEST_F(Convert, AFailureOfItsOwnIsReportedUnderItsName) {

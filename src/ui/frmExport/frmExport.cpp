@@ -136,22 +136,23 @@ void frmExport::convert() {
         return;
     }
     const bool single = chkSingleFile->GetValue();
-    if (single && !mayWrite(target)) return;
+    if (single && !target.empty() && !mayWrite(singleOutput(source, target))) return;
     std::wstring summary;
+    ConversionOutcome outcome;
     OwnerWx owner(*this);
     Progress* progress = nullptr;
     const bool converted =
         gblnConvertFolder(source, summary, target, single ? kSingleFile : std::int16_t{0},
-                          single ? header() : std::wstring(), &owner, progress);
+                          single ? header() : std::wstring(), &owner, progress, &outcome);
     // Kept: a failure has the icon of a success.
-    tellUser(converted ? L"File conversion complete.\r\n\r\n" + summary
+    tellUser(converted ? closingMessage(outcome, summary)
                        : L"File conversion failed! Please verify source folder contents, all other "
                          L"settings and then try again.\r\nSee \"\"About\"\" for reporting issues",
              Icon::information);
 }
 
 bool frmExport::mayWrite(const std::wstring& target) const {
-    if (target.empty() || !fileExists(target)) return true;
+    if (!fileExists(target)) return true;
     return askUser(L"Target file already exists, do you wish to overwrite the existing file?",
                    Icon::question, Buttons::noYes) == Answer::yes;
 }
