@@ -43,6 +43,7 @@ int convert(const Call& call) {
         return kFailed;
     }
     call.terminal.about({});
+    call.terminal.catchInterrupts();
     const std::optional<std::wstring> single = call.arguments.value(L"--single");
     ConversionOutcome outcome;
     outcome.tell = [&](const LeftOut& one) {

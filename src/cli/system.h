@@ -25,6 +25,15 @@ std::vector<std::wstring> commandLine(int count, char** values);
 // True when the write that has just failed did so because nobody reads any more.
 bool readerIsGone() noexcept;
 
+// From now on an interrupt (Ctrl+C, or a request to end) is only noted, unless the user
+// repeats it after a while.
+void catchInterrupts();
+bool isInterrupted() noexcept;
+
+// Ends the program as an interrupt that was noted would have ended it; returns when there
+// was none.
+void passInterruptOn() noexcept;
+
 bool isTerminal(std::FILE* stream);
 
 }  // namespace kestrel::cli::system

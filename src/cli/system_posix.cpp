@@ -3,11 +3,37 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
+#include <ctime>
 
 #include "cli/system.h"
 #include "services/bytes.h"
 
 namespace kestrel::cli::system {
+
+namespace {
+
+// NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables): signals reach no other.
+volatile std::sig_atomic_t interrupt = 0;
+volatile std::time_t noted = 0;  // in seconds
+// NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
+
+// Who runs a program sends it a signal twice sometimes, to it and to its group: only one that
+// comes later means that the user does not want to wait.
+void note(int signal) {
+    constexpr std::time_t kPatience = 2;
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    if (interrupt == 0) {
+        noted = now.tv_sec;
+        interrupt = signal;
+    } else if (now.tv_sec - noted >= kPatience) {
+        ::signal(signal, SIG_DFL);
+        ::raise(signal);
+    }
+}
+
+}  // namespace
 
 void prepareStreams() {
     ::signal(SIGPIPE, SIG_DFL);
@@ -30,6 +56,27 @@ std::vector<std::wstring> commandLine(int count, char** values) {
 
 bool readerIsGone() noexcept {
     return errno == EPIPE;
+}
+
+void catchInterrupts() {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction before {};
+        if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler == SIG_IGN) continue;
+        struct sigaction action {};
+        action.sa_handler = note;
+        action.sa_flags = SA_RESTART;
+        ::sigaction(signal, &action, nullptr);
+    }
+}
+
+bool isInterrupted() noexcept {
+    return interrupt != 0;
+}
+
+void passInterruptOn() noexcept {
+    if (interrupt == 0) return;
+    ::signal(interrupt, SIG_DFL);
+    ::raise(interrupt);
 }
 
 bool isTerminal(std::FILE* stream) {

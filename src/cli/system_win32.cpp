@@ -7,6 +7,7 @@
 #include <shellapi.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -78,6 +79,31 @@ bool readerIsGone() noexcept {
     const unsigned long code = _doserrno;
     return errno == EPIPE || code == ERROR_BROKEN_PIPE || code == ERROR_NO_DATA ||
            code == ERROR_PIPE_NOT_CONNECTED;
+}
+
+namespace {
+
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): handlers reach no other.
+std::atomic<bool> interrupted = false;
+
+// The system calls it on a thread of its own; the second time the default follows.
+BOOL WINAPI note(DWORD) {
+    return interrupted.exchange(true) ? FALSE : TRUE;
+}
+
+}  // namespace
+
+void catchInterrupts() {
+    ::SetConsoleCtrlHandler(note, TRUE);
+}
+
+bool isInterrupted() noexcept {
+    return interrupted;
+}
+
+void passInterruptOn() noexcept {
+    constexpr UINT kControlCExit = 0xC000013A;
+    if (interrupted) ::ExitProcess(kControlCExit);
 }
 
 bool isTerminal(std::FILE* stream) {

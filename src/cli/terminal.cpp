@@ -6,6 +6,7 @@
 #include <ostream>
 #include <utility>
 
+#include "cli/system.h"
 #include "services/bytes.h"
 #include "services/text.h"
 
@@ -14,7 +15,7 @@ namespace {
 
 class TerminalProgress final : public Progress {
   public:
-    explicit TerminalProgress(Terminal& terminal) : terminal_(terminal) {}
+    TerminalProgress(Terminal& terminal, bool isShown) : terminal_(terminal), isShown_(isShown) {}
     ~TerminalProgress() override { terminal_.showProgress({}); }
     TerminalProgress(const TerminalProgress&) = delete;
     TerminalProgress& operator=(const TerminalProgress&) = delete;
@@ -30,13 +31,14 @@ class TerminalProgress final : public Progress {
         paint();
     }
     void CanCancel(bool) override {}
-    bool DidCancel() const override { return false; }
+    bool DidCancel() const override { return system::isInterrupted(); }
 
   private:
     using Clock = std::chrono::steady_clock;
 
     void paint() {
         constexpr std::chrono::milliseconds kPause{100};
+        if (!isShown_) return;
         const Clock::time_point now = Clock::now();
         if (now - painted_ < kPause) return;
         painted_ = now;
@@ -44,6 +46,7 @@ class TerminalProgress final : public Progress {
     }
 
     Terminal& terminal_;
+    bool isShown_;
     std::wstring process_;
     int percentage_ = 0;
     Clock::time_point painted_ = Clock::now();  // quick work shows nothing
@@ -123,6 +126,11 @@ void Terminal::error(std::wstring_view text) {
     err_ << visibleLine(text) << '\n';
 }
 
+void Terminal::catchInterrupts() {
+    interruptible_ = true;
+    system::catchInterrupts();
+}
+
 void Terminal::showProgress(std::wstring_view text) {
     constexpr std::size_t kColumns = 79;
     if (text.empty() && shown_ == 0) return;
@@ -146,7 +154,9 @@ std::optional<std::wstring> Terminal::prompt(std::wstring_view, std::wstring_vie
 }
 
 std::unique_ptr<Progress> Terminal::makeProgress() {
-    return showsProgress_ ? std::make_unique<TerminalProgress>(*this) : nullptr;
+    // What is not shown can be interrupted all the same.
+    const bool isNeeded = showsProgress_ || interruptible_;
+    return isNeeded ? std::make_unique<TerminalProgress>(*this, showsProgress_) : nullptr;
 }
 
 std::wstring Terminal::longTime() const {

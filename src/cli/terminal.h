@@ -40,6 +40,10 @@ class Terminal final : public Messages, public ProgressMaker, public Clock {
     // How many messages there were.
     std::size_t errors() const noexcept { return errors_; }
 
+    // From now on an interrupt of the user's is a Cancel of what goes on; one that follows
+    // after a while ends the program at once.
+    void catchInterrupts();
+
     // Shows `text` in place of the progress shown before; empty to remove it.
     void showProgress(std::wstring_view text);
 
@@ -54,6 +58,7 @@ class Terminal final : public Messages, public ProgressMaker, public Clock {
   private:
     std::ostream& err_;
     bool showsProgress_;
+    bool interruptible_ = false;
     Host before_;
     std::wstring subject_;
     std::size_t errors_ = 0;

@@ -103,5 +103,21 @@ TEST_F(PosixProgram, ASourceIsNeverWrittenOver) {
     }
 }
 
+// Nor does one that was killed, once the next one has begun.
+TEST_F(PosixProgram, AnInterruptedConversionLeavesNoTemporaryFiles) {
+    std::string big;
+    for (int i = 0; i < 2000; ++i) big += "[t:template,n:a]\n{\nx = 1;\n}\n";
+    for (int i = 0; i < 150; ++i) folder.put(std::to_wstring(i) + L".gas", big);
+    for (const char* name : {"KILL", "INT", "TERM", "HUP"}) {
+        // Where the tests run in the background an interrupt would be ignored.
+        const std::string run = "timeout --preserve-status -s " + std::string(name) +
+                                " 0.1 env --default-signal \"$cli\" convert . >out 2>err";
+        EXPECT_GT(shell(run), 128) << name;
+        if (std::string_view(name) == "KILL") continue;
+        EXPECT_EQ(folder.bytes(L"err"), "kestrel-cli: File conversion cancelled.\n") << name;
+        EXPECT_EQ(shell("! ls -A | grep '[.]tmp$'"), 0) << name;
+    }
+}
+
 }  // namespace
 }  // namespace kestrel::cli
