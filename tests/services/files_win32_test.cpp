@@ -220,8 +220,8 @@ TEST_F(WindowsFiles, WhatKilledRunsLeftBehindGoes) {
     EXPECT_EQ(folder.bytes(L"a.gas.999999" + end), "(missing)");
     filesystem::Batch batch;
     batch.add(folder.path(L"c.gas"), "text");
-    EXPECT_EQ(folder.names(), (Lines{"a.gas", "a.gas.4-short.tmp", "a.gas.x-0123456789abcdef.tmp",
-                                     "c.gas"}));
+    EXPECT_EQ(folder.names(),
+              (Lines{"a.gas", "a.gas.4-short.tmp", "a.gas.x-0123456789abcdef.tmp", "c.gas"}));
 }
 
 TEST_F(WindowsFiles, ShortNamesBecomeLong) {
