@@ -93,9 +93,9 @@ std::string temporaryStart(const std::string& name) {
     return std::string(".").append(baseOf(name), 0, kMostOfBase).append(".");
 }
 
-// A temporary sibling of a file. Its owner keeps the file locked, and the system ends the
-// lock with the owner: one whose lock can be had was left behind. On a file system without
-// locks none can be had.
+// A temporary sibling of a file. Its owner shares a lock of the file, which the system ends
+// with the owner: one that can be locked alone was left behind. On a file system without
+// locks none can be.
 class Sibling {
   public:
     Sibling(const std::string& of, const File::Failure& failure)
@@ -111,7 +111,7 @@ class Sibling {
     File& make(mode_t mode) {
         constexpr int kTries = 100;
         for (int attempt = 1;; ++attempt) {
-            file_.emplace(name_, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode, failure_);
+            file_.emplace(name_, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, mode, failure_);
             if (isOwned() || attempt == kTries) return *file_;
             ::unlink(name_.c_str());
             chooseName();
@@ -120,13 +120,15 @@ class Sibling {
 
     // Makes it a second name of `file`; false, with errno set, where that cannot be.
     bool makeLink(const std::string& file) {
-        try {
-            file_.emplace(file, O_RDONLY | O_NOFOLLOW | O_NONBLOCK, 0, failure_);
-            share();
-        } catch (const RunTimeError&) {
-            // Whoever removes what was left behind cannot open it either.
+        constexpr int kTries = 100;
+        for (int attempt = 1;; ++attempt) {
+            const bool locked = share(file);
+            if (::link(file.c_str(), name_.c_str()) != 0) return false;
+            // Another program may have replaced the file in between.
+            if (!locked || isStillThere() || attempt == kTries) return true;
+            ::unlink(name_.c_str());
+            chooseName();
         }
-        return ::link(file.c_str(), name_.c_str()) == 0;
     }
 
     const std::string& name() const noexcept { return name_; }
@@ -151,20 +153,31 @@ class Sibling {
 
     // False when somebody took it, new as it is, for one that was left behind.
     bool isOwned() const {
-        if (::flock(file_->descriptor(), LOCK_EX | LOCK_NB) != 0) return errno != EWOULDBLOCK;
+        if (::flock(file_->descriptor(), LOCK_SH | LOCK_NB) != 0) return errno != EWOULDBLOCK;
         return file_->status().st_nlink > 0;
     }
 
-    // The lock of a user's own file is shared, and waited for as long as somebody who
-    // removes what was left behind may hold it.
-    void share() const {
-        constexpr int kTries = 10;
+    bool isStillThere() const {
+        struct stat found {};
+        return ::stat(name_.c_str(), &found) == 0 && found.st_ino == file_->status().st_ino;
+    }
+
+    // The lock of a user's own file is waited for as long as somebody who removes what was
+    // left behind may hold it. False where it cannot be opened, by that one neither.
+    bool share(const std::string& file) {
+        constexpr int kTries = 500;
         constexpr useconds_t kPause = 1000;
+        try {
+            file_.emplace(file, O_RDONLY | O_NOFOLLOW | O_NONBLOCK, 0, failure_);
+        } catch (const RunTimeError&) {
+            return false;
+        }
         for (int attempt = 0; attempt < kTries; ++attempt) {
             const int result = ::flock(file_->descriptor(), LOCK_SH | LOCK_NB);
-            if (result == 0 || errno != EWOULDBLOCK) return;
+            if (result == 0 || errno != EWOULDBLOCK) break;
             ::usleep(kPause);
         }
+        return true;
     }
 
     std::string start_;

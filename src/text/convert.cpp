@@ -31,32 +31,30 @@ class Targets {
         for (const std::wstring& name : names) {
             const auto identity = filesystem::identityOf(folder + name);
             if (identity) sources_.insert(*identity);
-            if (!single) ++uses_[key(tabPath(folder + name))];
+            if (!single) ++uses_[fileOf(tabPath(folder + name))];
         }
     }
 
     // Throws when `target` may not be written.
     void check(const std::wstring& target) const {
-        const auto uses = uses_.find(key(target));
+        const auto uses = uses_.find(fileOf(target));
         if (uses != uses_.end() && uses->second > 1) {
             refuse(target, L"more than one source gives it");
         }
         if (!fileExists(target)) return;
         const auto identity = filesystem::identityOf(target);
         const bool isSource = identity && sources_.contains(*identity);
-        if (isSource || isGasName(fileName(filesystem::pathBehindLinks(target)))) {
+        if (isSource || isGasName(fileName(fileOf(target)))) {
             refuse(target, L"it is a .gas file");
         }
         if (filesystem::isProtected(target)) refuse(target, L"it is write-protected");
     }
 
   private:
-    using Key = std::pair<filesystem::Identity, std::wstring>;
-
     // Two links can name one file.
-    static Key key(const std::wstring& target) {
-        const auto identity = filesystem::identityOf(target);
-        return identity ? Key(*identity, {}) : Key({}, target);
+    static std::wstring fileOf(const std::wstring& target) {
+        std::wstring path = filesystem::pathBehindLinks(target);
+        return path.empty() ? target : path;
     }
 
     [[noreturn]] static void refuse(const std::wstring& target, std::wstring_view why) {
@@ -65,7 +63,7 @@ class Targets {
     }
 
     std::set<filesystem::Identity> sources_;
-    std::map<Key, std::size_t> uses_;
+    std::map<std::wstring, std::size_t> uses_;  // of the files that are written
 };
 
 // One run over the files of a folder.

@@ -7,7 +7,6 @@
 #include <iterator>
 
 #include "services/bytes.h"
-#include "services/errors.h"
 #include "services/filesystem.h"
 #include "support/recordinghost.h"
 #include "support/tempfolder.h"
@@ -253,20 +252,6 @@ TEST_F(Convert, ASingleFileIsCheckedBeforeTheWork) {
     }
     EXPECT_EQ(files.bytes(L"a.gas") + files.bytes(L"kept.tab"), std::string(kFile) + "old");
     fs::permissions(files.native(L"kept.tab"), fs::perms::owner_all);
-}
-
-TEST_F(Convert, AFailureOfItsOwnIsReportedUnderItsName) {
-    struct NoDialog final : ProgressMaker {
-        std::unique_ptr<Progress> makeProgress() override {
-            throw RunTimeError(kOutOfMemory, L"Out of memory");
-        }
-    } maker;
-    gProgram().host.progress = &maker;
-    files.put(L"a.gas", kFile);
-    EXPECT_FALSE(convert());
-    EXPECT_EQ(host.log,
-              Lines{"ask: Error (7): Out of memory in 'gblnConvertFolder' | Kestrel | exclamation "
-                    "| ok"});
 }
 
 }  // namespace
