@@ -243,7 +243,7 @@ TEST_F(Convert, ASingleFileIsCheckedBeforeTheWork) {
         ASSERT_TRUE(convert(kSingleFile, files.path(c.given)));
         const bool named = summary.find(L"Output filename: ") != summary.npos;
         EXPECT_EQ(named, writes) << shownSummary();
-        EXPECT_EQ(outcome.leftOut.size(), writes ? 0U : 1U);
+        ASSERT_EQ(outcome.leftOut.size(), writes ? 0U : 1U);
         if (writes) {
             EXPECT_EQ(files.bytes(fromUtf8(c.written) + L".bak"), "old") << c.written;
         } else if (c.written != nullptr) {
