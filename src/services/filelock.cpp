@@ -2,6 +2,8 @@
 
 #include <thread>
 
+#include "services/files.h"
+
 namespace kestrel {
 
 FileLock::FileLock(std::wstring_view path, std::chrono::milliseconds patience) : path_(path) {
@@ -14,5 +16,7 @@ FileLock::FileLock(std::wstring_view path, std::chrono::milliseconds patience) :
         std::this_thread::sleep_for(kPause);
     }
 }
+
+SettingsLock::SettingsLock() : FileLock(programFile(L"settings.lock"), std::chrono::seconds(5)) {}
 
 }  // namespace kestrel

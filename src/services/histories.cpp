@@ -1,9 +1,13 @@
 #include "services/histories.h"
 
 #include <algorithm>
+#include <iterator>
+#include <optional>
+#include <set>
 
 #include "services/bytes.h"
 #include "services/errors.h"
+#include "services/filelock.h"
 #include "services/files.h"
 #include "services/filesystem.h"
 #include "services/text.h"
@@ -21,34 +25,127 @@ bool isKept(const std::wstring& entry) {
     return !trim(entry).empty() && isNarrow(entry);
 }
 
-void loadLines(TextList& list, std::string_view bytes) {
+using Entries = std::vector<std::wstring>;
+
+Entries entriesOf(std::string_view bytes) {
+    Entries entries;
     constexpr std::string_view kEnd = "\r\n";
     for (std::size_t line = 0; line < kMostEntries && !bytes.empty(); ++line) {
         const std::size_t length = std::min(bytes.find(kEnd), bytes.size());
         const std::string_view entry = bytes.substr(0, length);
         bytes.remove_prefix(std::min(length + kEnd.size(), bytes.size()));
         const bool blank = entry.find_first_not_of(' ') == std::string_view::npos;
-        if (!blank && entry.size() <= kLongestPath) list.append(widen(entry));
+        if (!blank && entry.size() <= kLongestPath) entries.push_back(widen(entry));
     }
+    return entries;
+}
+
+Entries linesOf(std::string_view bytes) {
+    const std::wstring text = widen(bytes);
+    const auto lines = split(text, kLineEnd);
+    return {lines.begin(), lines.end()};
+}
+
+// As the shared routines write them: blank ones count towards the most, and are left out.
+std::wstring linesAmongTheFirst(const Entries& entries) {
+    std::wstring text;
+    for (std::size_t i = 0; i < std::min(entries.size(), kMostEntries); ++i) {
+        if (isKept(entries[i])) text.append(entries[i]).append(kLineEnd);
+    }
+    return text;
+}
+
+// All that the file can hold, with nothing behind the last one.
+std::wstring joinedLines(const Entries& entries) {
+    std::wstring text;
+    for (const std::wstring& entry : entries) {
+        if (isNarrow(entry)) text.append(entry).append(kLineEnd);
+    }
+    text.resize(text.size() - std::min(text.size(), kLineEnd.size()));
+    return text;
+}
+
+// How a file of entries is read and written.
+struct Form {
+    Entries (*entries)(std::string_view bytes);
+    std::wstring (*text)(const Entries& entries);
+    bool newestFirst;
+};
+
+std::string bytesAt(const std::wstring& path) {
+    return filesystem::read(path).value_or(std::string());
+}
+
+// The entries of `all` that are not among `others`.
+Entries without(const Entries& all, const Entries& others) {
+    const std::set<std::wstring_view> known(others.begin(), others.end());
+    Entries rest;
+    std::ranges::copy_if(all, std::back_inserter(rest),
+                         [&](const std::wstring& entry) { return !known.contains(entry); });
+    return rest;
+}
+
+// What the file holds `now`, without what this run took away and with what it added to
+// what it `found`.
+Entries merged(const Entries& mine, const Entries& found, const Entries& now, bool newestFirst) {
+    const Entries added = without(mine, found);
+    Entries others = without(now, without(found, mine));
+    if (!newestFirst) {
+        std::ranges::copy(without(added, now), std::back_inserter(others));
+        return others;
+    }
+    others = without(others, added);
+    others.insert(others.begin(), added.begin(), added.end());
+    return others;
+}
+
+bool isSame(const Entries& mine, const Entries& found) {
+    return without(mine, found).empty() && without(found, mine).empty();
+}
+
+// A backup that cannot be made does not keep the file from being written.
+void replaceKeeping(const std::wstring& path, const std::string& bytes,
+                    const std::wstring& backup) {
+    try {
+        filesystem::replace(path, bytes, backup);
+    } catch (const RunTimeError&) {
+        if (backup.empty()) throw;
+        filesystem::replace(path, bytes, {});
+        throw;
+    }
+}
+
+void save(const std::wstring& path, const Entries& mine, const Form& form) {
+    Entries& found = gProgram().found.histories[path];
+    if (isSame(mine, found)) return;
+    const SettingsLock lock;
+    const std::optional<std::string> old = filesystem::read(path);
+    const Entries now = form.entries(old.value_or(std::string()));
+    const std::wstring text =
+        form.text(now == found ? mine : merged(mine, found, now, form.newestFirst));
+    if (!text.empty() && text != form.text(now)) {
+        replaceKeeping(path, narrow(text), old ? backupPath(path) : std::wstring());
+    }
+    found = mine;
 }
 
 }  // namespace
 
 void gLoadHistory(TextList& list, std::wstring_view name) {
-    guarded(L"gLoadHistory", [&] { loadLines(list, readFileBytes(programFile(name))); });
+    guarded(L"gLoadHistory", [&] {
+        const std::wstring path = programFile(name);
+        Entries& found = gProgram().found.histories[path];
+        found.clear();
+        found = entriesOf(bytesAt(path));
+        for (const std::wstring& entry : found) list.append(entry);
+    });
 }
 
 void gSaveHistory(const TextList& list, std::wstring_view name) {
     guarded(L"gSaveHistory", [&] {
-        std::wstring text;
-        const std::size_t count = std::min(list.count(), kMostEntries);
-        for (std::size_t i = 0; i < count; ++i) {
-            const std::wstring entry = list.at(i);
-            if (isKept(entry)) text.append(entry).append(kLineEnd);
-        }
-        if (text.empty()) return;
-        const std::wstring path = programFile(name);
-        writeFile(path, text, backupPath(path));
+        Entries entries;
+        for (std::size_t i = 0; i < list.count(); ++i) entries.push_back(list.at(i));
+        save(programFile(name), entries, {entriesOf, linesAmongTheFirst, true});
     });
 }
 
@@ -74,22 +171,15 @@ void gRemoveHistoryItem(TextList& list, std::wstring_view text) {
 
 std::vector<std::wstring> loadFileHistory(std::wstring_view path) {
     return guarded(L"loadFileHistory", [&] {
-        const std::wstring text = gstrReadFile(path);
-        const auto lines = split(text, kLineEnd);
-        return std::vector<std::wstring>(lines.begin(), lines.end());
+        Entries& found = gProgram().found.histories[filesystem::absolutePath(path)];
+        found.clear();
+        return found = linesOf(bytesAt(std::wstring(path)));
     });
 }
 
 void mSaveFileHistory(const std::vector<std::wstring>& files, std::wstring_view name) {
     guarded(L"mSaveFileHistory", [&] {
-        std::wstring text;
-        for (const std::wstring& file : files) {
-            if (isNarrow(file)) text.append(file).append(kLineEnd);
-        }
-        if (text.size() <= kLineEnd.size()) return;
-        text.resize(text.size() - kLineEnd.size());
-        const std::wstring path = programFile(name);
-        filesystem::replace(path, narrow(text), backupPath(path));
+        save(programFile(name), files, {linesOf, joinedLines, false});
     });
 }
 

@@ -13,9 +13,11 @@ namespace kestrel {
 // 16 that are not blank. A line longer than any path is none.
 void gLoadHistory(TextList& list, std::wstring_view name);
 
-// Writes the entries among the first 16 of `list` that are not blank, and keeps
-// the file that they replace as ".bak". An entry that 8-bit text cannot hold is
-// left out. Nothing is written when none is left.
+// Puts what was added to `list`, and what was removed from it, since it was loaded into
+// the file as other programs have left it: the added entries on top, of all the first 16
+// that are not blank. The file that they replace is kept as ".bak"; where it cannot be,
+// that is reported and the file written. An entry that 8-bit text cannot hold is left out.
+// Nothing is written when nothing has changed, or none is left.
 void gSaveHistory(const TextList& list, std::wstring_view name);
 
 // Puts `text` at the top unless an equal entry is in the list already.
@@ -29,9 +31,8 @@ void gRemoveHistoryItem(TextList& list, std::wstring_view text);
 // look in the program's folder: a bare name is that of the current folder.
 std::vector<std::wstring> loadFileHistory(std::wstring_view path);
 
-// Writes all of `files`, each but the last one with a line end, to the file `name`
-// of the program's folder, and keeps the file that it replaces as ".bak". An entry
-// that 8-bit text cannot hold is left out. Nothing is written when no text is left.
+// As gSaveHistory() for all of `files`, each but the last one with a line end: what was
+// added stands behind the others.
 void mSaveFileHistory(const std::vector<std::wstring>& files, std::wstring_view name);
 
 }  // namespace kestrel

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <array>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "services/host.h"
 
@@ -18,6 +20,17 @@ struct Settings {
     std::wstring zeltor;
     std::wstring skritpad;
     std::array<std::wstring, 5> tools;
+
+    bool operator==(const Settings&) const = default;
+};
+
+// What this run found in the files of its folder, or wrote there last: what it changed
+// since is what it writes.
+struct FoundFiles {
+    Settings settings;
+    bool settingsUnread = false;  // they could not be read
+    // The entries of histories and lists of files, by the path of their file.
+    std::map<std::wstring, std::vector<std::wstring>> histories;
 };
 
 // The version record.
@@ -33,6 +46,7 @@ struct Version {
 struct Program {
     std::wstring routine;  // current routine name, for the error report
     Settings settings;
+    FoundFiles found;
     bool progressShowing = false;  // set while a progress dialog is up
     std::wstring folder;           // where settings and histories are kept
     std::wstring lastFolder;       // of the file that was chosen last

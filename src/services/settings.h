@@ -9,10 +9,13 @@ namespace kestrel {
 
 // Reads "settings.set" of the program's folder into the program's settings.
 // Fields that the file does not name keep their values; a missing file changes
-// nothing.
+// nothing, and one that cannot be read is reported.
 void gReadSettings();
 
-// Writes the program's settings to "settings.set"; a failure is reported.
+// Puts what was changed since gReadSettings() into "settings.set" as other programs have
+// left it; nothing is written when that is nothing, unless there is no file. A file that
+// could not be read, or that holds lines of no setting, is kept as ".bak". A failure is
+// reported.
 void gWriteSettings();
 
 // The caption of a user tool: the text before the first "|" of `setting`, or

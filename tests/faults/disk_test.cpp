@@ -231,7 +231,9 @@ TEST_F(Oddities, AreRefusedAsTargetsAndBackups) {
                                 std::string_view(oddity.name) == "a loop";
             if (!operation.before.contains(backupOf(target)) || isLink) continue;
             EXPECT_EQ(runOver(operation, backupOf(target), oddity), 1U);
-            EXPECT_EQ(folder.bytes(fromUtf8(target)), operation.before.at(target));
+            // A history does without its backup.
+            EXPECT_EQ(folder.bytes(fromUtf8(target)) == operation.before.at(target),
+                      !target.ends_with(".his"));
         }
     }
     tell();

@@ -53,7 +53,7 @@ Shot shotOf(const TempFolder& folder) {
         const bool temporary = name.starts_with(kTemporary);
         if (name.starts_with('.') && name.ends_with(".tmp")) {
             ++shot.strays;
-        } else {
+        } else if (!name.ends_with(".lock")) {
             shot.files[temporary ? kTemporary : name] = folder.bytes(fromUtf8(name));
         }
     }
@@ -64,13 +64,16 @@ std::string backupOf(const std::string& target) {
     return target + ".bak";
 }
 
-std::string fault(const Operation& operation, const FileBytes& good, const Shot& found) {
+std::string fault(const Operation& operation, const FileBytes& good, const Shot& found, bool told) {
     for (const std::string& target : operation.targets) {
         std::string text = targetFault(operation.before, good, found.files, target);
         if (!text.empty()) return text;
     }
     std::string text =
         operation.keepsBackup ? backupFault(operation, good, found.files) : std::string();
+    if (told && operation.targets.front().ends_with(".his") && isDone(operation, good, found)) {
+        text.clear();
+    }
     for (const auto& [name, bytes] : operation.before) {
         if (!good.contains(name) || good.at(name) != bytes) continue;
         if (!holds(found.files, name, bytes)) text = name + " has changed";

@@ -8,8 +8,8 @@ namespace kestrel::test {
 // Makes `files` the folder's only content.
 void fill(const TempFolder& folder, const FileBytes& files);
 
-// What stands in a folder. The writer's temporary siblings are only counted; a file
-// for another program goes by kTemporary.
+// What stands in a folder. The writer's temporary siblings are only counted, locks
+// stand for nothing, and a file for another program goes by kTemporary.
 struct Shot {
     FileBytes files;
     std::size_t strays = 0;
@@ -20,8 +20,10 @@ Shot shotOf(const TempFolder& folder);
 std::string backupOf(const std::string& target);
 
 // Why the folder is not one that a user may find after `operation` was ended
-// anywhere, `good` being what it makes of its files; empty when it is.
-std::string fault(const Operation& operation, const FileBytes& good, const Shot& found);
+// anywhere, `good` being what it makes of its files; empty when it is. The backup of a
+// history may be lacking where that was `told`.
+std::string fault(const Operation& operation, const FileBytes& good, const Shot& found,
+                  bool told = false);
 
 // True when every target is as in `good`.
 bool isDone(const Operation& operation, const FileBytes& good, const Shot& found);

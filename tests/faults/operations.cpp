@@ -29,6 +29,7 @@ std::string gasText(const std::string& name) {
 }
 
 void settings(RecordingHost&, const std::wstring&) {
+    gProgram().settings = {};
     gReadSettings();
     gProgram().settings.skritpad = std::wstring(7000, L's');
     gWriteSettings();
@@ -120,9 +121,9 @@ std::vector<Operation> makeOperations() {
     all.push_back({"first_history", {}, {"info.his"}, true, historyOperation("info.his", "").run});
     all.push_back({"spec.his", withBackup("spec.his", lines), {"spec.his"}, true, saveFileList});
     all.push_back({"settings",
-                   {{"settings.set", "orvane=" + kOld + "\r\n"}},
+                   withBackup("settings.set", "of nobody\r\norvane=" + kOld + "\r\n"),
                    {"settings.set"},
-                   false,
+                   true,
                    settings});
     all.push_back({"first_settings", {}, {"settings.set"}, false, settings});
     all.push_back({"converted_files",

@@ -2,11 +2,12 @@
 // in a line ("REPORTS CALLS STRUCK"), waits for a line and performs it once more,
 // without faults. The last line is the number of reports of that.
 //
-// trial session FOLDER NAME: starts as the program does, says "started", waits for a
-// line and ends as the program does.
+// trial session FOLDER NAME FIELD: starts as the program does, says "started", waits for
+// a line, changes the setting of that index and ends as the program does.
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstring>
 
@@ -41,7 +42,7 @@ int perform(const test::Operation& operation, const std::wstring& folder) {
     return 0;
 }
 
-int session(const std::wstring& folder, std::wstring_view name) {
+int session(const std::wstring& folder, std::wstring_view name, std::size_t field) {
     test::RecordingHost host;
     gProgram().folder = folder;
     test::VectorTextList list;
@@ -50,10 +51,8 @@ int session(const std::wstring& folder, std::wstring_view name) {
     say("started");
     std::getchar();
     Settings& settings = gProgram().settings;
-    for (std::wstring* field : {&settings.orvane, &settings.zeltor, &settings.skritpad}) {
-        *field = name;
-    }
-    settings.tools.fill(std::wstring(name));
+    (field < 3 ? *std::array{&settings.orvane, &settings.zeltor, &settings.skritpad}[field]
+               : settings.tools[0]) = name;
     gWriteSettings();
     gAddHistoryItem(list, name);
     gSaveHistory(list, L"info.his");
@@ -63,7 +62,10 @@ int session(const std::wstring& folder, std::wstring_view name) {
 }  // namespace
 
 int main(int count, char** words) {
-    if (count == 4) return session(fromUtf8(words[2]), fromUtf8(words[3]));
+    if (count == 5) {
+        return session(fromUtf8(words[2]), fromUtf8(words[3]),
+                       static_cast<std::size_t>(*words[4] - '0'));
+    }
     if (count != 3) return 2;
     const auto& all = test::operations();
     const auto operation = std::ranges::find(all, std::string(words[1]), &test::Operation::name);

@@ -1,12 +1,14 @@
 #include "services/files.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <chrono>
 
 #include "services/bytes.h"
 #include "services/filesystem.h"
+#include "services/settings.h"
 #include "support/recordinghost.h"
 #include "support/tempfolder.h"
 
@@ -72,6 +74,25 @@ TEST_F(PosixFiles, RefusedTargets) {
     }
     EXPECT_EQ(folder.bytes(L"file"), "text");
     EXPECT_EQ(folder.names(), before);
+}
+
+TEST_F(PosixFiles, SettingsThatCouldNotBeReadAreNotWrittenOver) {
+    gProgram().folder = folder.path();
+    folder.put(L"settings.set", "zeltor=z\r\n");
+    for (const wchar_t* changed : {L"", L"s"}) {
+        gProgram().settings = {};
+        rlimit files{};
+        ::getrlimit(RLIMIT_NOFILE, &files);
+        const rlimit none{0, files.rlim_max};
+        ::setrlimit(RLIMIT_NOFILE, &none);
+        gReadSettings();
+        ::setrlimit(RLIMIT_NOFILE, &files);
+        gProgram().settings.skritpad = changed;
+        gWriteSettings();
+        EXPECT_EQ(folder.bytes(L"settings.set.bak"), *changed ? "zeltor=z\r\n" : "(missing)");
+    }
+    EXPECT_TRUE(folder.bytes(L"settings.set").starts_with("orvane=\r\nzeltor=z\r\nskritpad=s\r\n"));
+    EXPECT_EQ(host.logged("ask: Error (67)").size(), 2U);
 }
 
 TEST_F(PosixFiles, TemporaryFileIsPrivate) {

@@ -77,6 +77,44 @@ TEST_F(Histories, SaveWritesTheFirst16AndKeepsTheFileBefore) {
     EXPECT_EQ(host.log, Lines{});
 }
 
+TEST_F(Histories, WhatThisRunDidIsMergedIntoWhatTheFileHoldsNow) {
+    const std::string four = "a\r\nb\r\nc\r\nd\r\n";
+    const struct {
+        const char* what;
+        std::string now;
+        Items mine;
+        std::string saved;
+    } cases[] = {
+        {"nothing", "x\r\na\r\n", {L"a", L"b", L"c", L"d"}, "x\r\na\r\n"},
+        {"added",
+         "x\r\na\r\nb\r\n",
+         {L"m", L"n", L"a", L"b", L"c", L"d"},
+         "m\r\nn\r\nx\r\na\r\nb\r\n"},
+        {"added by both", "x\r\nm\r\na\r\n", {L"m", L"a", L"b", L"c", L"d"}, "m\r\nx\r\na\r\n"},
+        {"removed", "x\r\n" + four, {L"a", L"d"}, "x\r\na\r\nd\r\n"},
+        {"all gone", "(missing)", {L"m", L"a", L"b", L"c", L"d"}, "m\r\n"},
+        {"too many",
+         lines(15, "y") + "a\r\n",
+         {L"m", L"a", L"b", L"c", L"d"},
+         "m\r\n" + lines(15, "y")},
+    };
+    for (const auto& c : cases) {
+        const testing::ScopedTrace where(__FILE__, __LINE__, c.what);
+        EXPECT_EQ(loaded(four).size(), 4U);
+        if (c.now == "(missing)") {
+            std::filesystem::remove(folder.native(L"info.his"));
+        } else {
+            folder.put(L"info.his", c.now);
+        }
+        save(c.mine);
+        EXPECT_EQ(folder.bytes(L"info.his"), c.saved);
+        std::filesystem::remove(folder.native(L"info.his.bak"));
+        save(c.mine);
+        EXPECT_EQ(folder.names(), Lines{"info.his"}) << "not written again";
+    }
+    EXPECT_EQ(host.log, Lines{});
+}
+
 TEST_F(Histories, SaveOfNothingLeavesTheFiles) {
     folder.put(L"info.his", "old\r\n");
     folder.put(L"info.his.bak", "older\r\n");
@@ -93,21 +131,26 @@ TEST_F(Histories, FileListsKeepAllTheirLines) {
         Items items;
         std::string saved;
     } cases[] = {
-        {"a\r\n\r\n b \r\na", {L"a", L"", L" b ", L"a"}, "a\r\n\r\n b \r\na"},
-        {"a\r\n", {L"a", L""}, "a\r\n"},
-        {lines(20, "x") + "x", Items(21, L"x"), lines(20, "x") + "x"},
-        {"\r\n", {L"", L""}, "\r\n"},
-        {"", {}, "before"},
+        {"a\r\n\r\n b \r\na", {L"a", L"", L" b ", L"a"}, "a\r\n\r\n b \r\na\r\nnew"},
+        {"a\r\n", {L"a", L""}, "a\r\n\r\nnew"},
+        {lines(20, "x") + "x", Items(21, L"x"), lines(21, "x") + "new"},
+        {"\r\n", {L"", L""}, "\r\n\r\nnew"},
+        {"", {}, "new"},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(loadFileHistory(folder.put(L"list", c.bytes)), c.items);
-        folder.put(L"spec.his", "before");
-        mSaveFileHistory(c.items, L"spec.his");
+        Items items = loadFileHistory(folder.put(L"spec.his", c.bytes));
+        EXPECT_EQ(items, c.items);
+        items.push_back(L"new");
+        mSaveFileHistory(items, L"spec.his");
         EXPECT_EQ(folder.bytes(L"spec.his"), c.saved);
     }
-    EXPECT_EQ(folder.bytes(L"spec.his.bak"), "before");
+    EXPECT_EQ(folder.bytes(L"spec.his.bak"), "") << "the last one";
+    loadFileHistory(folder.put(L"spec.his", "a\r\n\r\nb"));
+    folder.put(L"spec.his", "c\r\nb\r\na");
+    mSaveFileHistory({L"b", L"d", L"c"}, L"spec.his");
+    EXPECT_EQ(folder.bytes(L"spec.his"), "c\r\nb\r\nd");
     mSaveFileHistory({L"", L"\u0416"}, L"spec.his");
-    EXPECT_EQ(folder.bytes(L"spec.his"), "before");
+    EXPECT_EQ(folder.bytes(L"spec.his"), "c\r\nb\r\nd") << "nothing would be left";
     EXPECT_EQ(loadFileHistory(folder.path(L"none")), Items{});
     EXPECT_EQ(host.log, Lines{});
     gProgram().folder = folder.path(L"none");

@@ -47,7 +47,7 @@ TEST_F(SettingsFile, Read) {
         {"orvane=a\r\nORVANE= b \r\n", " b ,z,s,1,2,3,4,5,"},
         {"tool5=\r\nZeltor=x\r\n", "o,x,s,1,2,3,4,,"},
         {" orvane=a\r\norvane =b\r\norvan=c\r\n=d\r\norvane\r\n", "o,z,s,1,2,3,4,5,"},
-        {"tool2=a\norvane=b\r\n", "o,z,s,1,a\\norvane,3,4,5,"},
+        {"\xEF\xBB\xBFtool2=a\norvane=b\r\n", "b,z,s,1,a,3,4,5,"},
         {"tool6=x\r\ntool=y\r\n", "o,z,s,1,2,3,4,5,"},
         {"tool1==x\r\ntool2=cap|C:\\t.exe", "o,z,s,,cap|C:\\t.exe,3,4,5,"},
         {"orvane=\x80", "\xE2\x82\xAC,z,s,1,2,3,4,5,"},
@@ -69,6 +69,39 @@ TEST_F(SettingsFile, WriteNamesAllEightInOrder) {
               "orvane=o\r\nzeltor=z\r\nskritpad=\x80\r\ntool1=1\r\ntool2=2\r\ntool3=\r\n"
               "tool4=4\r\ntool5=a=b\r\n");
     EXPECT_EQ(folder.names(), Lines{"settings.set"});
+}
+
+TEST_F(SettingsFile, WhatThisRunChangedIsPutIntoWhatTheFileHoldsNow) {
+    const std::string rest = "tool1=\r\ntool2=\r\ntool3=\r\ntool4=\r\ntool5=\r\n";
+    const struct {
+        const char* start;
+        const wchar_t* skritpad;
+        const char* now;
+        std::string saved;
+        const char* backup;
+    } cases[] = {
+        {"zeltor=z\r\nskritpad=s\r\n", L"s", "", "", "(missing)"},
+        {"", L"s", "zeltor=z=1", "orvane=\r\nzeltor=z=1\r\nskritpad=s\r\n" + rest, "(missing)"},
+        {"zeltor=z\r\n", L"s", "ZELTOR=x\r\nskritpad=y",
+         "orvane=\r\nzeltor=x\r\nskritpad=s\r\n" + rest, "(missing)"},
+        {"skritpad=s", L"", "skritpad=y\n\n", "orvane=\r\nzeltor=\r\nskritpad=\r\n" + rest,
+         "(missing)"},
+        {"zeltor=z\r\n", L"", "; mine\r\nzeltor=x", "; mine\r\nzeltor=x", "(missing)"},
+        {"zeltor=z\r\n", L"s\ntool1=t", "; mine\r\nzeltor=x",
+         "orvane=\r\nzeltor=x\r\nskritpad=\r\n" + rest, "; mine\r\nzeltor=x"},
+    };
+    for (const auto& c : cases) {
+        gProgram().settings = {};
+        folder.put(L"settings.set", c.start);
+        gReadSettings();
+        gProgram().settings.skritpad = c.skritpad;
+        folder.put(L"settings.set", c.now);
+        gWriteSettings();
+        EXPECT_EQ(folder.bytes(L"settings.set"), c.saved);
+        EXPECT_EQ(folder.bytes(L"settings.set.bak"), c.backup);
+    }
+    EXPECT_EQ(folder.names(), (Lines{"settings.set", "settings.set.bak"}));
+    EXPECT_EQ(host.log, Lines{});
 }
 
 TEST_F(SettingsFile, HostileFilesAreReadInNoTime) {
