@@ -71,12 +71,19 @@ def try_the_script_editor_gets_the_file_or_the_text(k):
     k.quit()
 
 
-def try_a_program_that_is_not_there_is_reported(k):
-    k.settings(orvane="/nowhere/orvane")
+def try_another_is_offered_for_a_program_that_is_not_there(k):
+    k.settings(orvane="/nowhere/orvane", zeltor="/nowhere/zeltor")
+    question = "Cannot start '/nowhere/*': No such file or directory*Do you wish to choose another program?"
     k.open()
     k.menu("Tools", "Full Orvane")
-    k.answer("Error (53): *'tbrMain_ButtonMenuClick'", "OK", "Warning")
+    k.answer(question, "No", "Question")
+    program = tool(k, "browser")
+    k.menu("Tools", "Full Orvane")
+    k.answer(question, "Yes", "Question")
+    k.choose(program)
+    assert said(program) == "<>"
     k.quit()
+    assert f"orvane={program}\r\nzeltor=/nowhere/zeltor\r\n".encode() in k.read(k.folder, "settings.set")
 
 
 def try_copies_are_repeated(k):

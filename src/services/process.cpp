@@ -2,26 +2,19 @@
 
 #include <algorithm>
 
+#include "services/filesystem.h"
 #include "services/text.h"
 
 namespace kestrel {
 
-CommandParts splitCommandLine(std::wstring_view commandLine, std::wstring_view configured,
-                              const std::function<bool(std::wstring_view)>& isFile) {
+CommandParts splitCommandLine(std::wstring_view commandLine, std::wstring_view configured) {
     const std::wstring_view line = trim(commandLine);
-    const auto cutAt = [line](std::size_t end) {
-        return CommandParts{std::wstring(line.substr(0, end)),
-                            std::wstring(trim(line.substr(end)))};
-    };
-    const std::wstring_view chosen = trim(configured);
-    if (!chosen.empty() && line.starts_with(chosen) && isFile(chosen)) return cutAt(chosen.size());
-    for (std::size_t end = line.size();;) {
-        if (isFile(line.substr(0, end))) return cutAt(end);
-        const std::size_t blank = end == 0 ? line.npos : line.rfind(L' ', end - 1);
-        if (blank == line.npos) break;
-        end = blank;
-    }
-    return cutAt(std::min(line.find(L' '), line.size()));
+    const std::wstring_view chosen = configured.empty() ? line : trim(configured);
+    const std::wstring_view word = chosen.substr(0, chosen.find(L' '));
+    const bool isPath = std::ranges::any_of(word, filesystem::isSeparator);
+    const std::wstring_view program = isPath ? chosen : word;
+    return {std::wstring(program),
+            std::wstring(trim(line.substr(std::min(program.size(), line.size()))))};
 }
 
 std::vector<std::wstring> splitArguments(std::wstring_view arguments,

@@ -17,12 +17,10 @@ struct CommandParts {
     bool operator==(const CommandParts&) const = default;
 };
 
-// Which part of `commandLine` (not quoted) is the program: `configured` where
-// the line begins with it and it names a file, else the longest part before a
-// blank that names one, so that a file at a shorter part never runs; else the
-// first word.
-CommandParts splitCommandLine(std::wstring_view commandLine, std::wstring_view configured,
-                              const std::function<bool(std::wstring_view)>& isFile);
+// Which part of `commandLine` (not quoted) is the program: `configured`, or the line
+// itself where that is empty. A path is taken whole, there or not, so that nothing at a
+// shorter part of it ever runs in its place; a bare name may have words behind it.
+CommandParts splitCommandLine(std::wstring_view commandLine, std::wstring_view configured);
 
 // The words of `arguments`; the longest part at its end that names a file is one
 // word, so that a file's name may hold blanks.
@@ -34,8 +32,9 @@ std::vector<std::wstring> splitArguments(std::wstring_view arguments,
 void settleProcess();
 
 // Starts the program that `commandLine` names, in a normal window with the
-// focus. `configured` is the path that the user chose, when there is one. Throws
-// RunTimeError with the system's reason when it cannot be started.
+// focus. `configured` is the path that the user chose, when there is one. Nothing of the
+// current folder runs: a path is one from the root, and a bare name is looked for in such
+// folders alone. Throws RunTimeError with the system's reason when it cannot be started.
 void startProgram(std::wstring_view commandLine, std::wstring_view configured = {});
 
 // True when `name` is a program that the search path or its own path finds.

@@ -11,6 +11,7 @@
 #include "services/errors.h"
 #include "services/filesystem.h"
 #include "services/process.h"
+#include "services/process_posix.h"
 
 namespace kestrel {
 namespace {
@@ -87,26 +88,36 @@ bool canRun(const std::wstring& path) {
     return filesystem::isFile(path) && access(toUtf8(path).c_str(), X_OK) == 0;
 }
 
-// Where the search path has the program `name`; `name` itself when it is a path,
-// or when it is nowhere.
-std::wstring programPath(std::wstring_view name) {
-    if (name.find(L'/') != name.npos) return std::wstring(name);
+// Where programs run from: not from a folder that is another one in each folder.
+bool isWhole(std::wstring_view path) {
+    return path.starts_with(L'/');
+}
+
+// Empty for a program that is nowhere.
+std::wstring foundProgram(std::wstring_view name) {
+    if (name.find(L'/') != name.npos) return std::wstring(isWhole(name) ? name : L"");
     const char* path = std::getenv("PATH");
     std::wstring rest = fromUtf8(path == nullptr ? "/usr/bin:/bin" : path) + L':';
     for (std::size_t end; (end = rest.find(L':')) != rest.npos; rest.erase(0, end + 1)) {
         std::wstring candidate = rest.substr(0, end) + L'/' + std::wstring(name);
-        if (end != 0 && canRun(candidate)) return candidate;
+        if (isWhole(candidate) && end != 0 && canRun(candidate)) return candidate;
     }
-    return std::wstring(name);
+    return {};
 }
 
 }  // namespace
 
+std::wstring posix::programPath(std::wstring_view name) {
+    std::wstring path = foundProgram(name);
+    if (path.empty()) throwSystemError(ENOENT, L"Cannot start", name);
+    return path;
+}
+
 void settleProcess() {}
 
 void startProgram(std::wstring_view commandLine, std::wstring_view configured) {
-    const CommandParts parts = splitCommandLine(commandLine, configured, filesystem::isFile);
-    std::vector<std::string> words{toUtf8(programPath(parts.program))};
+    const CommandParts parts = splitCommandLine(commandLine, configured);
+    std::vector<std::string> words{toUtf8(posix::programPath(parts.program))};
     for (const std::wstring& word : splitArguments(parts.arguments, filesystem::isFile)) {
         words.push_back(toUtf8(word));
     }
@@ -114,7 +125,7 @@ void startProgram(std::wstring_view commandLine, std::wstring_view configured) {
 }
 
 bool isProgram(std::wstring_view name) {
-    return canRun(programPath(name));
+    return canRun(foundProgram(name));
 }
 
 }  // namespace kestrel

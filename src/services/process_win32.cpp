@@ -39,6 +39,12 @@ bool isPath(std::wstring_view program) {
     return program.find_first_of(L"\\/:") != program.npos;
 }
 
+// Not one that is another one in each folder.
+bool isWhole(std::wstring_view path) {
+    const std::size_t root = path.size() > 1 && path[1] == L':' ? 2 : 0;
+    return path.size() > root && filesystem::isSeparator(path[root]);
+}
+
 // A program's name without an extension is that of an ".exe".
 std::wstring withExtension(std::wstring_view program) {
     const bool has = fileName(program).find(L'.') != std::wstring_view::npos;
@@ -50,12 +56,13 @@ std::wstring withExtension(std::wstring_view program) {
 std::wstring programFile(const std::wstring& program) {
     const std::wstring file = withExtension(program);
     if (isPath(program)) {
+        if (!isWhole(program)) return {};
         return filesystem::isFile(program) || !filesystem::isFile(file) ? program : file;
     }
     std::wstring rest = searchFolders();
     for (std::size_t end; (end = rest.find(L';')) != rest.npos; rest.erase(0, end + 1)) {
         std::wstring candidate = joinPath(rest.substr(0, end), file);
-        if (end != 0 && filesystem::isFile(candidate)) return candidate;
+        if (end != 0 && isWhole(candidate) && filesystem::isFile(candidate)) return candidate;
     }
     return {};
 }
@@ -151,17 +158,7 @@ void settleProcess() {
 }
 
 void startProgram(std::wstring_view commandLine, std::wstring_view configured) {
-    const std::wstring_view chosen = trim(configured);
-    const CommandParts parts =
-        splitCommandLine(commandLine, configured, [chosen](std::wstring_view path) {
-            return filesystem::isFile(path) ||
-                   (path == chosen && filesystem::isFile(withExtension(path)));
-        });
-    // Nobody chose a part of a path: what another one put there must not run.
-    if (parts.program != chosen && isPath(parts.program) &&
-        programFile(parts.program) != parts.program) {
-        win32::raise(ERROR_FILE_NOT_FOUND, L"Cannot start", parts.program);
-    }
+    const CommandParts parts = splitCommandLine(commandLine, configured);
     STARTUPINFOW startup{};
     startup.dwFlags = STARTF_USESHOWWINDOW;
     startup.wShowWindow = SW_SHOWNORMAL;

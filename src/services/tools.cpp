@@ -1,5 +1,6 @@
 #include "services/tools.h"
 
+#include "services/errors.h"
 #include "services/files.h"
 #include "services/pickers.h"
 #include "services/program.h"
@@ -12,39 +13,85 @@ namespace {
 
 constexpr std::wstring_view kPrograms = L"Applications (*.exe)|*.exe";
 
-const std::wstring& askOnce(std::wstring& setting, std::wstring_view title,
-                            std::wstring_view filter = kPrograms) {
-    if (setting.empty()) setting = askForFile(title, filter, false);
+// How the user is asked for a program.
+struct Prompt {
+    std::wstring title;
+    std::wstring_view filter = kPrograms;
+
+    std::wstring ask() const { return askForFile(title, filter, false); }
+};
+
+const Prompt& skritPadPrompt() {
+    static const Prompt prompt{L"Please specify the path to SkritPad.exe (or alternative)"};
+    return prompt;
+}
+
+const Prompt& orvanePrompt() {
+    static const Prompt prompt{L"Please specify the path to Orvane.exe (or alternative)"};
+    return prompt;
+}
+
+const Prompt& zeltorPrompt() {
+    static const Prompt prompt{L"Please specify the path to Zeltor.exe",
+                               L"Rapid Zeltor (Zeltor.exe)|Zeltor.exe|Applications (*.exe)|*.exe"};
+    return prompt;
+}
+
+const std::wstring& askOnce(std::wstring& setting, const Prompt& prompt) {
+    if (setting.empty()) setting = prompt.ask();
     return setting;
 }
 
-void run(std::wstring_view commandLine, std::wstring_view configured) {
-    if (gProgram().host.shell != nullptr) gProgram().host.shell->run(commandLine, configured);
+// Empty when the user leaves the program as it is.
+std::wstring askForOther(std::wstring_view reason, const Prompt& prompt) {
+    const std::wstring question =
+        std::wstring(reason) + L"\r\n\r\nDo you wish to choose another program?";
+    return askUser(question, Icon::question, Buttons::yesNo) == Answer::yes ? prompt.ask()
+                                                                            : std::wstring();
+}
+
+// Starts the program at `path`, with `words` behind it, or the other one that the user
+// chooses at once when it cannot be started, which is handed to `keep`.
+template <class Keep>
+bool start(std::wstring path, std::wstring_view words, const Prompt& prompt, const Keep& keep) {
+    Shell* shell = gProgram().host.shell;
+    while (shell != nullptr && !path.empty()) {
+        try {
+            shell->run(words.empty() ? path : (path + L" ").append(words), path);
+            return true;
+        } catch (const RunTimeError& error) {
+            path = askForOther(error.description(), prompt);
+        }
+        if (!path.empty()) keep(path);
+    }
+    return false;
+}
+
+// As start() for a program whose path is a setting, asked for when there is none.
+bool startSetting(std::wstring& setting, std::wstring_view words, const Prompt& prompt) {
+    return start(askOnce(setting, prompt), words, prompt,
+                 [&](const std::wstring& path) { setting = path; });
 }
 
 }  // namespace
 
 std::wstring skritPadPath() {
-    return askOnce(gProgram().settings.skritpad,
-                   L"Please specify the path to SkritPad.exe (or alternative)");
-}
-
-std::wstring orvanePath() {
-    return askOnce(gProgram().settings.orvane,
-                   L"Please specify the path to Orvane.exe (or alternative)");
+    return askOnce(gProgram().settings.skritpad, skritPadPrompt());
 }
 
 std::wstring zeltorPath() {
-    return askOnce(gProgram().settings.zeltor, L"Please specify the path to Zeltor.exe",
-                   L"Rapid Zeltor (Zeltor.exe)|Zeltor.exe|Applications (*.exe)|*.exe");
+    return askOnce(gProgram().settings.zeltor, zeltorPrompt());
+}
+
+bool replaceZeltor(std::wstring_view reason) {
+    const std::wstring path = askForOther(reason, zeltorPrompt());
+    if (!path.empty()) gProgram().settings.zeltor = path;
+    return !path.empty();
 }
 
 bool openInSkritPad(std::wstring_view file) {
-    const std::wstring program = skritPadPath();
-    if (program.empty()) return false;
     // Kept: neither path is quoted.
-    run((program + L" ").append(file), program);
-    return true;
+    return startSetting(gProgram().settings.skritpad, file, skritPadPrompt());
 }
 
 void openInNotepad(std::wstring_view file) {
@@ -59,10 +106,7 @@ void openInNotepad(std::wstring_view file) {
 }
 
 bool runOrvane() {
-    const std::wstring program = orvanePath();
-    if (program.empty()) return false;
-    run(program, program);
-    return true;
+    return startSetting(gProgram().settings.orvane, {}, orvanePrompt());
 }
 
 std::wstring userToolKey(std::size_t index) {
@@ -82,15 +126,14 @@ std::wstring userToolSetting(std::wstring_view path) {
 
 bool runUserTool(std::size_t index) {
     std::wstring& setting = gProgram().settings.tools.at(index);
-    if (setting.empty()) {
-        const std::wstring path = askForFile(
-            L"Please specify the path to a user " + userToolKey(index), kPrograms, false);
-        if (!path.empty()) setting = userToolSetting(path);
+    const Prompt prompt{L"Please specify the path to a user " + userToolKey(index)};
+    const auto keep = [&](const std::wstring& path) { setting = userToolSetting(path); };
+    std::wstring path = setting.substr(setting.find(L'|') + 1);
+    if (path.empty()) {
+        path = prompt.ask();
+        if (!path.empty()) keep(path);
     }
-    if (setting.empty()) return false;
-    const std::wstring commandLine = setting.substr(setting.find(L'|') + 1);
-    run(commandLine, commandLine);
-    return true;
+    return start(path, {}, prompt, keep);
 }
 
 bool resetUserTools() {

@@ -7,6 +7,7 @@
 
 #include "services/errors.h"
 #include "services/text.h"
+#include "services/tools.h"
 
 namespace kestrel {
 namespace {
@@ -83,13 +84,12 @@ void gExecZeltor(BuildRequest& request, Launcher& launcher) {
     guarded(L"gExecZeltor", [&] {
         request.extra.clear();
         const std::wstring& builder = gProgram().settings.zeltor;
-        switch (launcher.start(zeltorCommandLine(request, builder), builder)) {
-            case Launcher::kStillRunning:
-                throw RunTimeError(kLaunchError, L"App is already running!");
-            case Launcher::kRefused:
-                throw RunTimeError(kLaunchError, launcher.errorText());
-            default:
-                break;
+        Launcher::Result result{};
+        do {
+            result = launcher.start(zeltorCommandLine(request, builder), builder);
+        } while (result == Launcher::kRefused && replaceZeltor(launcher.errorText()));
+        if (result == Launcher::kStillRunning) {
+            throw RunTimeError(kLaunchError, L"App is already running!");
         }
     });
 }

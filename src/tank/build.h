@@ -53,7 +53,7 @@ std::wstring joinOptions(std::vector<std::wstring> options);
 std::wstring zeltorCommandLine(const BuildRequest& request, std::wstring_view builder);
 
 // Empties the request's spare option and starts the builder of the settings.
-// Reports when it cannot be started, or when the last one still runs.
+// Offers another one when it cannot be started; reports when the last one still runs.
 void gExecZeltor(BuildRequest& request, Launcher& launcher);
 
 }  // namespace kestrel

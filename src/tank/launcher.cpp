@@ -72,18 +72,6 @@ std::wstring decodeWhole(std::string_view bytes) {
     return text;
 }
 
-// The program of `commandLine`. A configured path is taken whole, there or not, so
-// that nothing at a shorter part of it ever runs in its place; a bare name may
-// have words behind it.
-CommandParts programOf(std::wstring_view commandLine, std::wstring_view configured) {
-    const std::wstring_view chosen = trim(configured);
-    const std::wstring_view word = chosen.substr(0, chosen.find(L' '));
-    const bool isPath = std::any_of(word.begin(), word.end(), filesystem::isSeparator);
-    if (!isPath) return splitCommandLine(commandLine, configured, filesystem::isFile);
-    return splitCommandLine(commandLine, configured,
-                            [chosen](std::wstring_view path) { return path == chosen; });
-}
-
 class ProcessLauncher final : public Launcher {
   public:
     Result start(std::wstring_view commandLine, std::wstring_view configured) override {
@@ -91,7 +79,7 @@ class ProcessLauncher final : public Launcher {
         child_.reset();
         decoder_ = {};
         try {
-            child_ = startChild(programOf(commandLine, configured), commandLine);
+            child_ = startChild(splitCommandLine(commandLine, configured), commandLine);
         } catch (const RunTimeError& error) {
             errorText_ = error.description();
             return kRefused;

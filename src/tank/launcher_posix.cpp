@@ -10,6 +10,7 @@
 #include "services/errors.h"
 #include "services/file_posix.h"
 #include "services/filesystem.h"
+#include "services/process_posix.h"
 #include "tank/launcher.h"
 
 namespace kestrel {
@@ -63,7 +64,7 @@ class Attributes {
 };
 
 pid_t spawn(const CommandParts& parts, int output) {
-    std::vector<std::string> words{posix::nameOf(parts.program)};
+    std::vector<std::string> words{posix::nameOf(posix::programPath(parts.program))};
     for (const std::wstring& word : optionWords(parts.arguments)) words.push_back(toUtf8(word));
     std::vector<char*> pointers;
     pointers.reserve(words.size() + 1);
@@ -72,8 +73,8 @@ pid_t spawn(const CommandParts& parts, int output) {
     pid_t process = 0;
     const Files files(output);
     const Attributes attributes;
-    const int error = posix_spawnp(&process, pointers[0], files.get(), attributes.get(),
-                                   pointers.data(), environ);
+    const int error =
+        posix_spawn(&process, pointers[0], files.get(), attributes.get(), pointers.data(), environ);
     if (error != 0) throwSystemError(error, kStart, parts.program);
     return process;
 }

@@ -3,8 +3,10 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstdlib>
 #include <thread>
 
+#include "services/errors.h"
 #include "services/process.h"
 #include "support/shown.h"
 #include "support/tempfolder.h"
@@ -36,6 +38,32 @@ TEST(PosixProcess, StartsTheProgramAndLeavesNoChild) {
     EXPECT_EQ(awaited(folder, L"out"), "<--now>\n<" + test::shown(file) + ">\nend\n");
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
     EXPECT_EQ(errno, ECHILD);
+}
+
+TEST(PosixProcess, NothingPlantedRuns) {
+    const TempFolder folder;
+    const std::filesystem::path before = std::filesystem::current_path();
+    const std::string path = std::getenv("PATH");
+    for (const wchar_t* name : {L"notepad.exe", L"my", L"planted"}) {
+        folder.put(name, "#!/bin/sh\necho end >\"${0%/*}/out\"\n");
+        std::filesystem::permissions(folder.native(name), std::filesystem::perms::owner_all);
+    }
+    std::filesystem::current_path(folder.native());
+    ::setenv("PATH", (":.:" + path).c_str(), 1);
+    const std::pair<std::wstring, std::wstring> cases[] = {
+        {L"notepad.exe a.gas", L"notepad.exe"},
+        {L"./planted", L"./planted"},
+        {folder.path(L"my tools/a b/x") + L" a.gas", folder.path(L"my tools/a b/x")},
+        {folder.path(L"my tools/a b/x"), L""},
+    };
+    for (const auto& [line, configured] : cases) {
+        EXPECT_FALSE(isProgram(configured)) << test::shown(configured);
+        EXPECT_THROW(startProgram(line, configured), RunTimeError) << test::shown(line);
+    }
+    ::setenv("PATH", path.c_str(), 1);
+    std::filesystem::current_path(before);
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    EXPECT_EQ(folder.bytes(L"out"), "(missing)");
 }
 
 TEST(PosixProcess, KnowsThePrograms) {

@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "services/errors.h"
+#include <functional>
+
 #include "support/recordinghost.h"
 
 namespace kestrel {
@@ -47,17 +48,48 @@ TEST_F(Tools, NotepadOrTheDesktopsEditor) {
 TEST_F(Tools, OrvaneAndZeltorAreAskedForWhenNotSet) {
     host.files = {L"orvane.exe", L"zeltor.exe"};
     EXPECT_TRUE(runOrvane());
-    host.missingProgram = L"orvane.exe";
-    EXPECT_THROW(runOrvane(), RunTimeError) << "the reason is the caller's to tell";
     EXPECT_EQ(zeltorPath(), L"zeltor.exe");
     EXPECT_EQ(zeltorPath(), L"zeltor.exe");
-    ASSERT_EQ(host.log.size(), 4U);
+    ASSERT_EQ(host.log.size(), 3U);
     EXPECT_TRUE(host.log[0].starts_with(
         "open: Please specify the path to Orvane.exe (or alternative) | Applications"));
     EXPECT_EQ(host.log[1], "run: orvane.exe | orvane.exe");
-    EXPECT_TRUE(host.log[3].starts_with(
+    EXPECT_TRUE(host.log[2].starts_with(
         "open: Please specify the path to Zeltor.exe | Rapid Zeltor (Zeltor.exe)|Zeltor.exe|"
         "Applications (*.exe)|*.exe|All files"));
+}
+
+TEST_F(Tools, AnotherIsOfferedForOneThatCannotBeStarted) {
+    const struct {
+        std::function<bool()> run;
+        std::wstring& setting;
+        const wchar_t* kept;
+    } cases[] = {
+        {[] { return openInSkritPad(L"a.gas"); }, settings.skritpad, L"/good/x.exe"},
+        {[] { return runOrvane(); }, settings.orvane, L"/good/x.exe"},
+        {[] { return runUserTool(1); }, settings.tools[1], L"x|/good/x.exe"},
+    };
+    host.missingProgram = L"/gone/";
+    for (const auto& c : cases) {
+        c.setting = L"/gone/x";
+        host.log.clear();
+        host.answers = {Answer::no};
+        EXPECT_FALSE(c.run());
+        EXPECT_EQ(c.setting, L"/gone/x");
+        host.answers = {};
+        EXPECT_FALSE(c.run()) << "cancelled";
+        EXPECT_EQ(c.setting, L"/gone/x");
+        host.files = {L"/gone/y", L"/good/x.exe"};
+        EXPECT_TRUE(c.run());
+        EXPECT_EQ(c.setting, c.kept);
+        EXPECT_EQ(host.logged("run: ").size(), 5U);
+        EXPECT_EQ(host.logged("ask: ")[3],
+                  "ask: File not found\\r\\n\\r\\nDo you wish to choose another program? | "
+                  "Kestrel Template Browser | question | yesNo");
+    }
+    host.files = {L"/good/z"};
+    EXPECT_TRUE(replaceZeltor(L"why"));
+    EXPECT_EQ(settings.zeltor, L"/good/z");
 }
 
 TEST_F(Tools, UserToolsKeepTheirCaptionAndPath) {

@@ -114,8 +114,13 @@ TEST(Build, StartsTheConfiguredBuilderOrReportsWhatKeepsItFromStarting) {
     EXPECT_NE(log[0].find("Error (-2147219504): App is already running! in 'gExecZeltor'"),
               std::string::npos)
         << log[0];
-    EXPECT_NE(log[1].find("Cannot start 'x': no such file in 'gExecZeltor'"), std::string::npos)
+    EXPECT_TRUE(log[1].starts_with("ask: Cannot start 'x': no such file\\r\\n\\r\\nDo you wish"))
         << log[1];
+    launcher.started.clear();
+    host.files = {L"/other"};
+    gExecZeltor(request, launcher);
+    ASSERT_EQ(launcher.started.size(), 2U);
+    EXPECT_TRUE(launcher.started[1].starts_with("/other -source S"));
 }
 
 }  // namespace

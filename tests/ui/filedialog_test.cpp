@@ -1,5 +1,6 @@
 #include <wx/filedlg.h>
 
+#include "services/filesystem.h"
 #include "ui/common/host_wx.h"
 #include "ui/common/strings.h"
 #include "ui/harness.h"
@@ -37,6 +38,13 @@ TEST_F(FileDialogs, StartAtAFolderOrAtAFileOfIt) {
         EXPECT_FALSE(dialog.show({L"Title", L"All|*.*", atFile ? file : folder.path(), true}));
         EXPECT_EQ(dialog.path(), L"");
     }
+    const ExpectDialog expected([](wxDialog& shownDialog) {
+        // Only there programs are known by their names.
+        EXPECT_EQ(dynamic_cast<wxFileDialog&>(shownDialog).GetFilterIndex(),
+                  filesystem::separator() == L'\\' ? 0 : 1);
+        return wxID_CANCEL;
+    });
+    dialog.show({L"Title", L"Programs|*.exe|All|*.*", folder.path(), false});
 }
 
 }  // namespace

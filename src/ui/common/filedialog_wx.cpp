@@ -37,6 +37,14 @@ std::wstring_view patternAt(std::wstring_view filter, int index) {
     return at < pieces.size() ? pieces[at] : std::wstring_view();
 }
 
+// The names of programs end in nothing here: all files are shown first.
+int firstFilter(const FileQuestion& question) {
+    const auto pieces = split(question.filter, L"|");
+    const bool programs = pieces.size() > 1 && pieces[1].ends_with(L".exe");
+    if (!programs || filesystem::separator() == L'\\') return 0;
+    return static_cast<int>(pieces.size() / 2) - 1;
+}
+
 }  // namespace
 
 std::wstring toolkitPattern(std::wstring_view pattern) {
@@ -75,6 +83,7 @@ bool FileDialogWx::show(const FileQuestion& question) {
     const std::wstring_view name = startsAtFile ? fileName(question.start) : std::wstring_view();
     wxFileDialog dialog(wxGetActiveWindow(), toWx(question.title), toWx(folder), toWx(name),
                         toWx(toolkitFilter(question.filter)), style);
+    dialog.SetFilterIndex(firstFilter(question));
     if (dialog.ShowModal() != wxID_OK) return false;
     path_ = fromWx(dialog.GetPath());
     const bool bare = fileName(path_).find(L'.') == std::wstring_view::npos;
