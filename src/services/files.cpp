@@ -8,6 +8,12 @@ namespace kestrel {
 
 namespace {
 
+constexpr std::wstring_view kTemporary = L"gsv";
+
+std::wstring textsFolder() {
+    return joinPath(filesystem::cacheFolder(), L"texts");
+}
+
 // The length of the part of `path` before its last component, the separators
 // between the two not counted unless they are the root.
 std::size_t folderLength(std::wstring_view path) {
@@ -60,7 +66,15 @@ std::wstring backupPath(std::wstring_view path) {
 }
 
 std::wstring gstrTempFile() {
-    return guarded(L"gstrTempFile", [] { return filesystem::makeTemporary(L"gsv"); });
+    return guarded(L"gstrTempFile",
+                   [] { return filesystem::makeTemporary(kTemporary, textsFolder()); });
+}
+
+void removeOldTempFiles() {
+    try {
+        filesystem::removeOld(kTemporary, textsFolder(), std::chrono::hours(24));
+    } catch (const RunTimeError&) {  // NOLINT(bugprone-empty-catch): the next start tries again
+    }
 }
 
 std::wstring gstrLongPath(std::wstring_view path) {

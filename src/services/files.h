@@ -31,9 +31,12 @@ bool writeKeeping(std::wstring_view path, std::wstring_view text);
 // `path` with ".bak" appended.
 std::wstring backupPath(std::wstring_view path);
 
-// Returns the path of a new, empty file in the folder for temporary files; its
-// name begins with "gsv". Empty on failure, which is reported.
+// Returns the path of a new, empty file in a folder of this program's that is closed to
+// other users; its name begins with "gsv". Empty on failure, which is reported.
 std::wstring gstrTempFile();
+
+// Removes such files that are older than a day.
+void removeOldTempFiles();
 
 // Returns the long form of `path`; empty when the system knows no such path.
 std::wstring gstrLongPath(std::wstring_view path);

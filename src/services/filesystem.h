@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <compare>
 #include <cstdint>
 #include <memory>
@@ -95,6 +96,13 @@ class Batch {
 // `prefix`, in the folder for temporary files.
 std::wstring makeTemporary(std::wstring_view prefix);
 
+// As makeTemporary(), in `folder`, which is made when it is missing, and closed to others.
+std::wstring makeTemporary(std::wstring_view prefix, std::wstring_view folder);
+
+// Removes the files of `folder` whose names begin with `prefix` and that nobody has written
+// for `age`.
+void removeOld(std::wstring_view prefix, std::wstring_view folder, std::chrono::seconds age);
+
 // The long, absolute form of `path`; empty when there is no such path.
 std::wstring longPath(std::wstring_view path);
 
@@ -118,8 +126,10 @@ std::wstring absolutePath(std::wstring_view path);
 // tell it.
 std::wstring executableFolder();
 
-// The folder for the user's own settings of this program. It need not exist.
+// The folder for the user's own settings of this program, and that for what may be lost.
+// Neither need exist.
 std::wstring userFolder();
+std::wstring cacheFolder();
 
 // The folder for what the program remembers of the user's work. It need not exist.
 std::wstring stateFolder();

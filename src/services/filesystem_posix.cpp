@@ -11,6 +11,7 @@
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
+#include <ctime>
 #include <memory>
 #include <system_error>
 
@@ -119,6 +120,14 @@ std::string homeFolder() {
     return user == nullptr ? "/" : user->pw_dir;
 }
 
+std::wstring newFile(std::wstring_view prefix, std::wstring_view folder) {
+    std::string name = toUtf8(joinPath(folder, prefix)) + "XXXXXX";
+    const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
+    if (descriptor < 0) throwSystemError(errno, L"Cannot make a temporary file in", folder);
+    ::close(descriptor);
+    return fromUtf8(name);
+}
+
 // The program's folder below the one that the variable names, or below `otherwise` in the
 // user's own.
 std::wstring baseFolder(const char* variable, const char* otherwise) {
@@ -206,13 +215,26 @@ void replace(std::wstring_view path, std::string_view bytes, std::wstring_view b
 }
 
 std::wstring makeTemporary(std::wstring_view prefix) {
-    std::wstring folder = fromUtf8(environment("TMPDIR"));
-    if (!isFolder(folder)) folder = L"/tmp";
-    std::string name = toUtf8(joinPath(folder, prefix)) + "XXXXXX";
-    const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
-    if (descriptor < 0) throwSystemError(errno, L"Cannot make a temporary file in", folder);
-    ::close(descriptor);
-    return fromUtf8(name);
+    const std::wstring folder = fromUtf8(environment("TMPDIR"));
+    return newFile(prefix, isFolder(folder) ? folder : L"/tmp");
+}
+
+std::wstring makeTemporary(std::wstring_view prefix, std::wstring_view folder) {
+    makeFolder(folder);
+    // Fails for a folder of somebody else's.
+    if (::chmod(nameOf(folder).c_str(), 0700) != 0) {
+        throwSystemError(errno, L"Cannot close to others the folder", folder);
+    }
+    return newFile(prefix, folder);
+}
+
+void removeOld(std::wstring_view prefix, std::wstring_view folder, std::chrono::seconds age) {
+    for (const std::wstring& name : fileNames(folder)) {
+        const std::wstring path = joinPath(folder, name);
+        const auto status = look(path);
+        if (!name.starts_with(prefix) || !status) continue;
+        if (status->st_mtime < std::time(nullptr) - age.count()) ::unlink(nameOf(path).c_str());
+    }
 }
 
 std::wstring longPath(std::wstring_view path) {
@@ -252,6 +274,10 @@ std::wstring userFolder() {
 
 std::wstring stateFolder() {
     return baseFolder("XDG_STATE_HOME", "/.local/state");
+}
+
+std::wstring cacheFolder() {
+    return baseFolder("XDG_CACHE_HOME", "/.cache");
 }
 
 bool isSeparator(wchar_t c) noexcept {

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -121,6 +122,17 @@ std::wstring environment(const wchar_t* name) {
     return value;
 }
 
+std::wstring temporaryFolder() {
+    return textOf([](wchar_t* text, DWORD size) { return ::GetTempPathW(size, text); });
+}
+
+constexpr std::uint64_t kSecond = 10'000'000;
+
+// In the system's ticks, of which a second has kSecond.
+std::uint64_t ticksOf(const FILETIME& time) noexcept {
+    return (std::uint64_t{time.dwHighDateTime} << 32U) | time.dwLowDateTime;
+}
+
 }  // namespace
 
 bool isFile(std::wstring_view path) noexcept {
@@ -211,14 +223,34 @@ void remove(std::wstring_view path) noexcept {
 }
 
 std::wstring makeTemporary(std::wstring_view prefix) {
-    const std::wstring folder =
-        textOf([](wchar_t* text, DWORD size) { return ::GetTempPathW(size, text); });
+    return makeTemporary(prefix, temporaryFolder());
+}
+
+// What is below the user's own folder is closed to others.
+std::wstring makeTemporary(std::wstring_view prefix, std::wstring_view folder) {
+    makeFolder(folder);
     wchar_t name[MAX_PATH + 1] = {};
-    if (::GetTempFileNameW(folder.c_str(), std::wstring(prefix).c_str(), 0, name) == 0) {
+    if (::GetTempFileNameW(std::wstring(folder).c_str(), std::wstring(prefix).c_str(), 0, name) ==
+        0) {
         raise(::GetLastError(), L"Cannot make a temporary file in", folder);
     }
     ::SetFileAttributesW(name, FILE_ATTRIBUTE_TEMPORARY);
     return name;
+}
+
+void removeOld(std::wstring_view prefix, std::wstring_view folder, std::chrono::seconds age) {
+    FILETIME now{};
+    ::GetSystemTimeAsFileTime(&now);
+    const std::uint64_t oldest = ticksOf(now) - static_cast<std::uint64_t>(age.count()) * kSecond;
+    for (const std::wstring& name : fileNames(folder)) {
+        const std::wstring path = nameOf(joinPath(folder, name));
+        WIN32_FILE_ATTRIBUTE_DATA data{};
+        if (!name.starts_with(prefix) ||
+            ::GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data) == 0) {
+            continue;
+        }
+        if (ticksOf(data.ftLastWriteTime) < oldest) ::DeleteFileW(path.c_str());
+    }
 }
 
 std::wstring longPath(std::wstring_view path) {
@@ -263,6 +295,10 @@ std::wstring userFolder() {
 
 std::wstring stateFolder() {
     return joinPath(environment(L"LOCALAPPDATA"), L"Kestrel");
+}
+
+std::wstring cacheFolder() {
+    return joinPath(temporaryFolder(), L"Kestrel");
 }
 
 bool isSeparator(wchar_t c) noexcept {

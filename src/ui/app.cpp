@@ -39,6 +39,7 @@ bool App::OnInit() {
     wxUILocale::UseDefault();
     settleStyle();
     gProgram().folder = chooseProgramFolder();
+    removeOldTempFiles();
     gProgram().host = host_.interfaces();
     auto* window = new frmMain;
     SetTopWindow(window);

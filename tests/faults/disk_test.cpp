@@ -68,7 +68,7 @@ class Disk : public testing::Test {
         RecordingHost host;
         gProgram().folder = folder.path();
         operation.run(host, folder.path());
-        ::unsetenv("TMPDIR");
+        ::unsetenv("XDG_CACHE_HOME");
         return reports(host);
     }
 
@@ -102,9 +102,7 @@ class Disk : public testing::Test {
         EXPECT_EQ(found.strays, 0U);
         if (told == 0) return true;
         makeRoom();
-        for (const std::string& name : folder.names()) {
-            if (name.starts_with(kTemporary)) fs::remove(folder.native(fromUtf8(name)));
-        }
+        fs::remove_all(folder.native(fromUtf8(kPrivate)));
         EXPECT_EQ(run(operation), 0U);
         EXPECT_TRUE(isDone(operation, good, shotOf(folder)));
         return false;

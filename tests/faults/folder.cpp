@@ -48,13 +48,16 @@ void fill(const TempFolder& folder, const FileBytes& files) {
 }
 
 Shot shotOf(const TempFolder& folder) {
+    namespace fs = std::filesystem;
     Shot shot;
-    for (const std::string& name : folder.names()) {
-        const bool temporary = name.starts_with(kTemporary);
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder.native())) {
+        const std::string name = entry.path().filename();
         if (name.starts_with('.') && name.ends_with(".tmp")) {
             ++shot.strays;
-        } else if (!name.ends_with(".lock")) {
-            shot.files[temporary ? kTemporary : name] = folder.bytes(fromUtf8(name));
+        } else if (!name.ends_with(".lock") && !entry.is_directory()) {
+            const std::string path = fs::relative(entry.path(), folder.native());
+            shot.files[name.starts_with(kTemporary) ? kTemporary : name] =
+                folder.bytes(fromUtf8(path));
         }
     }
     return shot;

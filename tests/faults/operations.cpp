@@ -80,7 +80,7 @@ void saveFromViewer(RecordingHost& host, const std::wstring& folder, std::wstrin
 }
 
 void handOver(RecordingHost&, const std::wstring& folder) {
-    ::setenv("TMPDIR", toUtf8(folder).c_str(), 1);
+    ::setenv("XDG_CACHE_HOME", toUtf8(folder).c_str(), 1);
     gProgram().settings.skritpad = L"/opt/pad";
     openInScriptEditor({[] { return kText; }, false, false});
 }

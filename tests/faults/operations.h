@@ -20,11 +20,12 @@ struct Operation {
     std::function<void(RecordingHost& host, const std::wstring& folder)> run;
 };
 
-// A file of the folder for temporary files; each has a name of its own.
+// A file for another program, each with a name of its own, and the folder that it is in.
 inline constexpr const char* kTemporary = "gsv";
+inline constexpr const char* kPrivate = "kestrel";
 
 // All of them. Run in a `folder` that holds the files of `before`, which is the
-// folder for temporary files too.
+// one below which that folder is, too.
 const std::vector<Operation>& operations();
 
 // The number of error reports that the user has seen.

@@ -10,6 +10,7 @@
 #include "services/filesystem.h"
 #include "services/settings.h"
 #include "support/recordinghost.h"
+#include "support/system.h"
 #include "support/tempfolder.h"
 
 namespace kestrel {
@@ -96,10 +97,13 @@ TEST_F(PosixFiles, SettingsThatCouldNotBeReadAreNotWrittenOver) {
 }
 
 TEST_F(PosixFiles, TemporaryFileIsPrivate) {
+    test::setTemporaryFolder(folder.native());
+    std::filesystem::create_directories(folder.native(L"kestrel/texts"));
     const std::filesystem::path path(toUtf8(gstrTempFile()));
-    EXPECT_EQ(std::filesystem::status(path).permissions(),
-              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
-    std::filesystem::remove(path);
+    test::setTemporaryFolder({});
+    using std::filesystem::perms;
+    EXPECT_EQ(std::filesystem::status(path).permissions(), perms::owner_read | perms::owner_write);
+    EXPECT_EQ(std::filesystem::status(path.parent_path()).permissions(), perms::owner_all);
 }
 
 TEST_F(PosixFiles, NoFileCanBeMadeInAFolderOfTheSystem) {

@@ -85,13 +85,19 @@ TEST_F(Files, NamesOfAllScriptsWork) {
 TEST_F(Files, TemporaryFilesAreNewAndEmpty) {
     test::setTemporaryFolder(folder.native());
     const std::set<std::wstring> paths{gstrTempFile(), gstrTempFile()};
+    const std::filesystem::path old(gstrTempFile());
+    const auto now = std::filesystem::file_time_type::clock::now();
+    std::filesystem::last_write_time(old, now - std::chrono::hours(25));
+    std::filesystem::last_write_time(*paths.begin(), now - std::chrono::hours(23));
+    removeOldTempFiles();
     test::setTemporaryFolder({});
+    EXPECT_FALSE(std::filesystem::exists(old));
     EXPECT_EQ(paths.size(), 2U);
     for (const std::wstring& path : paths) {
         EXPECT_TRUE(fileName(path).starts_with(L"gsv")) << toUtf8(path);
         const std::filesystem::path native(path);
         EXPECT_EQ(std::filesystem::file_size(native), 0U);
-        EXPECT_EQ(native.parent_path(), folder.native());
+        EXPECT_EQ(native.parent_path().parent_path().parent_path(), folder.native());
     }
 }
 

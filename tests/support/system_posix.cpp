@@ -29,6 +29,7 @@ void setSettingsFolder(const std::filesystem::path& folder) {
 
 void setTemporaryFolder(const std::filesystem::path& folder) {
     setVariable("TMPDIR", folder);
+    setVariable("XDG_CACHE_HOME", folder);
 }
 
 int runProgram(const std::filesystem::path& program, const std::vector<std::wstring>& words,

@@ -107,7 +107,7 @@ void key(wxWindow& focused, int code, int modifiers) {
 
 TemporaryFilesIn::TemporaryFilesIn(const TempFolder& folder) {
     // By the names that the systems ask for.
-    for (const char* name : {"TMPDIR", "TMP"}) {
+    for (const char* name : {"TMPDIR", "XDG_CACHE_HOME", "TMP"}) {
         wxString value;
         before_[name] = wxGetEnv(name, &value) ? std::optional(value) : std::nullopt;
         wxSetEnv(name, toWx(folder.path()));
