@@ -5,6 +5,8 @@
     others.py FD offer URI... a window out of which one after the other can be dragged
     others.py FD session      a manager of the session, which logs out at SIGUSR1
 
+    others.py FD keep         a clipboard manager: it takes over what a program that ends asks it to
+
 Once it is ready it writes a line to the descriptor FD: of the session, its address.
 """
 
@@ -17,7 +19,7 @@ import sys
 import gi
 
 gi.require_version("Gtk", "3.0")
-from gi.repository import Gdk, Gtk  # noqa: E402  (the version comes first)
+from gi.repository import Gdk, GLib, Gtk  # noqa: E402  (the version comes first)
 
 
 def refuse():
@@ -37,6 +39,22 @@ def offer(*files):
     box.connect("drag-data-get", lambda _box, _context, data, _info, _time: data.set_uris([left.pop(0)]))
     window.add(box)
     window.show_all()
+
+
+def keep():
+    owner = Gtk.Invisible()
+    owner.realize()
+    manager = Gdk.atom_intern("CLIPBOARD_MANAGER", False)
+    clipboard = Gtk.Clipboard.get(Gdk.SELECTION_CLIPBOARD)
+
+    def save(_owner, event):
+        # Later, since a clipboard is not taken over with the time of an older event.
+        GLib.idle_add(clipboard.set_text, clipboard.wait_for_text(), -1)
+        Gdk.selection_send_notify(event.requestor, event.selection, event.target, event.property, event.time)
+        return True
+
+    owner.connect("selection-request-event", save)
+    assert Gtk.selection_owner_set(owner, manager, 0)
 
 
 class Session:
@@ -117,7 +135,7 @@ if __name__ == "__main__":
         ready.write(session.address + b"\n")
         ready.close()
         session.run()
-    {"refuse": refuse, "offer": offer}[sys.argv[2]](*sys.argv[3:])
+    {"refuse": refuse, "offer": offer, "keep": keep}[sys.argv[2]](*sys.argv[3:])
     ready.write(b"ready\n")
     ready.close()
     Gtk.main()

@@ -5,6 +5,7 @@ import stat
 
 from browse_trials import select
 from desk import wait
+from start_trials import other
 
 
 def tool(k, name, folder="tools"):
@@ -84,6 +85,15 @@ def try_another_is_offered_for_a_program_that_is_not_there(k):
     assert said(program) == "<>"
     k.quit()
     assert f"orvane={program}\r\nzeltor=/nowhere/zeltor\r\n".encode() in k.read(k.folder, "settings.set")
+
+
+def try_what_was_copied_stays(k):
+    other(k, "keep")
+    k.open()
+    k.click("Repeat Copy  (to clipboard)")
+    wait(lambda: "Property\tValue\tGroup" in k.clipboard(), "the properties")
+    k.quit()
+    wait(lambda: "Property\tValue\tGroup" in k.clipboard(), "them still there")
 
 
 def try_copies_are_repeated(k):

@@ -55,6 +55,11 @@ bool App::OnInit() {
     return true;
 }
 
+int App::OnExit() {
+    host_.clipboard.keep();
+    return wxApp::OnExit();
+}
+
 bool App::OnExceptionInMainLoop() {
     reportCurrentException(gProgram().routine);
     return true;

@@ -12,6 +12,7 @@ class App final : public wxApp {
     static bool hasStarted() noexcept { return started(); }
 
     bool OnInit() override;
+    int OnExit() override;
     // A failure in a window's handler is reported like any other.
     bool OnExceptionInMainLoop() override;
 

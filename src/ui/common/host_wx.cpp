@@ -98,7 +98,11 @@ void ShellWx::perform(std::wstring_view file, std::wstring_view verb) {
 void ClipboardWx::setText(std::wstring_view text) {
     const wxClipboardLocker lock;
     if (!lock) throw RunTimeError(kDeviceError, L"The clipboard is in use by another program");
-    wxTheClipboard->SetData(new wxTextDataObject(toWx(text)));
+    copied_ = wxTheClipboard->SetData(new wxTextDataObject(toWx(text))) || copied_;
+}
+
+void ClipboardWx::keep() const {
+    if (copied_) wxTheClipboard->Flush();
 }
 
 std::wstring ClockWx::longTime() const {

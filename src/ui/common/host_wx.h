@@ -59,6 +59,11 @@ class ShellWx final : public Shell {
 class ClipboardWx final : public Clipboard {
   public:
     void setText(std::wstring_view text) override;
+    // Hands what was copied to the system, which keeps it when this program has ended.
+    void keep() const;
+
+  private:
+    bool copied_ = false;
 };
 
 class ClockWx final : public Clock {
