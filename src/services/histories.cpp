@@ -95,8 +95,10 @@ Entries merged(const Entries& mine, const Entries& found, const Entries& now, bo
         return others;
     }
     others = without(others, added);
-    others.insert(others.begin(), added.begin(), added.end());
-    return others;
+    Entries entries;
+    std::ranges::copy_if(added, std::back_inserter(entries), isKept);
+    std::ranges::copy(others, std::back_inserter(entries));
+    return entries;
 }
 
 bool isSame(const Entries& mine, const Entries& found) {
@@ -123,7 +125,8 @@ void save(const std::wstring& path, const Entries& mine, const Form& form) {
     const Entries now = form.entries(old.value_or(std::string()));
     const std::wstring text =
         form.text(now == found ? mine : merged(mine, found, now, form.newestFirst));
-    if (!text.empty() && text != form.text(now)) {
+    if (text.empty()) return;
+    if (text != form.text(now)) {
         replaceKeeping(path, narrow(text), old ? backupPath(path) : std::wstring());
     }
     found = mine;

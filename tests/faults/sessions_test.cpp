@@ -4,180 +4,130 @@
 #include <array>
 #include <memory>
 #include <random>
-#include <set>
-#include <utility>
+#include <stdexcept>
 
 #include "faults/folder.h"
 #include "faults/process.h"
 #include "services/bytes.h"
-#include "services/settings.h"
 
-// Four programs at once over the same settings and histories.
+// Four programs at once over the same settings and history.
 namespace kestrel::test {
 namespace {
 
 constexpr int kEnds = 120;
-constexpr std::size_t kPrograms = 4;
+constexpr std::array kFields{"orvane=", "zeltor=", "skritpad=", "tool1="};
 
-// A session's own text: long, so that half of it is seen.
-std::string nameOf(int session) {
-    return "/files/" + std::to_string(session) + "/" + std::string(5000, 'x') + ".gas";
-}
+using Words = std::vector<std::string>;
 
 // How a program is started whose processes have numbers of their own; nothing where the
 // system does not let this user do that.
-std::vector<std::string> ownNumbers() {
-    const std::vector<std::string> start = {"/usr/bin/unshare", "--pid", "--fork", "--kill-child"};
-    for (const bool asRoot : {false, true}) {
-        std::vector<std::string> words = start;
-        if (asRoot) words.insert(words.end(), {"--user", "--map-root-user"});
-        std::vector<std::string> trial = words;
+Words ownNumbers() {
+    Words words = {"/usr/bin/unshare", "--user",      "--map-root-user", "--pid",
+                   "--fork",           "--kill-child"};
+    try {
+        Words trial = words;
         trial.emplace_back("/bin/true");
-        try {
-            if (Process(trial).wait() == 0) return words;
-        } catch (const std::runtime_error&) {
-            return {};
-        }
+        return Process(trial).wait() == 0 ? words : Words();
+    } catch (const std::runtime_error&) {
+        return {};
     }
-    return {};
 }
 
 class Sessions : public testing::Test {
   protected:
-    struct Session {
-        int number = 0;
-        std::size_t field = 0;
-        std::unique_ptr<Process> program;
-    };
-
     // `before` stands in front of the command line of every second program.
-    void run(const std::vector<std::string>& before) {
-        std::array<Session, kPrograms> sessions;
-        int killed = 0;
+    void run(const Words& before) {
         for (int ends = 0; ends < kEnds;) {
-            const std::size_t field = draw(kPrograms);
-            Session& session = sessions[field];
-            if (session.program == nullptr) {
-                session = start(field, field % 2 == 0 ? std::vector<std::string>() : before);
+            const std::size_t field = draw(kFields.size());
+            if (running_[field] == nullptr) {
+                start(field, field % 2 == 0 ? Words() : before);
                 continue;
             }
             ++ends;
-            session.program->goOn();
+            running_[field]->goOn();
             // Some end while others do; some are killed meanwhile.
             if (draw(8) == 0) {
                 ::usleep(draw(2000));
-                session.program->kill();
-                session.program->wait();
-                written_[field].insert(nameOf(session.number));
-                killed_[field].insert(nameOf(session.number));
-                ++killed;
+                running_[field]->kill();
+                running_[field]->wait();
+                running_[field].reset();
+                killed_[field].push_back(names_[field]);
             } else {
-                ending_.push_back(std::move(session));
+                end(field);
             }
-            session.program.reset();
-            if (draw(2) == 0 || ending_.size() > kPrograms) expectAllThere();
+            if (draw(2) == 0 || ending_.size() > kFields.size()) expectAllThere();
         }
-        for (const Session& session : sessions) {
-            if (session.program != nullptr) session.program->kill();
+        for (const auto& program : running_) {
+            if (program != nullptr) program->kill();
         }
-        ending_.push_back(start(0, {}));
-        ending_.back().program->goOn();
+        // The last one clears away what they left.
+        start(0, {});
+        running_[0]->goOn();
+        end(0);
         expectAllThere();
-        EXPECT_GT(killed, 0);
-        std::printf("%d ends of four programs, %d of them killed\n", kEnds, killed);
     }
 
-    // Waits for those that end. Their entries are in the history with those of before, as
-    // far as it reaches, and each setting is what the last one made of it.
-    void expectAllThere() {
-        std::array<std::set<std::string>, kPrograms> last;
-        for (const Session& session : ending_) {
-            EXPECT_EQ(session.program->wait(), 0);
-            ended_.push_back(nameOf(session.number));
-            last[session.field].insert(ended_.back());
-        }
-        ending_.clear();
-        expectHistory(L"info.his");
-        expectHistory(L"info.his.bak");
-        const std::string history = folder.bytes(L"info.his");
-        constexpr std::size_t kMost = 8;  // of 16, since those that were killed are there too
-        for (std::size_t i = ended_.size(); i-- > ended_.size() - std::min(ended_.size(), kMost);) {
-            EXPECT_NE(history.find(ended_[i] + "\r\n"), history.npos) << ended_[i].substr(0, 12);
-        }
-        for (std::size_t field = 0; field < kPrograms; ++field) {
-            if (last[field].empty()) continue;
-            last[field].merge(std::exchange(killed_[field], {}));
-            written_[field] = last[field];
-        }
-        expectSettings();
-    }
-
-    RecordingHost host;
     TempFolder folder;
 
   private:
     unsigned draw(unsigned below) { return static_cast<unsigned>(random_()) % below; }
 
-    Session start(std::size_t field, std::vector<std::string> words) {
-        Session session{++started_, field, nullptr};
-        words.insert(words.end(), {KESTREL_TRIAL, "session", toUtf8(folder.path()),
-                                   nameOf(started_), std::to_string(field)});
-        session.program = std::make_unique<Process>(words);
-        EXPECT_EQ(session.program->line(), "started");
-        return session;
+    void start(std::size_t field, Words words) {
+        // Long, so that half of it is seen.
+        names_[field] = "/" + std::to_string(++started_) + "/" + std::string(5000, 'x');
+        words.insert(words.end(), {KESTREL_TRIAL, "session", toUtf8(folder.path()), names_[field],
+                                   std::to_string(field)});
+        running_[field] = std::make_unique<Process>(words);
+        EXPECT_EQ(running_[field]->line(), "started");
     }
 
-    void expectSettings() {
-        if (folder.bytes(L"settings.set") == "(missing)") return;
-        gProgram().folder = folder.path();
-        gProgram().settings = {};
-        gReadSettings();
-        const Settings& read = gProgram().settings;
-        const std::array fields{read.orvane, read.zeltor, read.skritpad, read.tools[0]};
-        for (std::size_t i = 0; i < kPrograms; ++i) {
-            const std::string value = toUtf8(fields[i]);
-            EXPECT_TRUE(written_[i].contains(value) || (written_[i].empty() && value.empty()))
-                << i << " is " << value.substr(0, 12);
-        }
+    void end(std::size_t field) {
+        ending_.push_back(std::move(running_[field]));
+        ended_.push_back(names_[field]);
+        last_[field].push_back(names_[field]);
     }
 
-    // A history is one whole line or more.
-    void expectHistory(std::wstring_view name) const {
-        std::string rest = folder.bytes(name);
-        if (rest == "(missing)") return;
-        EXPECT_NE(rest, "");
-        while (!rest.empty()) {
-            const std::size_t end = rest.find("\r\n");
-            ASSERT_NE(end, rest.npos) << "cut";
-            EXPECT_TRUE(isName(rest.substr(0, end)));
-            rest.erase(0, end + 2);
+    // Waits for those that end. Their entries are in the history with those of before, as
+    // far as it reaches, and each setting is what one of its last made of it.
+    void expectAllThere() {
+        for (const auto& program : ending_) EXPECT_EQ(program->wait(), 0);
+        ending_.clear();
+        const std::string history = "\n" + folder.bytes(L"info.his");
+        constexpr std::size_t kMost = 8;  // of 16, since those that were killed are there too
+        for (std::size_t i = ended_.size() - std::min(ended_.size(), kMost); i < ended_.size();
+             ++i) {
+            EXPECT_NE(history.find("\n" + ended_[i] + "\r\n"), history.npos) << ended_[i][1];
         }
-    }
-
-    bool isName(const std::string& text) const {
-        for (int session = 1; session <= started_; ++session) {
-            if (text == nameOf(session)) return true;
+        const std::string settings = "\n" + folder.bytes(L"settings.set");
+        for (std::size_t field = 0; field < kFields.size(); ++field) {
+            if (last_[field].empty()) continue;
+            last_[field].insert(last_[field].end(), killed_[field].begin(), killed_[field].end());
+            EXPECT_TRUE(std::ranges::any_of(last_[field], [&](const std::string& name) {
+                return settings.find(std::string("\n") + kFields[field] + name + "\r\n") !=
+                       settings.npos;
+            })) << kFields[field];
+            killed_[field].clear();
+            last_[field].clear();
         }
-        return false;
     }
 
     std::minstd_rand random_{20'011};
     int started_ = 0;
-    std::vector<Session> ending_;
-    std::vector<std::string> ended_;
-    // What each setting may be by now.
-    std::array<std::set<std::string>, kPrograms> written_;
-    std::array<std::set<std::string>, kPrograms> killed_;  // since a session ended well
+    std::array<std::unique_ptr<Process>, kFields.size()> running_;
+    std::array<std::string, kFields.size()> names_;
+    std::vector<std::unique_ptr<Process>> ending_;
+    Words ended_;
+    std::array<Words, kFields.size()> last_;    // that ended, since that was looked at
+    std::array<Words, kFields.size()> killed_;  // that were killed
 };
 
 TEST_F(Sessions, FourProgramsLoseNothing) {
     run({});
-    EXPECT_EQ(folder.names(),
-              (std::vector<std::string>{"info.his", "info.his.bak", "settings.set"}));
+    EXPECT_EQ(folder.names(), (Words{"info.his", "info.his.bak", "settings.set"}));
 }
 
 TEST_F(Sessions, ProgramsWhoseProcessesHaveOtherNumbersLoseNothing) {
-    const std::vector<std::string> before = ownNumbers();
+    const Words before = ownNumbers();
     if (before.empty()) GTEST_SKIP() << "the system lets this user have no numbers of his own";
     run(before);
 }

@@ -45,16 +45,6 @@ TEST_F(Histories, Load) {
     EXPECT_EQ(loaded(lines(16, "") + "x"), Items{});
 }
 
-TEST_F(Histories, LoadAppendsAndAMissingFileAddsNothing) {
-    test::VectorTextList list({L"first"});
-    gLoadHistory(list, L"info.his");
-    EXPECT_EQ(list.items, Items{L"first"});
-    folder.put(L"info.his", "second\r\n");
-    gLoadHistory(list, L"info.his");
-    EXPECT_EQ(list.items, (Items{L"first", L"second"}));
-    EXPECT_EQ(host.log, Lines{});
-}
-
 TEST_F(Histories, LoadSurvivesHostileFiles) {
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(loaded(std::string(100'000'000, 'x')), Items{});
@@ -73,6 +63,8 @@ TEST_F(Histories, SaveWritesTheFirst16AndKeepsTheFileBefore) {
     save(many);
     EXPECT_EQ(folder.bytes(L"info.his"), lines(15, "x") + "sixteenth\r\n");
     EXPECT_EQ(folder.bytes(L"info.his.bak"), "a\r\n b \r\n");
+    for (const Items& items : {Items{}, Items{L"", L"   "}, Items{L"\u0416"}}) save(items);
+    EXPECT_EQ(folder.bytes(L"info.his.bak"), "a\r\n b \r\n") << "nothing would be left";
     EXPECT_EQ(folder.names(), (Lines{"info.his", "info.his.bak"}));
     EXPECT_EQ(host.log, Lines{});
 }
@@ -92,7 +84,6 @@ TEST_F(Histories, WhatThisRunDidIsMergedIntoWhatTheFileHoldsNow) {
          "m\r\nn\r\nx\r\na\r\nb\r\n"},
         {"added by both", "x\r\nm\r\na\r\n", {L"m", L"a", L"b", L"c", L"d"}, "m\r\nx\r\na\r\n"},
         {"removed", "x\r\n" + four, {L"a", L"d"}, "x\r\na\r\nd\r\n"},
-        {"all gone", "(missing)", {L"m", L"a", L"b", L"c", L"d"}, "m\r\n"},
         {"too many",
          lines(15, "y") + "a\r\n",
          {L"m", L"a", L"b", L"c", L"d"},
@@ -101,11 +92,7 @@ TEST_F(Histories, WhatThisRunDidIsMergedIntoWhatTheFileHoldsNow) {
     for (const auto& c : cases) {
         const testing::ScopedTrace where(__FILE__, __LINE__, c.what);
         EXPECT_EQ(loaded(four).size(), 4U);
-        if (c.now == "(missing)") {
-            std::filesystem::remove(folder.native(L"info.his"));
-        } else {
-            folder.put(L"info.his", c.now);
-        }
+        folder.put(L"info.his", c.now);
         save(c.mine);
         EXPECT_EQ(folder.bytes(L"info.his"), c.saved);
         std::filesystem::remove(folder.native(L"info.his.bak"));
@@ -113,16 +100,6 @@ TEST_F(Histories, WhatThisRunDidIsMergedIntoWhatTheFileHoldsNow) {
         EXPECT_EQ(folder.names(), Lines{"info.his"}) << "not written again";
     }
     EXPECT_EQ(host.log, Lines{});
-}
-
-TEST_F(Histories, SaveOfNothingLeavesTheFiles) {
-    folder.put(L"info.his", "old\r\n");
-    folder.put(L"info.his.bak", "older\r\n");
-    for (const Items& items : {Items{}, Items{L"", L"   "}, Items{L"\u0416"}}) {
-        save(items);
-        EXPECT_EQ(folder.bytes(L"info.his"), "old\r\n");
-        EXPECT_EQ(folder.bytes(L"info.his.bak"), "older\r\n");
-    }
 }
 
 TEST_F(Histories, FileListsKeepAllTheirLines) {

@@ -54,10 +54,8 @@ TEST(PosixProcess, NothingPlantedRuns) {
         {L"notepad.exe a.gas", L"notepad.exe"},
         {L"./planted", L"./planted"},
         {folder.path(L"my tools/a b/x") + L" a.gas", folder.path(L"my tools/a b/x")},
-        {folder.path(L"my tools/a b/x"), L""},
     };
     for (const auto& [line, configured] : cases) {
-        EXPECT_FALSE(isProgram(configured)) << test::shown(configured);
         EXPECT_THROW(startProgram(line, configured), RunTimeError) << test::shown(line);
     }
     ::setenv("PATH", path.c_str(), 1);

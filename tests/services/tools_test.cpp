@@ -76,20 +76,13 @@ TEST_F(Tools, AnotherIsOfferedForOneThatCannotBeStarted) {
         host.answers = {Answer::no};
         EXPECT_FALSE(c.run());
         EXPECT_EQ(c.setting, L"/gone/x");
-        host.answers = {};
-        EXPECT_FALSE(c.run()) << "cancelled";
-        EXPECT_EQ(c.setting, L"/gone/x");
         host.files = {L"/gone/y", L"/good/x.exe"};
         EXPECT_TRUE(c.run());
         EXPECT_EQ(c.setting, c.kept);
-        EXPECT_EQ(host.logged("run: ").size(), 5U);
-        EXPECT_EQ(host.logged("ask: ")[3],
+        EXPECT_EQ(host.logged("ask: ").back(),
                   "ask: File not found\\r\\n\\r\\nDo you wish to choose another program? | "
                   "Kestrel Template Browser | question | yesNo");
     }
-    host.files = {L"/good/z"};
-    EXPECT_TRUE(replaceZeltor(L"why"));
-    EXPECT_EQ(settings.zeltor, L"/good/z");
 }
 
 TEST_F(Tools, UserToolsKeepTheirCaptionAndPath) {

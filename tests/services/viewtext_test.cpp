@@ -11,6 +11,7 @@
 #include "services/files.h"
 #include "services/program.h"
 #include "support/recordinghost.h"
+#include "support/system.h"
 #include "support/tempfolder.h"
 
 namespace kestrel {
@@ -107,7 +108,9 @@ class ViewedTexts : public testing::Test {
     ViewedTexts() {
         gProgram().version.fileDescription = L"Kestrel";
         gProgram().folder = folder.path();
+        test::setTemporaryFolder(folder.native());
     }
+    ~ViewedTexts() override { test::setTemporaryFolder({}); }
 
     ViewedText viewed(bool canEdit = true, bool changed = true) {
         return {[this] { return text; }, canEdit, changed};

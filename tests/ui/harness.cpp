@@ -105,25 +105,6 @@ void key(wxWindow& focused, int code, int modifiers) {
     settle();
 }
 
-TemporaryFilesIn::TemporaryFilesIn(const TempFolder& folder) {
-    // By the names that the systems ask for.
-    for (const char* name : {"TMPDIR", "XDG_CACHE_HOME", "TMP"}) {
-        wxString value;
-        before_[name] = wxGetEnv(name, &value) ? std::optional(value) : std::nullopt;
-        wxSetEnv(name, toWx(folder.path()));
-    }
-}
-
-TemporaryFilesIn::~TemporaryFilesIn() {
-    for (const auto& [name, value] : before_) {
-        if (value) {
-            wxSetEnv(name, *value);
-        } else {
-            wxUnsetEnv(name);
-        }
-    }
-}
-
 ExpectDialog::ExpectDialog(std::function<int(wxDialog&)> answer) : answer_(std::move(answer)) {
     expected().push_back(this);
 }

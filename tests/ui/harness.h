@@ -7,8 +7,6 @@
 #include <wx/window.h>
 
 #include <functional>
-#include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -47,18 +45,6 @@ void click(wxButton& button);
 void tick(wxWindow& checkBox);
 // A key pressed and released while `focused` has the keyboard.
 void key(wxWindow& focused, int code, int modifiers = wxMOD_NONE);
-
-// Makes `folder` the folder for temporary files, for its own lifetime.
-class TemporaryFilesIn {
-  public:
-    explicit TemporaryFilesIn(const TempFolder& folder);
-    ~TemporaryFilesIn();
-    TemporaryFilesIn(const TemporaryFilesIn&) = delete;
-    TemporaryFilesIn& operator=(const TemporaryFilesIn&) = delete;
-
-  private:
-    std::map<wxString, std::optional<wxString>> before_;
-};
 
 // The dialogs that a test expects, each with what to do in it. Any other dialog
 // fails the test and is cancelled.
