@@ -4,7 +4,6 @@
     others.py FD refuse       a notification area that takes no icon
     others.py FD offer URI... a window out of which one after the other can be dragged
     others.py FD session      a manager of the session, which logs out at SIGUSR1
-
     others.py FD keep         a clipboard manager: it takes over what a program that ends asks it to
 
 Once it is ready it writes a line to the descriptor FD: of the session, its address.
