@@ -23,7 +23,7 @@ std::size_t lineEnds(std::wstring_view text) {
 }
 
 RowOrder allRows(const GasTemplate& record) {
-    RowOrder rows(record.Properties.size());
+    RowOrder rows(ownProperties(record).size());
     std::iota(rows.begin(), rows.end(), 0U);
     return rows;
 }
@@ -87,7 +87,7 @@ void checkList(const GasTemplate& record, std::uint8_t choice) {
 void checkCancel(const std::vector<GasTemplate>& templates, const std::wstring& all,
                  QuietHost& host, std::size_t patience) {
     std::size_t steps = 0;
-    for (const GasTemplate& record : templates) steps += record.Properties.size();
+    for (const GasTemplate& record : templates) steps += ownProperties(record).size();
     host.patience = patience;
     const std::wstring text = gstrMakeFileText(L"a.gas", templates, nullptr, 0, nullptr);
     require(steps > 0 && patience <= steps ? text.empty() : text == all);
