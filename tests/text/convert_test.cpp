@@ -213,8 +213,7 @@ TEST_F(Convert, FailuresAreGatheredAndTheRestIsConverted) {
     EXPECT_TRUE(text.ends_with("\r\nand 3 more\r\n")) << text;
     ASSERT_EQ(outcome.leftOut.size(), std::size_t{kFiles});
     const std::string name = toUtf8(outcome.leftOut[0].name.substr(0, 3));
-    EXPECT_EQ(toUtf8(outcome.leftOut[0].reason).substr(0, 24),
-              "Cannot write '" + name + ".tab': ");
+    EXPECT_EQ(toUtf8(outcome.leftOut[0].reason).substr(0, 24), "Cannot write '" + name + ".tab': ");
     EXPECT_EQ(text.find(here(), text.find("Not converted")), std::string::npos);
 }
 
