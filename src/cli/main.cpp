@@ -16,8 +16,8 @@ int main(int count, char** values) {
     cli::OutputBuffer messages(stderr, false);
     std::ostream err(&messages);
     err << std::unitbuf;
-    const int code =
-        cli::run(cli::system::commandLine(count, values), out, err, cli::system::isTerminal(stderr));
+    const int code = cli::run(cli::system::commandLine(count, values), out, err,
+                              cli::system::isTerminal(stderr));
     cli::system::passInterruptOn();
     return code;
 }
