@@ -18,7 +18,7 @@ import sys
 import gi
 
 gi.require_version("Gtk", "3.0")
-from gi.repository import Gdk, GLib, Gtk  # noqa: E402  (the version comes first)
+from gi.repository import Gdk, Gtk  # noqa: E402  (the version comes first)
 
 
 def refuse():
@@ -43,17 +43,21 @@ def offer(*files):
 def keep():
     owner = Gtk.Invisible()
     owner.realize()
-    manager = Gdk.atom_intern("CLIPBOARD_MANAGER", False)
     clipboard = Gtk.Clipboard.get(Gdk.SELECTION_CLIPBOARD)
+    kept = []
 
     def save(_owner, event):
-        # Later, since a clipboard is not taken over with the time of an older event.
-        GLib.idle_add(clipboard.set_text, clipboard.wait_for_text(), -1)
+        kept.append(clipboard.wait_for_text())
         Gdk.selection_send_notify(event.requestor, event.selection, event.target, event.property, event.time)
         return True
 
+    def step_in(*_):
+        if kept:
+            clipboard.set_text(kept.pop(), -1)
+
     owner.connect("selection-request-event", save)
-    assert Gtk.selection_owner_set(owner, manager, 0)
+    clipboard.connect("owner-change", step_in)
+    assert Gtk.selection_owner_set(owner, Gdk.atom_intern("CLIPBOARD_MANAGER", False), 0)
 
 
 class Session:

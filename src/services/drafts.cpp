@@ -149,6 +149,7 @@ std::vector<LeftDraft> leftDrafts() {
     return guarded(L"leftDrafts", [] {
         std::vector<LeftDraft> found;
         const std::wstring folder = draftFolder();
+        filesystem::removeLeftBehind(folder);
         for (const std::wstring& name : filesystem::fileNames(folder)) {
             if (!name.ends_with(kEnd)) continue;
             const std::wstring path = joinPath(folder, name);

@@ -69,6 +69,10 @@ struct Failure {
     RunTimeError error;
 };
 
+// Removes the temporary siblings of files in `folder` whose programs have ended. What cannot
+// be removed stays.
+void removeLeftBehind(std::wstring_view folder);
+
 // Many files, each replaced whole or not at all as by replace() without a backup, with one
 // wait for the disk for hundreds of them: a file is in its place after the next commit(),
 // at the latest at the end of the object's life. What ended programs left behind in a

@@ -19,6 +19,7 @@
 #include "services/bytes.h"
 #include "services/errors.h"
 #include "services/file_posix.h"
+#include "services/files.h"
 #include "services/filesystem.h"
 #include "services/siblings.h"
 
@@ -410,6 +411,10 @@ struct Batch::Work {
         return synced;
     }
 };
+
+void removeLeftBehind(std::wstring_view folder) {
+    posix::removeSiblings(posix::nameOf(joinPath(folder, L"")), {});
+}
 
 Batch::Batch() : work_(std::make_unique<Work>()) {}
 

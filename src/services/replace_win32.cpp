@@ -184,6 +184,10 @@ void replace(std::wstring_view path, std::string_view bytes, std::wstring_view b
     write(path, name, bytes, backup);
 }
 
+void removeLeftBehind(std::wstring_view folder) {
+    removeSiblings(joinPath(folder, L""), {});
+}
+
 // The system has no wait for several files, so each is put in its place at once.
 struct Batch::Work {
     std::set<std::wstring> cleaned;  // folders

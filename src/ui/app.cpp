@@ -44,7 +44,6 @@ bool App::OnInit() {
     auto* window = new frmMain;
     SetTopWindow(window);
     settleSize(*window);
-    window->start(file);
     const wxWeakRef<frmMain> main(window);
     watchSession({[main] {
                       if (main) main->keepAll();
@@ -52,6 +51,7 @@ bool App::OnInit() {
                   [main] {
                       if (main) main->Close(true);
                   }});
+    window->start(file);
     return true;
 }
 
