@@ -4,6 +4,7 @@ import os
 import signal
 import time
 
+from app import needs
 from desk import wait
 from start_trials import other
 
@@ -122,6 +123,8 @@ def end_by(k, how):
     """Ends the program as others do; its exit code."""
     if how == "display":
         k.desk.input("search", "--name", "^Edit Source", "windowkill")
+    elif how == "session" and k.on_windows:
+        k.desk.run("wine", "wineboot", "--end-session")
     elif how == "session":
         k.desk.processes[-1].send_signal(signal.SIGUSR1)
     else:
@@ -130,12 +133,11 @@ def end_by(k, how):
 
 
 def try_a_draft_outlives_every_end(k):
-    k.desk.env["SESSION_MANAGER"] = other(k, "session")
     k.open()
     k.click(k.find("Templates").select("Small crate"))
     k.click("Source")
     typed = ""
-    for how, code in ((signal.SIGKILL, -9), (signal.SIGTERM, 0), ("session", 0), ("display", 1)):
+    for how, code in ((signal.SIGKILL, -9), (signal.SIGTERM, 0), ("display", 1)):
         view = k.window("Edit Source: Small crate*")
         k.keys("ctrl+Home", "Down", "End", on=view)
         k.type("lost")
@@ -151,6 +153,34 @@ def try_a_draft_outlives_every_end(k):
     view = k.window("Edit Source: Small crate [*]")
     in_place(k, view)
     assert k.read(k.file).count(b"n:crate_small]\r\n{" + typed.encode() + b"\r\n") == 1
+    assert not drafts(k), drafts(k)
+
+
+@needs(windows=True)
+def try_logging_out_keeps_a_draft(k):
+    if not k.on_windows:
+        k.desk.env["SESSION_MANAGER"] = other(k, "session")
+
+    def kept(text):
+        return any(text in k.read(name) for name in drafts(k) if name.endswith(".draft"))
+    k.open()
+    k.click("Source")
+    k.keys("ctrl+Home", "Down", "End", on=k.window("Edit Source: Base prop"))
+    k.type("lost")
+    wait(lambda: kept(b"{lost\r\n"), "a draft")
+    k.type("more")
+    time.sleep(0.5)
+    assert end_by(k, "session") == 0
+    assert kept(b"{lostmore\r\n")
+    k.start(ready=False)
+    k.answer("Changes that were not saved*", "Open", "Question")
+    view = k.window("Edit Source: Base prop [*]")
+    k.keys("Escape", on=view)
+    k.answer("Source has been changed. Exit anyway and discard changes?", "Yes", "Question")
+    k.main = k.window("Kestrel Template Browser (*")
+    # Two windows that go at once take the keyboard from Wine's.
+    k.click("Templates")
+    k.quit()
     assert not drafts(k), drafts(k)
 
 

@@ -70,7 +70,7 @@ std::string escapeOf(wchar_t c) {
     if (c == L'\n') return "\\n";
     if (c == L'\r') return "\\r";
     if (c == L'\t') return "\\t";
-    const auto code = static_cast<unsigned>(c);
+    const auto code = static_cast<unsigned>(static_cast<char32_t>(c));
     char escape[16];
     std::snprintf(escape, sizeof escape, code < 0x80 ? "\\x%02X" : "\\u%04X", code);
     return escape;

@@ -25,9 +25,12 @@ std::wstring chainName(const GasTemplate& record);
 class ChainDocument {
   public:
     ChainDocument() = default;
+    ~ChainDocument() = default;
     // Its index points into its templates.
     ChainDocument(ChainDocument&&) = default;
     ChainDocument& operator=(ChainDocument&&) = default;
+    ChainDocument(const ChainDocument&) = delete;
+    ChainDocument& operator=(const ChainDocument&) = delete;
 
     // The file loaded last; empty at first.
     const std::wstring& file() const noexcept { return file_; }

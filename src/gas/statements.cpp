@@ -266,10 +266,10 @@ void BlockReader::ownHeader(const Statement& statement) {
 }
 
 void BlockReader::header(const Statement& statement) {
-    SharedText name = fields_.name(statement.text.substr(0, statement.text.find(']')));
+    const SharedText name = fields_.name(statement.text.substr(0, statement.text.find(']')));
     openSubBlock();
     group_ = fields_.group(group_, name);
-    store(std::move(name)).IsBlock = true;
+    store(name).IsBlock = true;
 }
 
 void BlockReader::oneLineBody(const Statement& statement) {

@@ -114,6 +114,7 @@ std::wstring longPath(std::wstring_view path);
 struct Identity {
     std::uint64_t disk = 0;
     std::uint64_t file = 0;
+    // NOLINTNEXTLINE(modernize-use-nullptr): there is no pointer.
     auto operator<=>(const Identity&) const = default;
 };
 

@@ -76,11 +76,11 @@ std::string bytesAt(const std::wstring& path) {
     return filesystem::read(path).value_or(std::string());
 }
 
-// The entries of `all` that are not among `others`.
-Entries without(const Entries& all, const Entries& others) {
-    const std::set<std::wstring_view> known(others.begin(), others.end());
+// The entries of `from` that are not among `taken`.
+Entries without(const Entries& from, const Entries& taken) {
+    const std::set<std::wstring_view> known(taken.begin(), taken.end());
     Entries rest;
-    std::ranges::copy_if(all, std::back_inserter(rest),
+    std::ranges::copy_if(from, std::back_inserter(rest),
                          [&](const std::wstring& entry) { return !known.contains(entry); });
     return rest;
 }

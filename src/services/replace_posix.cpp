@@ -371,6 +371,7 @@ namespace {
 struct Pending {
     Pending(std::wstring_view given, std::string name)
         : path(given), target(std::move(name)), fresh(target, {posix::kWrite, path}) {}
+    ~Pending() = default;
     Pending(const Pending&) = delete;
     Pending& operator=(const Pending&) = delete;
 

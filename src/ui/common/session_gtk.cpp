@@ -49,7 +49,7 @@ int displayLost(Display*) {
     // No box, which would wait for the display for ever.
     gProgram().host = {};
     if (!std::exchange(again, true)) sessionEnd().keep();
-    ::_exit(EXIT_FAILURE);
+    std::_Exit(EXIT_FAILURE);
 }
 
 // The conversation with the session's manager, which desktops of all kinds speak.
@@ -73,7 +73,7 @@ class SessionClient {
                                   SmcShutdownCancelledProcMask,
                               &callbacks, nullptr, &id, static_cast<int>(sizeof reason), reason);
         if (connection_ == nullptr) return;
-        std::free(id);
+        g_free(id);
         describe();
         const int file = IceConnectionNumber(SmcGetIceConnection(connection_));
         g_unix_fd_add(file, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR), hear, this);
@@ -86,15 +86,21 @@ class SessionClient {
         std::string user = g_get_user_name();
         SmPropValue command{static_cast<int>(program.size()), program.data()};
         SmPropValue owner{static_cast<int>(user.size()), user.data()};
-        const auto property = [](const char* name, const char* type, SmPropValue& value) {
-            return SmProp{const_cast<char*>(name), const_cast<char*>(type), 1, &value};
-        };
-        std::array<SmProp, 4> all{{property(SmProgram, SmARRAY8, command),
-                                   property(SmUserID, SmARRAY8, owner),
-                                   property(SmCloneCommand, SmLISTofARRAY8, command),
-                                   property(SmRestartCommand, SmLISTofARRAY8, command)}};
-        std::array<SmProp*, 4> pointers{};
-        for (std::size_t i = 0; i < all.size(); ++i) pointers[i] = &all[i];
+        std::string types[] = {SmARRAY8, SmLISTofARRAY8};
+        struct {
+            std::string name;
+            std::string& type;
+            SmPropValue& value;
+        } told[] = {{SmProgram, types[0], command},
+                    {SmUserID, types[0], owner},
+                    {SmCloneCommand, types[1], command},
+                    {SmRestartCommand, types[1], command}};
+        std::array<SmProp, std::size(told)> all{};
+        std::array<SmProp*, std::size(told)> pointers{};
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            all[i] = {told[i].name.data(), told[i].type.data(), 1, &told[i].value};
+            pointers[i] = &all[i];
+        }
         SmcSetProperties(connection_, static_cast<int>(pointers.size()), pointers.data());
     }
 
