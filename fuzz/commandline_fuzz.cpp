@@ -34,20 +34,15 @@ void checkOwn(const std::wstring& line, const std::vector<std::wstring>& words) 
 }
 
 void checkStart(const std::wstring& line, const std::wstring& configured) {
-    const CommandParts parts = splitCommandLine(line, configured, isFile);
+    const CommandParts parts = splitCommandLine(line, configured);
     const std::wstring_view whole = trim(line);
-    const std::wstring_view chosen = trim(configured);
-    require(whole.starts_with(parts.program) && whole.ends_with(parts.arguments));
-    const std::wstring_view rest = whole.substr(parts.program.size());
-    require(trim(rest) == parts.arguments);
-    if (!chosen.empty() && whole.starts_with(chosen) && isFile(chosen)) {
-        require(parts.program == chosen);
-        return;
-    }
-    // No longer part of the line is a file.
-    for (std::size_t end = parts.program.size() + 1; end <= whole.size(); ++end) {
-        if (end == whole.size() || whole[end] == L' ') require(!isFile(whole.substr(0, end)));
-    }
+    const std::wstring_view chosen = configured.empty() ? whole : trim(configured);
+    require(chosen.starts_with(parts.program) && whole.ends_with(parts.arguments));
+    require(parts.program.empty() == chosen.empty());
+    if (parts.program == chosen) return;
+    // Only a bare name is less than what was chosen.
+    require(chosen[parts.program.size()] == L' ');
+    require(parts.program.find(L'/') == std::wstring::npos);
 }
 
 void checkWords(const std::wstring& line) {

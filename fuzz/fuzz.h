@@ -54,7 +54,7 @@ class Input {
 };
 
 // A host for one input: it counts what it is told, and its dialogs are cancelled
-// when they were shown progress `patience` times.
+// when they were asked for it `patience` times.
 class QuietHost final : public Messages, public ProgressMaker, public Clock {
   public:
     QuietHost() {
@@ -87,10 +87,12 @@ class QuietHost final : public Messages, public ProgressMaker, public Clock {
         void SubProcess(std::wstring_view) override {}
         void ShowProgress(int percentage, std::wstring_view) override {
             require(percentage >= 0 && percentage <= 100);
-            if (host_.patience > 0) --host_.patience;
         }
         void CanCancel(bool) override {}
-        bool DidCancel() const override { return host_.patience == 0; }
+        bool DidCancel() const override {
+            if (host_.patience > 0) --host_.patience;
+            return host_.patience == 0;
+        }
 
       private:
         QuietHost& host_;

@@ -83,9 +83,10 @@ void checkPane(const std::wstring& raw, const std::wstring& what, std::size_t ca
 
 void checkShown(const std::wstring& text) {
     for (const std::string& line :
-         {toUtf8(lineText(text)), cli::oneLine(text), cli::jsonText(text)}) {
+         {toUtf8(lineText(text)), cli::visibleLine(text), cli::jsonText(text)}) {
         require(std::ranges::none_of(line, isControl));
     }
+    require(cli::oneLine(text).find_first_of("\r\n") == std::string::npos);
     require(lineText(text).size() <= 1001);
     const std::string json = cli::jsonText(text);
     require(json.size() >= 2 && json.front() == '"' && json.back() == '"');
