@@ -48,6 +48,18 @@ std::wstring chooseTarget(const ViewedText& viewed, std::wstring_view openPath) 
     return askForFile(L"Select Save As Filename and Location", filter, true, start);
 }
 
+// The game reads bytes of its code page, and would show others for what that does not have.
+std::string bytesFor(const std::wstring& target, std::wstring_view text) {
+    if (!isGasFile(target)) return fileBytes(text);
+    try {
+        return narrow(text);
+    } catch (const RunTimeError& error) {
+        throw RunTimeError(error.number(), L"Cannot write '" + target + L"': " +
+                                               error.description() +
+                                               L". Replace it, or save the text as a text file");
+    }
+}
+
 // What to do with a text that is one of the blocks of the file that it is saved to.
 enum class Place { file, block, nowhere };
 
@@ -75,10 +87,10 @@ Place choosePlace(const ViewedText& viewed, std::wstring_view file) {
 }
 
 // The file with the text in its place; nothing, which is told, where it has none now.
-std::optional<std::wstring> inPlace(const ViewedText& viewed, std::wstring_view file) {
-    const auto bytes =
+std::optional<std::string> inPlace(const ViewedText& viewed, std::wstring_view file) {
+    auto bytes =
         replaceBlock(readFileBytes(file), viewed.block->index, viewed.loaded, viewed.text());
-    if (bytes) return widen(*bytes);
+    if (bytes) return bytes;
     tellUser(L"Nothing was written: \"" + std::wstring(file) +
                  L"\" does not hold this block any more as it was loaded. Save the text to "
                  L"another file, or open this one again.",
@@ -87,9 +99,10 @@ std::optional<std::wstring> inPlace(const ViewedText& viewed, std::wstring_view 
 }
 
 // What the file at `target` shall hold, once the user agrees; nothing when it stays.
-std::optional<std::wstring> replacement(const ViewedText& viewed, const std::wstring& target,
-                                        bool isOwnFile, const OpenFile& openFile) {
+std::optional<std::string> replacement(const ViewedText& viewed, const std::wstring& target,
+                                       bool isOwnFile, const OpenFile& openFile) {
     if (!agrees(L"File already exists. Replace existing file?")) return std::nullopt;
+    std::string whole = bytesFor(target, viewed.text());
     const Place place = isOwnFile ? choosePlace(viewed, target) : Place::file;
     // In place nothing of the other program's is lost.
     const bool refused = place == Place::file && openFile.path &&
@@ -98,25 +111,30 @@ std::optional<std::wstring> replacement(const ViewedText& viewed, const std::wst
                              L"The file has been changed by another program since it was loaded. "
                              L"Overwrite it?");
     if (refused || place == Place::nowhere) return std::nullopt;
-    auto text = place == Place::block ? inPlace(viewed, target) : viewed.text();
-    const bool may = !text || !filesystem::isProtected(target) ||
+    auto bytes = place == Place::block ? inPlace(viewed, target) : std::optional(std::move(whole));
+    const bool may = !bytes || !filesystem::isProtected(target) ||
                      agrees(L'"' + target + L"\" is write-protected. Replace it anyway?");
-    return may ? text : std::nullopt;
+    return may ? std::move(bytes) : std::nullopt;
 }
 
-bool writeOver(const std::wstring& target, std::wstring_view text) {
+bool writeOver(const std::wstring& target, std::string_view bytes) {
     const filesystem::Unprotected open(target);
-    return isGasFile(target) ? writeKeeping(target, text) : writeFile(target, text);
+    if (isGasFile(target)) return writeBytesKeeping(target, bytes);
+    filesystem::replace(target, bytes, {});
+    return true;
 }
 
 bool save(ViewedText& viewed, const OpenFile& openFile) {
     const std::wstring openPath = openFile.path ? openFile.path() : std::wstring();
     const std::wstring target = chooseTarget(viewed, openPath);
     if (target.empty()) return false;
-    if (!fileExists(target)) return writeFile(target, viewed.text());
+    if (!fileExists(target)) {
+        filesystem::replace(target, bytesFor(target, viewed.text()), {});
+        return true;
+    }
     const bool isOwnFile = viewed.block && isSameFile(target, viewed.block->path);
-    const auto text = replacement(viewed, target, isOwnFile, openFile);
-    if (!text || !writeOver(target, *text)) return false;
+    const auto bytes = replacement(viewed, target, isOwnFile, openFile);
+    if (!bytes || !writeOver(target, *bytes)) return false;
     if (isOwnFile) viewed.loaded = viewed.text();
     if (openFile.reload && isSameFile(target, openPath)) openFile.reload();
     return true;

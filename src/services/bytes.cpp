@@ -11,6 +11,8 @@ namespace kestrel {
 
 namespace {
 
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+
 constexpr std::uint8_t kFirstOdd = 0x80;  // from here to 9F byte and character differ
 constexpr std::size_t kOddCount = 32;
 
@@ -204,6 +206,19 @@ std::string narrow(std::wstring_view text) {
 bool isNarrow(std::wstring_view text) noexcept {
     return std::all_of(text.begin(), text.end(),
                        [](wchar_t c) { return isOwnByte(c) || byteOfForeign(c) >= 0; });
+}
+
+std::string fileBytes(std::wstring_view text) {
+    if (isNarrow(text)) {
+        std::string bytes = narrow(text);
+        if (!bytes.starts_with(kUtf8Mark)) return bytes;
+    }
+    return std::string(kUtf8Mark).append(toUtf8(text));
+}
+
+std::wstring fileText(std::string_view bytes) {
+    if (!bytes.starts_with(kUtf8Mark)) return widen(bytes);
+    return fromUtf8(bytes.substr(kUtf8Mark.size()));
 }
 
 std::string toUtf8(std::wstring_view text) {

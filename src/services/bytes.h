@@ -29,6 +29,11 @@ std::string narrow(std::wstring_view text);
 // True when every character of `text` has a byte.
 bool isNarrow(std::wstring_view text) noexcept;
 
+// The bytes of a file of the program's own, or of a text that it makes, and the text of such
+// a file: in the code page where that has every character, else in UTF-8 behind its mark.
+std::string fileBytes(std::wstring_view text);
+std::wstring fileText(std::string_view bytes);
+
 // UTF-8, for file names, messages of the system and text that need not fit the
 // code page. Bytes that are no UTF-8 become the lone surrogates DC80 to DCFF,
 // which turn back into the same bytes, so any file name survives a round trip.

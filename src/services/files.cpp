@@ -38,13 +38,13 @@ std::string readFileBytes(std::wstring_view path) {
 }
 
 std::wstring gstrReadFile(std::wstring_view path) {
-    return guarded(L"gstrReadFile", [&] { return widen(readFileBytes(path)); });
+    return guarded(L"gstrReadFile", [&] { return fileText(readFileBytes(path)); });
 }
 
 bool writeFile(std::wstring_view path, std::wstring_view text, std::wstring_view backup) {
     return guarded(L"gWriteFile", [&] {
         if (path.empty()) return false;
-        filesystem::replace(path, narrow(text), backup);
+        filesystem::replace(path, fileBytes(text), backup);
         return true;
     });
 }
@@ -53,12 +53,14 @@ void gWriteFile(std::wstring_view path, std::wstring_view text) {
     writeFile(path, text);
 }
 
-bool writeKeeping(std::wstring_view path, std::wstring_view text) {
-    const std::wstring name = gstrLongPath(path);
-    const bool keeps = !name.empty() && !gProgram().kept.contains(name);
-    if (!writeFile(path, text, keeps ? backupPath(path) : std::wstring())) return false;
-    if (keeps) gProgram().kept.insert(name);
-    return true;
+bool writeBytesKeeping(std::wstring_view path, std::string_view bytes) {
+    return guarded(L"gWriteFile", [&] {
+        const std::wstring name = gstrLongPath(path);
+        const bool keeps = !name.empty() && !gProgram().kept.contains(name);
+        filesystem::replace(path, bytes, keeps ? backupPath(path) : std::wstring());
+        if (keeps) gProgram().kept.insert(name);
+        return true;
+    });
 }
 
 std::wstring backupPath(std::wstring_view path) {

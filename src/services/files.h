@@ -15,7 +15,8 @@ std::wstring gstrReadFile(std::wstring_view path);
 std::string readFileBytes(std::wstring_view path);
 
 // Puts `text` into the file at `path`, whole or not at all: on any failure the
-// failure is reported and an existing file stays as it was. An empty path does
+// failure is reported and an existing file stays as it was. Text that 8-bit text cannot
+// hold is written in UTF-8, behind its mark; gstrReadFile() reads both. An empty path does
 // nothing. Returns nothing; see writeFile() for callers that must know.
 void gWriteFile(std::wstring_view path, std::wstring_view text);
 
@@ -24,9 +25,9 @@ void gWriteFile(std::wstring_view path, std::wstring_view text);
 // leaves the backup alone.
 bool writeFile(std::wstring_view path, std::wstring_view text, std::wstring_view backup = {});
 
-// As writeFile; the file as it was before this run of the program first wrote it here is
-// kept at backupPath().
-bool writeKeeping(std::wstring_view path, std::wstring_view text);
+// Puts `bytes` into the file as writeFile() does; the file as it was before this run of the
+// program first wrote it here is kept at backupPath().
+bool writeBytesKeeping(std::wstring_view path, std::string_view bytes);
 
 // `path` with ".bak" appended.
 std::wstring backupPath(std::wstring_view path);

@@ -19,31 +19,31 @@ namespace {
 constexpr std::size_t kMostEntries = 16;
 constexpr std::size_t kLongestPath = 32767;  // of any system; nothing longer is an entry
 
-// An entry that the file can hold. One that 8-bit text has no bytes for is left
-// out, since it would cost all the others.
 bool isKept(const std::wstring& entry) {
-    return !trim(entry).empty() && isNarrow(entry);
+    return !trim(entry).empty();
 }
 
 using Entries = std::vector<std::wstring>;
 
-Entries entriesOf(std::string_view bytes) {
-    Entries entries;
-    constexpr std::string_view kEnd = "\r\n";
-    for (std::size_t line = 0; line < kMostEntries && !bytes.empty(); ++line) {
-        const std::size_t length = std::min(bytes.find(kEnd), bytes.size());
-        const std::string_view entry = bytes.substr(0, length);
-        bytes.remove_prefix(std::min(length + kEnd.size(), bytes.size()));
-        const bool blank = entry.find_first_not_of(' ') == std::string_view::npos;
-        if (!blank && entry.size() <= kLongestPath) entries.push_back(widen(entry));
-    }
-    return entries;
-}
-
 Entries linesOf(std::string_view bytes) {
-    const std::wstring text = widen(bytes);
+    const std::wstring text = fileText(bytes);
     const auto lines = split(text, kLineEnd);
     return {lines.begin(), lines.end()};
+}
+
+// Those among the first lines that can be entries.
+Entries entriesOf(std::string_view bytes) {
+    const std::wstring text = fileText(bytes);
+    Entries entries;
+    std::wstring_view rest = text;
+    for (std::size_t line = 0; line < kMostEntries && !rest.empty(); ++line) {
+        const std::size_t length = std::min(rest.find(kLineEnd), rest.size());
+        const std::wstring_view entry = rest.substr(0, length);
+        rest.remove_prefix(std::min(length + kLineEnd.size(), rest.size()));
+        const bool blank = entry.find_first_not_of(L' ') == entry.npos;
+        if (!blank && entry.size() <= kLongestPath) entries.emplace_back(entry);
+    }
+    return entries;
 }
 
 // As the shared routines write them: blank ones count towards the most, and are left out.
@@ -55,11 +55,11 @@ std::wstring linesAmongTheFirst(const Entries& entries) {
     return text;
 }
 
-// All that the file can hold, with nothing behind the last one.
+// All of them, with nothing behind the last one.
 std::wstring joinedLines(const Entries& entries) {
     std::wstring text;
     for (const std::wstring& entry : entries) {
-        if (isNarrow(entry)) text.append(entry).append(kLineEnd);
+        text.append(entry).append(kLineEnd);
     }
     text.resize(text.size() - std::min(text.size(), kLineEnd.size()));
     return text;
@@ -127,7 +127,7 @@ void save(const std::wstring& path, const Entries& mine, const Form& form) {
         form.text(now == found ? mine : merged(mine, found, now, form.newestFirst));
     if (text.empty()) return;
     if (text != form.text(now)) {
-        replaceKeeping(path, narrow(text), old ? backupPath(path) : std::wstring());
+        replaceKeeping(path, fileBytes(text), old ? backupPath(path) : std::wstring());
     }
     found = mine;
 }

@@ -16,7 +16,7 @@ void gLoadHistory(TextList& list, std::wstring_view name);
 // Puts what was added to `list`, and what was removed from it, since it was loaded into
 // the file as other programs have left it: the added entries on top, of all the first 16
 // that are not blank. The file that they replace is kept as ".bak"; where it cannot be,
-// that is reported and the file written. An entry that 8-bit text cannot hold is left out.
+// that is reported and the file written.
 // Nothing is written when nothing has changed, or none is left.
 void gSaveHistory(const TextList& list, std::wstring_view name);
 

@@ -10,6 +10,7 @@
 #include "services/filelock.h"
 #include "services/files.h"
 #include "services/filesystem.h"
+#include "services/text.h"
 
 namespace kestrel {
 
@@ -39,34 +40,34 @@ constexpr std::array<Field, 8> kFields{{
     {"tool5", tool<4>},
 }};
 
-char lower(char c) noexcept {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 0x20) : c;
+wchar_t lower(wchar_t c) noexcept {
+    return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + 0x20) : c;
 }
 
-bool isKey(std::string_view written, std::string_view key) noexcept {
+bool isKey(std::wstring_view written, std::string_view key) noexcept {
     return std::equal(written.begin(), written.end(), key.begin(), key.end(),
-                      [](char a, char b) { return lower(a) == b; });
+                      [](wchar_t a, char b) { return lower(a) == static_cast<wchar_t>(b); });
 }
 
-// What the file holds: of each field the bytes behind its key, nothing for one that it
+// What the file holds: of each field the text behind its key, nothing for one that it
 // does not name.
 struct Content {
-    std::array<std::optional<std::string_view>, kFields.size()> values;
+    std::array<std::optional<std::wstring_view>, kFields.size()> values;
     bool hasMore = false;  // than a rewritten file keeps
 };
 
 // A value ends at its first "=": the text between the first and the second "="
 // of a line is all that is kept of it.
-std::string_view valueOf(std::string_view rest) noexcept {
-    return rest.substr(0, rest.find('='));
+std::wstring_view valueOf(std::wstring_view rest) noexcept {
+    return rest.substr(0, rest.find(L'='));
 }
 
-void readLine(Content& content, std::string_view line) {
-    const std::size_t equals = line.find('=');
-    const std::string_view key = line.substr(0, equals);
+void readLine(Content& content, std::wstring_view line) {
+    const std::size_t equals = line.find(L'=');
+    const std::wstring_view key = line.substr(0, equals);
     const auto field = std::find_if(kFields.begin(), kFields.end(),
                                     [&](const Field& f) { return isKey(key, f.key); });
-    if (equals == std::string_view::npos || field == kFields.end()) {
+    if (equals == line.npos || field == kFields.end()) {
         content.hasMore = content.hasMore || !line.empty();
         return;
     }
@@ -75,40 +76,40 @@ void readLine(Content& content, std::string_view line) {
     value = line.substr(equals + 1);
 }
 
-Content contentOf(std::string_view bytes) {
-    constexpr std::string_view kMark = "\xEF\xBB\xBF";
-    if (bytes.starts_with(kMark)) bytes.remove_prefix(kMark.size());
+// `text` must outlive it.
+Content contentOf(std::wstring_view text) {
     Content content;
-    while (!bytes.empty()) {
-        const std::size_t length = std::min(bytes.find('\n'), bytes.size());
-        std::string_view line = bytes.substr(0, length);
-        bytes.remove_prefix(std::min(length + 1, bytes.size()));
-        if (line.ends_with('\r')) line.remove_suffix(1);
+    while (!text.empty()) {
+        const std::size_t length = std::min(text.find(L'\n'), text.size());
+        std::wstring_view line = text.substr(0, length);
+        text.remove_prefix(std::min(length + 1, text.size()));
+        if (line.ends_with(L'\r')) line.remove_suffix(1);
         readLine(content, line);
     }
     return content;
 }
 
 // A line end within a value would begin another setting: there is no such path.
-std::string bytesOf(const std::wstring& text) {
-    return text.find(L'\n') == text.npos ? narrow(text) : std::string();
+std::wstring ownValue(const std::wstring& text) {
+    return text.find(L'\n') == text.npos ? text : std::wstring();
 }
 
 // The eight lines: what this run has changed, else what the file holds now.
-std::string merged(const Content& now) {
-    std::string bytes;
+std::wstring merged(const Content& now) {
+    std::wstring text;
     for (std::size_t i = 0; i < kFields.size(); ++i) {
         const std::wstring& own = kFields[i].text(gProgram().settings);
         const bool changed = own != kFields[i].text(gProgram().found.settings);
-        bytes.append(kFields[i].key).append("=");
-        bytes.append(now.values[i] && !changed ? std::string(*now.values[i]) : bytesOf(own));
-        bytes.append("\r\n");
+        appendWide(text, kFields[i].key);
+        text.append(L"=");
+        text.append(now.values[i] && !changed ? std::wstring(*now.values[i]) : ownValue(own));
+        text.append(kLineEnd);
     }
-    return bytes;
+    return text;
 }
 
 struct FileNow {
-    std::string bytes;
+    std::wstring text;
     bool there = true;  // also when it cannot be read
     bool unread = false;
 };
@@ -116,7 +117,7 @@ struct FileNow {
 FileNow fileNow(const std::wstring& path) {
     try {
         const auto bytes = filesystem::read(path);
-        return {bytes.value_or(std::string()), bytes.has_value()};
+        return {fileText(bytes.value_or(std::string())), bytes.has_value()};
     } catch (const RunTimeError&) {
         return {{}, true, true};
     }
@@ -128,11 +129,12 @@ void gReadSettings() {
     Program& program = gProgram();
     program.found.settingsUnread = true;
     guarded(L"gReadSettings", [&] {
-        const std::string bytes = filesystem::read(programFile(kFile)).value_or(std::string());
-        const Content content = contentOf(bytes);
+        const std::wstring text =
+            fileText(filesystem::read(programFile(kFile)).value_or(std::string()));
+        const Content content = contentOf(text);
         for (std::size_t i = 0; i < kFields.size(); ++i) {
             if (!content.values[i]) continue;
-            kFields[i].text(program.settings) = widen(valueOf(*content.values[i]));
+            kFields[i].text(program.settings) = valueOf(*content.values[i]);
         }
         program.found.settingsUnread = false;
     });
@@ -146,9 +148,10 @@ void gWriteSettings() {
         const SettingsLock lock;
         const FileNow now = fileNow(path);
         if (now.there && program.settings == program.found.settings) return;
-        const Content content = contentOf(now.bytes);
+        const Content content = contentOf(now.text);
         const bool keeps = content.hasMore || now.unread || program.found.settingsUnread;
-        filesystem::replace(path, merged(content), keeps ? backupPath(path) : std::wstring());
+        filesystem::replace(path, fileBytes(merged(content)),
+                            keeps ? backupPath(path) : std::wstring());
         program.found.settings = program.settings;
         program.found.settingsUnread = false;
     });

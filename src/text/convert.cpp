@@ -103,7 +103,8 @@ class Conversion {
         const bool written = attempt(fileName(path), [&] {
             together_.insert(0, head);
             const Silence silence;
-            if (!writeKeeping(path, together_) && silence.failure()) throw *silence.failure();
+            if (!writeBytesKeeping(path, fileBytes(together_)) && silence.failure())
+                throw *silence.failure();
         });
         if (!written) converted_ = 0;
         return written;
@@ -135,7 +136,7 @@ class Conversion {
         if (single_) {
             together_ += text;
         } else {
-            output_.add(target, narrow(text.insert(0, header_)));
+            output_.add(target, fileBytes(text.insert(0, header_)));
             waiting_.emplace(target, name);
         }
         ++converted_;

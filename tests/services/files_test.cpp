@@ -17,6 +17,7 @@
 namespace kestrel {
 namespace {
 
+using namespace std::string_literals;
 using Lines = std::vector<std::string>;
 
 class Files : public testing::Test {
@@ -28,6 +29,10 @@ class Files : public testing::Test {
 TEST_F(Files, ContentSurvivesReadingAndWriting) {
     std::string all;
     for (int byte = 0; byte < 256; ++byte) all += static_cast<char>(byte);
+    for (const std::wstring& text : {L"\u0416\xDC80"s, L"\u00EF\u00BB\u00BFx"s, L"\u20AC"s}) {
+        gWriteFile(folder.path(L"target"), text);
+        EXPECT_EQ(gstrReadFile(folder.path(L"target")), text);
+    }
     const std::string big(3'000'001, '\x93');
     for (const std::string& bytes : {std::string(), all, all + "\r\n", std::string("a\nb\rc\r\n"),
                                      std::string("no end"), big}) {

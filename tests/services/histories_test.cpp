@@ -41,6 +41,9 @@ TEST_F(Histories, Load) {
     EXPECT_EQ(loaded("a\r\n b \r\nc"), (Items{L"a", L" b ", L"c"}));
     EXPECT_EQ(loaded("a\nb\rc\r\n"), Items{L"a\nb\rc"});
     EXPECT_EQ(loaded("\t\r\n\x80\r\n"), (Items{L"\t", L"\u20AC"}));
+    EXPECT_EQ(loaded("\xEF\xBB\xBF"
+                     "\xD0\x96\r\n\x80\r\n"),
+              (Items{L"\u0416", L"\xDC80"}));
     EXPECT_EQ(loaded(lines(2, "") + lines(2, "  ") + lines(20, "x")), Items(12, L"x"));
     EXPECT_EQ(loaded(lines(16, "") + "x"), Items{});
 }
@@ -56,15 +59,18 @@ TEST_F(Histories, LoadSurvivesHostileFiles) {
 TEST_F(Histories, SaveWritesTheFirst16AndKeepsTheFileBefore) {
     folder.put(L"info.his.bak", "older\r\n");
     save({L"a", L"  ", L"\u0416.gas", L" b ", L""});
-    EXPECT_EQ(folder.bytes(L"info.his"), "a\r\n b \r\n");
+    const std::string first =
+        "\xEF\xBB\xBF"
+        "a\r\n\xD0\x96.gas\r\n b \r\n";
+    EXPECT_EQ(folder.bytes(L"info.his"), first);
     EXPECT_EQ(folder.bytes(L"info.his.bak"), "older\r\n") << "there was no file to keep";
     Items many(15, L"x");
     many.insert(many.end(), {L"sixteenth", L"seventeenth"});
     save(many);
     EXPECT_EQ(folder.bytes(L"info.his"), lines(15, "x") + "sixteenth\r\n");
-    EXPECT_EQ(folder.bytes(L"info.his.bak"), "a\r\n b \r\n");
-    for (const Items& items : {Items{}, Items{L"", L"   "}, Items{L"\u0416"}}) save(items);
-    EXPECT_EQ(folder.bytes(L"info.his.bak"), "a\r\n b \r\n") << "nothing would be left";
+    EXPECT_EQ(folder.bytes(L"info.his.bak"), first);
+    for (const Items& items : {Items{}, Items{L"", L"   "}}) save(items);
+    EXPECT_EQ(folder.bytes(L"info.his.bak"), first) << "nothing would be left";
     EXPECT_EQ(folder.names(), (Lines{"info.his", "info.his.bak"}));
     EXPECT_EQ(host.log, Lines{});
 }
@@ -126,7 +132,7 @@ TEST_F(Histories, FileListsKeepAllTheirLines) {
     folder.put(L"spec.his", "c\r\nb\r\na");
     mSaveFileHistory({L"b", L"d", L"c"}, L"spec.his");
     EXPECT_EQ(folder.bytes(L"spec.his"), "c\r\nb\r\nd");
-    mSaveFileHistory({L"", L"\u0416"}, L"spec.his");
+    mSaveFileHistory({L""}, L"spec.his");
     EXPECT_EQ(folder.bytes(L"spec.his"), "c\r\nb\r\nd") << "nothing would be left";
     EXPECT_EQ(loadFileHistory(folder.path(L"none")), Items{});
     EXPECT_EQ(host.log, Lines{});

@@ -87,6 +87,8 @@ TEST_F(SettingsFile, WhatThisRunChangedIsPutIntoWhatTheFileHoldsNow) {
         {"skritpad=s", L"", "skritpad=y\n\n", "orvane=\r\nzeltor=\r\nskritpad=\r\n" + rest,
          "(missing)"},
         {"zeltor=z\r\n", L"", "; mine\r\nzeltor=x", "; mine\r\nzeltor=x", "(missing)"},
+        {"zeltor=z", L"\u0416", "zeltor=\x80",
+         "\xEF\xBB\xBForvane=\r\nzeltor=\xE2\x82\xAC\r\nskritpad=\xD0\x96\r\n" + rest, "(missing)"},
         {"zeltor=z\r\n", L"s\ntool1=t", "; mine\r\nzeltor=x",
          "orvane=\r\nzeltor=x\r\nskritpad=\r\n" + rest, "; mine\r\nzeltor=x"},
     };
