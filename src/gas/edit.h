@@ -16,7 +16,8 @@ std::size_t countBlocks(std::string_view file);
 // among the file's headers, else the only one. Lines that are the same in both texts
 // keep their bytes, tabs and empty lines around them included, and so does everything
 // else in the file. Nothing when the file does not hold the block as it was loaded.
-// Both texts are of the 8-bit code page.
+// A file without the mark of UTF-8 is of the 8-bit code page: throws RunTimeError for what
+// that does not have.
 std::optional<std::string> replaceBlock(std::string_view file, std::size_t index,
                                         std::wstring_view loaded, std::wstring_view edited);
 

@@ -141,7 +141,9 @@ bool gblnLoadGas(std::wstring& path, std::vector<GasTemplate>& templates, Templa
         bool hasHeader = true;
         // Not by readFileBytes, which reports what this does.
         std::string bytes = filesystem::read(path).value_or(std::string());
-        const bool loaded = loadBytes(std::move(bytes), false, templates, list, hasHeader);
+        const bool utf8 = bytes.starts_with(kUtf8Mark);
+        if (utf8) bytes.erase(0, kUtf8Mark.size());
+        const bool loaded = loadBytes(std::move(bytes), utf8, templates, list, hasHeader);
         if (!hasHeader) path.clear();
         return loaded;
     });

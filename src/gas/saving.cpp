@@ -51,6 +51,9 @@ std::wstring chooseTarget(const ViewedText& viewed, std::wstring_view openPath) 
 // The game reads bytes of its code page, and would show others for what that does not have.
 std::string bytesFor(const std::wstring& target, std::wstring_view text) {
     if (!isGasFile(target)) return fileBytes(text);
+    if (readFileBytes(target).starts_with(kUtf8Mark)) {
+        return std::string(kUtf8Mark).append(toUtf8(text));
+    }
     try {
         return narrow(text);
     } catch (const RunTimeError& error) {

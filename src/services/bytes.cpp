@@ -11,8 +11,6 @@ namespace kestrel {
 
 namespace {
 
-constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
-
 constexpr std::uint8_t kFirstOdd = 0x80;  // from here to 9F byte and character differ
 constexpr std::size_t kOddCount = 32;
 

@@ -29,6 +29,9 @@ std::string narrow(std::wstring_view text);
 // True when every character of `text` has a byte.
 bool isNarrow(std::wstring_view text) noexcept;
 
+// What a file of UTF-8 begins with.
+inline constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+
 // The bytes of a file of the program's own, or of a text that it makes, and the text of such
 // a file: in the code page where that has every character, else in UTF-8 behind its mark.
 std::string fileBytes(std::wstring_view text);

@@ -128,6 +128,7 @@ TEST(Check, TellsLinesOfTheFile) {
          {"2: ignored: it stands before the first header: note",
           "4: ignored: it stands before the first header: // x",
           "4: ignored: it stands before the first header: a = 1", "7: " ODD "odd"}},
+        {"\xEF\xBB\xBF[info]\r\n{\r\n\xD0\x96\r\n}", {"3: " ODD "\xD0\x96"}},
         {"[info][info]\r\n{\r\n}\r\n[info]", {"1: ignored: the block is empty: [info]"}},
         {"[credits_movie]\r\n{\r\n}\r\n", {}},
         {"[credits_movie2]\r\n{\r\n}\r\n", {"1: " ODD "2]"}},

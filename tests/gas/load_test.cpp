@@ -175,12 +175,13 @@ TEST_F(Load, TextWithoutABlockFails) {
 
 TEST_F(Load, FileWithoutAHeaderEmptiesThePath) {
     const TempFolder folder;
-    for (const char* bytes : {"", "plain text", "[party", "[info]\n}"}) {
+    for (const char* bytes : {"", "plain text", "[party", "[info]\n}", "\xEF\xBB\xBF[\xD0\x96]}"}) {
         std::wstring path = folder.put(L"x.gas", bytes);
         const bool good = std::string_view(bytes).ends_with('}');
         EXPECT_EQ(gblnLoadGas(path, templates_, nullptr), good) << bytes;
         EXPECT_EQ(path.empty(), !good) << bytes;
     }
+    EXPECT_EQ(templates_[0].Kind, L"\u0416");
     std::wstring missing = folder.path(L"missing.gas");
     EXPECT_FALSE(gblnLoadGas(missing, templates_, nullptr));
     EXPECT_TRUE(missing.empty());

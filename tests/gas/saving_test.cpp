@@ -185,6 +185,7 @@ TEST_F(Saving, ABlockGoesToItsPlace) {
     const std::string odd =
         "ask: This text is no longer one block of the file. A brace is open at its end. Put it in "
         "its place all the same? | Kestrel | question | noYes";
+    const std::string mark(kUtf8Mark);
     const std::string gone = "ask: Nothing was written: ";
     const struct {
         const char* what;
@@ -236,6 +237,18 @@ TEST_F(Saving, ABlockGoesToItsPlace) {
          std::string("[t:sed,n:0]\r\n{\r\n}\r\n") + kThree,
          "[t:sed,n:0]\r\n{\r\n}\r\n" + with(kThree, "\tx = 1", "    x = 2"),
          {kReplace}},
+        {"of UTF-8",
+         L"x = \u0416;",
+         {},
+         mark + kThree,
+         mark + with(kThree, "\tx = 1", "    x = \xD0\x96"),
+         {kReplace, inPlace}},
+        {"of UTF-8, alone",
+         L"x = \u0416;",
+         {Answer::yes, Answer::no},
+         mark + kThree,
+         mark + "[t:sed,n:a]\r\n{\r\n    x = \xD0\x96;\r\n}\r\n",
+         {kReplace, inPlace}},
     };
     std::vector<GasTemplate> templates;
     loadGasText(widen(kThree), templates);
