@@ -27,7 +27,7 @@ VectorTextList loaded() {
 std::vector<std::wstring> kept(const std::vector<std::wstring>& items) {
     std::vector<std::wstring> entries;
     for (std::size_t i = 0; i < std::min(items.size(), kMostEntries); ++i) {
-        if (!trim(items[i]).empty() && isNarrow(items[i])) entries.push_back(items[i]);
+        if (!trim(items[i]).empty()) entries.push_back(items[i]);
     }
     return entries;
 }

@@ -19,19 +19,21 @@ bool isControl(char c) {
 }
 
 void checkBytes(std::string_view bytes) {
-    const std::wstring wide = widen(bytes);
-    require(wide.size() == bytes.size() && isNarrow(wide) && narrow(wide) == bytes);
+    const CodePage& page =
+        *CodePage::find(CodePage::kNumbers[bytes.size() % CodePage::kNumbers.size()]);
+    const std::wstring wide = page.wide(bytes);
+    require(wide.size() == bytes.size() && page.has(wide) && page.bytes(wide) == bytes);
     std::wstring twice = wide;
-    appendWide(twice, bytes);
+    page.appendWide(twice, bytes);
     require(twice == wide + wide);
     require(toUtf8(fromUtf8(bytes)) == bytes);
 }
 
 void checkNarrow(const std::wstring& text) {
     try {
-        require(widen(narrow(text)) == text && isNarrow(text));
+        require(widen(narrow(text)) == text && gProgram().codePage->has(text));
     } catch (const RunTimeError& error) {
-        require(!isNarrow(text) && error.number() == kInvalidCall);
+        require(!gProgram().codePage->has(text) && error.number() == kInvalidCall);
     }
 }
 
@@ -107,6 +109,7 @@ void run(Input input) {
     checkBytes(input.rest());
     const std::wstring text = fromUtf8(input.rest());
     checkNarrow(text);
+    require(fileText(fileBytes(text)) == text);
     checkCleaning(text);
     checkPane(text, what, caret);
     checkShown(text);

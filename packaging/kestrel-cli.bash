@@ -3,7 +3,7 @@ _kestrel_cli() {
     local word=${COMP_WORDS[COMP_CWORD]} command=${COMP_WORDS[1]:-} options=
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W "list show chain convert check dump --help --version" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "list show chain convert check dump --codepage --help --version" -- "$word")
         return
     fi
     case $command in

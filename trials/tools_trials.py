@@ -13,7 +13,7 @@ def tool(k, name, folder="tools"):
     path = k.desk.path(folder, name)
     os.makedirs(os.path.dirname(path), exist_ok=True)
     with open(path, "w", encoding="utf-8") as script:
-        script.write(f'#!/bin/sh\nprintf "<%s>" "$@" >"{path}.said"\n')
+        script.write('#!/bin/sh\nprintf "<%s>" "$@" >"$0.said"\n')
     os.chmod(path, os.stat(path).st_mode | stat.S_IXUSR)
     return path
 

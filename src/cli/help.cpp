@@ -19,10 +19,12 @@ Commands:
   check FILE...               every statement that loading ignores or cuts
   dump FILE                   the templates as JSON, one object a line
 
+  --codepage N                the 8-bit code page of the files: 874, 1250 to 1258
   --help                      shows this
   --version                   shows the version
 
 NAME is the "doc" of a template, its "name", or what "list" shows.
+The code page is that of the language, or the one that KESTREL_CODEPAGE names.
 Options may stand anywhere; "--" ends them.
 
 Exit codes: 0 fine, 1 failed (check: something was found; chain: it does not end;

@@ -10,6 +10,8 @@
 namespace kestrel::cli {
 namespace {
 
+constexpr std::wstring_view kCodePage = L"--codepage";
+
 struct Command {
     std::wstring_view name;
     std::wstring_view operands;  // as messages show them
@@ -48,11 +50,19 @@ void checkUsage(const Command& command, const Arguments& arguments) {
         throw WrongUsage(text);
     }
     for (const auto& [option, value] : arguments.options()) {
+        if (option == kCodePage) continue;  // any command's
         if (std::ranges::find(command.options, option) != command.options.end()) continue;
         std::wstring text = L"\"";
         text.append(command.name).append(L"\" has no option \"").append(option).append(L"\"");
         throw WrongUsage(text);
     }
+}
+
+// The option goes before the environment variable.
+void settlePage(const Arguments& arguments) {
+    const auto chosen = arguments.value(std::wstring(kCodePage));
+    const std::wstring problem = chosen ? useCodePage(*chosen) : settleCodePage();
+    if (!problem.empty()) throw WrongUsage(problem);
 }
 
 void showVersion(std::ostream& out) {
@@ -73,6 +83,7 @@ int runWords(const std::vector<std::wstring>& words, std::ostream& out, Terminal
     }
     const Command& command = findCommand(arguments);
     checkUsage(command, arguments);
+    settlePage(arguments);
     const std::vector<std::wstring> operands(arguments.operands().begin() + 1,
                                              arguments.operands().end());
     return command.run({operands, arguments, out, terminal});

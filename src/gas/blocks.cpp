@@ -83,7 +83,7 @@ void cutOnUnknownKind(std::string_view text, const FieldMaker& fields, Cut& cut)
         name.remove_prefix(bracket + 1);
     }
     cut.prefix = header;
-    cut.kind = name.empty() ? std::wstring(kBlockKinds.back().name) : fields.wide(name);
+    cut.kind = name.empty() ? std::wstring(kBlockKinds.back().name) : fields.page().wide(name);
     const std::string_view from = text.substr(cut.dropped.size());
     cut.blocks = blocksAt(from, placesOfHeader(header, from), header.size());
     cut.found = true;
@@ -91,13 +91,13 @@ void cutOnUnknownKind(std::string_view text, const FieldMaker& fields, Cut& cut)
 
 }  // namespace
 
-Source prepare(std::string bytes, bool utf8) {
+Source prepare(std::string bytes, const CodePage& page) {
     if (bytes.find(kCrLf) == bytes.npos) bytes = withCrLf(bytes);
     if (!bytes.ends_with(kCrLf)) bytes += kCrLf;
     auto owner = std::make_shared<const std::string>(std::move(bytes));
     std::string_view text = *owner;
     while (text.starts_with(kCrLf)) text.remove_prefix(kCrLf.size());
-    return {std::move(owner), text, {utf8, true}};
+    return {std::move(owner), text, {&page, true}};
 }
 
 void normalise(Source& source) {

@@ -16,13 +16,13 @@ namespace kestrel::loading {
 // one, and the first line is not empty.
 struct Source {
     std::shared_ptr<const std::string> bytes;
-    std::string_view text;    // of `bytes`
-    SourceText::Form form{};  // raw: it still has tabs, and lines without any character
+    std::string_view text;  // of `bytes`
+    SourceText::Form form;  // raw: it still has tabs, and lines without any character
 };
 
 // A text without any CR LF has its lines end in LF alone; in any other one a
 // lone LF is part of its line.
-Source prepare(std::string bytes, bool utf8);
+Source prepare(std::string bytes, const CodePage& page);
 void normalise(Source& source);
 
 struct Block {

@@ -62,8 +62,8 @@ bool isBehind(const Statement& next, const Statement& statement) {
 
 class Checker {
   public:
-    Checker(std::string_view raw, std::string_view normal, bool utf8)
-        : lines_(raw, normal), utf8_(utf8) {}
+    Checker(std::string_view raw, std::string_view normal, const CodePage& page)
+        : lines_(raw, normal), page_(page) {}
 
     // Text that no block holds.
     void checkDropped(std::string_view text, std::wstring_view why) {
@@ -122,24 +122,24 @@ class Checker {
 
     void add(std::string_view text, const LeftOut& loss) {
         text = trimmed(text);
-        losses_.push_back({lines_.lineOf(text.data()), loss.all, std::wstring(loss.why),
-                           utf8_ ? fromUtf8(text) : widen(text)});
+        losses_.push_back(
+            {lines_.lineOf(text.data()), loss.all, std::wstring(loss.why), page_.wide(text)});
     }
 
     LineCounter lines_;
-    bool utf8_;
+    const CodePage& page_;
     loading::StatementList list_;
     std::vector<Loss> losses_;
 };
 
 std::vector<Loss> lossesIn(std::string_view bytes) {
-    const bool utf8 = bytes.starts_with(kUtf8Mark);
-    if (utf8) bytes.remove_prefix(kUtf8Mark.size());
-    Source source = loading::prepare(std::string(bytes), utf8);
+    const CodePage& page = pageOf(bytes, *gProgram().sourcePage);
+    if (page.isUtf8()) bytes.remove_prefix(kUtf8Mark.size());
+    Source source = loading::prepare(std::string(bytes), page);
     const Source raw = source;
     normalise(source);
-    const loading::Cut cut = cutBlocks(source.text, loading::FieldMaker(utf8));
-    Checker checker(*raw.bytes, source.text, utf8);
+    const loading::Cut cut = cutBlocks(source.text, loading::FieldMaker(page));
+    Checker checker(*raw.bytes, source.text, page);
     checker.checkDropped(cut.dropped, L"it stands before the first header");
     for (std::size_t i = 0; i < cut.blocks.size(); ++i) {
         if (i == 0 && isJoined(cut)) {

@@ -18,7 +18,7 @@ constexpr std::size_t kMostLines = 4000;
 
 std::vector<Block> headedBlocks(std::string_view file) {
     if (file.starts_with(kUtf8Mark)) file.remove_prefix(kUtf8Mark.size());
-    loading::Cut cut = cutBlocks(file, loading::FieldMaker(false));
+    loading::Cut cut = cutBlocks(file, loading::FieldMaker(CodePage::utf8()));
     std::erase_if(cut.blocks, [](const Block& block) { return block.whole.empty(); });
     return std::move(cut.blocks);
 }
@@ -175,11 +175,12 @@ std::size_t countBlocks(std::string_view file) {
 }
 
 std::optional<std::string> replaceBlock(std::string_view file, std::size_t index,
-                                        std::wstring_view loaded, std::wstring_view edited) {
+                                        std::wstring_view loaded, std::wstring_view edited,
+                                        const CodePage& page) {
     const std::vector<Block> blocks = headedBlocks(file);
-    const bool utf8 = file.starts_with(kUtf8Mark);
-    const std::string before = utf8 ? toUtf8(loaded) : narrow(loaded);
-    const std::string after = utf8 ? toUtf8(edited) : narrow(edited);
+    const CodePage& ownPage = pageOf(file, page);
+    const std::string before = ownPage.bytes(loaded);
+    const std::string after = ownPage.bytes(edited);
     const auto put = [&](const Block& block) -> std::optional<std::string> {
         const auto bytes = editBlock(block.whole, lineEndOf(file), before, after);
         if (!bytes) return std::nullopt;
@@ -202,7 +203,7 @@ std::optional<std::string> replaceBlock(std::string_view file, std::size_t index
 std::wstring whyNotOneBlock(std::wstring_view loaded, std::wstring_view edited) {
     const std::string before = toUtf8(loaded);
     const std::string after = toUtf8(edited);
-    const loading::Cut cut = cutBlocks(before, loading::FieldMaker(true));
+    const loading::Cut cut = cutBlocks(before, loading::FieldMaker(CodePage::utf8()));
     const std::wstring header = L'"' + fromUtf8(cut.prefix) + L'"';
     const std::size_t first = after.find(cut.prefix);
     if (first == after.npos) return L"It has no header that begins with " + header + L".";

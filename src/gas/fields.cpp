@@ -107,17 +107,11 @@ std::string_view cleaned(std::string_view text, std::string& buffer) {
     return buffer;
 }
 
-std::wstring FieldMaker::wide(std::string_view bytes) const {
-    return utf8_ ? fromUtf8(bytes) : widen(bytes);
-}
-
 void FieldMaker::append(std::wstring& text, std::string_view bytes) const {
     if (bytes.find('\t') != bytes.npos) {
-        text += wide(normalised(bytes));
-    } else if (utf8_) {
-        text += fromUtf8(bytes);
+        page_.appendWide(text, normalised(bytes));
     } else {
-        appendWide(text, bytes);
+        page_.appendWide(text, bytes);
     }
 }
 
@@ -125,9 +119,9 @@ std::wstring FieldMaker::value(std::string_view bytes) const {
     bytes = trimJunk(bytes);
     const Look look = lookAt(bytes);
     if (look.clean && look.ascii) return {bytes.begin(), bytes.end()};
-    if (look.clean) return wide(bytes);
+    if (look.clean) return page_.wide(bytes);
     std::string buffer;
-    return wide(cleaned(bytes, buffer));
+    return page_.wide(cleaned(bytes, buffer));
 }
 
 SharedText FieldMaker::name(std::string_view bytes) {

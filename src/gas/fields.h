@@ -6,6 +6,7 @@
 
 #include "gas/sharedgroup.h"
 #include "gas/sharedtext.h"
+#include "services/codepage.h"
 
 // How the bytes of statements become the texts of records. Private to the
 // loader. Tabs stand for four spaces.
@@ -22,11 +23,8 @@ std::string_view cleaned(std::string_view text, std::string& buffer);
 // Makes the texts of one load.
 class FieldMaker {
   public:
-    explicit FieldMaker(bool utf8) noexcept : utf8_(utf8) {}
-    bool utf8() const noexcept { return utf8_; }
-
-    // All of `bytes`, as they are.
-    std::wstring wide(std::string_view bytes) const;
+    explicit FieldMaker(const CodePage& page) noexcept : page_(page) {}
+    const CodePage& page() const noexcept { return page_; }
 
     // The group of the sub-block `name` in `around`.
     SharedGroup group(const SharedGroup& around, const SharedText& name) {
@@ -41,7 +39,7 @@ class FieldMaker {
     SharedText name(std::string_view bytes);
 
   private:
-    bool utf8_;
+    const CodePage& page_;
     GroupPool groups_;
     TextPool names_;  // by their bytes before cleaning
 };

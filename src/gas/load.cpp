@@ -102,10 +102,10 @@ void reportNoData(std::vector<GasTemplate>& templates, TemplateList* list) {
 
 // True when a block was loaded. `hasHeader` is false when the text holds no
 // header of any kind.
-bool loadBytes(std::string bytes, bool utf8, std::vector<GasTemplate>& templates,
+bool loadBytes(std::string bytes, const CodePage& page, std::vector<GasTemplate>& templates,
                TemplateList* list, bool& hasHeader) {
-    Source source = loading::prepare(std::move(bytes), utf8);
-    FieldMaker fields(utf8);
+    Source source = loading::prepare(std::move(bytes), page);
+    FieldMaker fields(page);
     Cut cut = cutBlocks(source.text, fields);
     if (needsNormalText(cut)) {
         normalise(source);
@@ -141,9 +141,9 @@ bool gblnLoadGas(std::wstring& path, std::vector<GasTemplate>& templates, Templa
         bool hasHeader = true;
         // Not by readFileBytes, which reports what this does.
         std::string bytes = filesystem::read(path).value_or(std::string());
-        const bool utf8 = bytes.starts_with(kUtf8Mark);
-        if (utf8) bytes.erase(0, kUtf8Mark.size());
-        const bool loaded = loadBytes(std::move(bytes), utf8, templates, list, hasHeader);
+        const CodePage& page = pageOf(bytes, *gProgram().sourcePage);
+        if (page.isUtf8()) bytes.erase(0, kUtf8Mark.size());
+        const bool loaded = loadBytes(std::move(bytes), page, templates, list, hasHeader);
         if (!hasHeader) path.clear();
         return loaded;
     });
@@ -152,8 +152,7 @@ bool gblnLoadGas(std::wstring& path, std::vector<GasTemplate>& templates, Templa
 bool loadGasText(std::wstring_view text, std::vector<GasTemplate>& templates, TemplateList* list) {
     return guardedLoad(templates, list, [&] {
         bool hasHeader = true;
-        const bool utf8 = !isNarrow(text);
-        return loadBytes(utf8 ? toUtf8(text) : narrow(text), utf8, templates, list, hasHeader);
+        return loadBytes(toUtf8(text), CodePage::utf8(), templates, list, hasHeader);
     });
 }
 

@@ -48,14 +48,16 @@ std::wstring chooseTarget(const ViewedText& viewed, std::wstring_view openPath) 
     return askForFile(L"Select Save As Filename and Location", filter, true, start);
 }
 
+const CodePage& pageOf(const ViewedText& viewed) {
+    return viewed.block ? *viewed.block->page : *gProgram().sourcePage;
+}
+
 // The game reads bytes of its code page, and would show others for what that does not have.
-std::string bytesFor(const std::wstring& target, std::wstring_view text) {
-    if (!isGasFile(target)) return fileBytes(text);
-    if (readFileBytes(target).starts_with(kUtf8Mark)) {
-        return std::string(kUtf8Mark).append(toUtf8(text));
-    }
+std::string bytesFor(const std::wstring& target, const ViewedText& viewed) {
+    if (!isGasFile(target)) return fileBytes(viewed.text());
+    const CodePage& page = pageOf(readFileBytes(target), pageOf(viewed));
     try {
-        return narrow(text);
+        return std::string(page.isUtf8() ? kUtf8Mark : "").append(page.bytes(viewed.text()));
     } catch (const RunTimeError& error) {
         throw RunTimeError(error.number(), L"Cannot write '" + target + L"': " +
                                                error.description() +
@@ -79,7 +81,7 @@ Place choosePlace(const ViewedText& viewed, std::wstring_view file) {
     const std::wstring why = whyNotOneBlock(viewed.loaded, viewed.text());
     if (blocks <= 1) {
         const bool fits = why.empty() && replaceBlock(readFileBytes(file), viewed.block->index,
-                                                      viewed.loaded, viewed.text());
+                                                      viewed.loaded, viewed.text(), pageOf(viewed));
         return fits ? Place::block : Place::file;
     }
     if (why.empty()) return Place::block;
@@ -91,8 +93,8 @@ Place choosePlace(const ViewedText& viewed, std::wstring_view file) {
 
 // The file with the text in its place; nothing, which is told, where it has none now.
 std::optional<std::string> inPlace(const ViewedText& viewed, std::wstring_view file) {
-    auto bytes =
-        replaceBlock(readFileBytes(file), viewed.block->index, viewed.loaded, viewed.text());
+    auto bytes = replaceBlock(readFileBytes(file), viewed.block->index, viewed.loaded,
+                              viewed.text(), pageOf(viewed));
     if (bytes) return bytes;
     tellUser(L"Nothing was written: \"" + std::wstring(file) +
                  L"\" does not hold this block any more as it was loaded. Save the text to "
@@ -105,7 +107,7 @@ std::optional<std::string> inPlace(const ViewedText& viewed, std::wstring_view f
 std::optional<std::string> replacement(const ViewedText& viewed, const std::wstring& target,
                                        bool isOwnFile, const OpenFile& openFile) {
     if (!agrees(L"File already exists. Replace existing file?")) return std::nullopt;
-    std::string whole = bytesFor(target, viewed.text());
+    std::string whole = bytesFor(target, viewed);
     const Place place = isOwnFile ? choosePlace(viewed, target) : Place::file;
     // In place nothing of the other program's is lost.
     const bool refused = place == Place::file && openFile.path &&
@@ -132,7 +134,7 @@ bool save(ViewedText& viewed, const OpenFile& openFile) {
     const std::wstring target = chooseTarget(viewed, openPath);
     if (target.empty()) return false;
     if (!fileExists(target)) {
-        filesystem::replace(target, bytesFor(target, viewed.text()), {});
+        filesystem::replace(target, bytesFor(target, viewed), {});
         return true;
     }
     const bool isOwnFile = viewed.block && isSameFile(target, viewed.block->path);

@@ -32,14 +32,11 @@ std::string normalised(std::string_view text) {
     return out;
 }
 
-SourceText::SourceText(const std::wstring& text) : form_{!isNarrow(text), false} {
-    owner_ = std::make_shared<const std::string>(form_.utf8 ? toUtf8(text) : narrow(text));
-    bytes_ = *owner_;
-}
+SourceText::SourceText(const std::wstring& text)
+    : owner_(std::make_shared<const std::string>(toUtf8(text))), bytes_(*owner_) {}
 
 std::wstring SourceText::wide() const {
-    const std::string text = form_.raw ? normalised(bytes_) : std::string(bytes_);
-    return form_.utf8 ? fromUtf8(text) : widen(text);
+    return form_.page->wide(form_.raw ? normalised(bytes_) : bytes_);
 }
 
 }  // namespace kestrel

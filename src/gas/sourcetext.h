@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "services/codepage.h"
+
 namespace kestrel {
 
 // `text` with four spaces for each tab and a single CR LF for each run of them.
@@ -15,8 +17,8 @@ std::string normalised(std::string_view text);
 class SourceText {
   public:
     struct Form {
-        bool utf8;  // else of the code page
-        bool raw;   // still to be normalised
+        const CodePage* page;
+        bool raw;  // still to be normalised
     };
 
     SourceText() = default;
@@ -30,6 +32,7 @@ class SourceText {
     // Made anew by each call.
     std::wstring wide() const;
     operator std::wstring() const { return wide(); }
+    const CodePage& page() const noexcept { return *form_.page; }
     bool empty() const noexcept { return bytes_.empty(); }
 
     bool operator==(const SourceText& other) const { return wide() == other.wide(); }
@@ -39,7 +42,7 @@ class SourceText {
   private:
     std::shared_ptr<const std::string> owner_;
     std::string_view bytes_;
-    Form form_{};
+    Form form_{&CodePage::utf8(), false};
 };
 
 }  // namespace kestrel

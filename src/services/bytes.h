@@ -1,41 +1,31 @@
 #pragma once
 
-#include <array>
-#include <cstddef>
 #include <string>
 #include <string_view>
 
-// The one place where bytes and wide text meet.
-//
-// The 8-bit code page of the product's files is windows-1252; its five
-// unassigned bytes (81, 8D, 8F, 90, 9D) stand for the control character of the
-// same number, so that all 256 bytes survive a round trip.
+#include "services/codepage.h"
+
+// Where bytes and wide text meet; see codepage.h for what bytes mean.
 namespace kestrel {
 
-// The wide character of each byte of the code page, indexed by the byte.
-extern const std::array<wchar_t, 256> kWideOfByte;
-
-// Returns the text of 8-bit `bytes`; one character a byte.
+// In the program's own code page: the text of `bytes`, one character a byte, and the bytes
+// of `text` as CodePage::bytes() makes them.
 std::wstring widen(std::string_view bytes);
-
-// As widen(), appending to `text`.
-void appendWide(std::wstring& text, std::string_view bytes);
-
-// Returns the 8-bit bytes of `text`. Throws RunTimeError (error 5) when a
-// character has no byte; its description names the first such character and
-// the 1-based line that it stands in.
 std::string narrow(std::wstring_view text);
-
-// True when every character of `text` has a byte.
-bool isNarrow(std::wstring_view text) noexcept;
 
 // What a file of UTF-8 begins with.
 inline constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+
+// The encoding of a file that holds `bytes`: UTF-8 behind its mark, else `page`.
+const CodePage& pageOf(std::string_view bytes, const CodePage& page) noexcept;
 
 // The bytes of a file of the program's own, or of a text that it makes, and the text of such
 // a file: in the code page where that has every character, else in UTF-8 behind its mark.
 std::string fileBytes(std::wstring_view text);
 std::wstring fileText(std::string_view bytes);
+
+// The first character of `text` and its number, for messages.
+std::wstring characterName(std::wstring_view text);
 
 // UTF-8, for file names, messages of the system and text that need not fit the
 // code page. Bytes that are no UTF-8 become the lone surrogates DC80 to DCFF,

@@ -17,4 +17,8 @@ std::optional<std::wstring> gvarCommandFile(std::wstring_view line);
 // quotes inside an argument belong to it.
 std::optional<std::wstring> gvarCommandFile(const std::vector<std::wstring>& arguments);
 
+// The path that a user's `text` stands for: one in quotes, or a "file:" address, as file
+// managers copy them, is what it names. Anything that is there by that very name is itself.
+std::wstring plainPath(std::wstring_view text);
+
 }  // namespace kestrel

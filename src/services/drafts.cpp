@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::wstring_view kEnd = L".draft";
 constexpr std::wstring_view kLockEnd = L".lock";
-constexpr std::wstring_view kMark = L"Kestrel draft 1";
+constexpr std::wstring_view kMark = L"Kestrel draft 2";
 
 // A file of texts, each behind its length in bytes and a colon.
 class Writer {
@@ -81,6 +81,7 @@ std::string bytesOf(const Draft& draft) {
     writer.add(draft.caption);
     writer.add(draft.block.path);
     writer.addNumber(draft.block.index);
+    writer.addNumber(draft.block.page->number());
     writer.addNumber(draft.stamp ? draft.stamp->size : 0);
     writer.addNumber(draft.stamp ? draft.stamp->written : 0);
     writer.add(draft.loaded);
@@ -95,6 +96,9 @@ std::optional<Draft> draftOf(std::string_view bytes) {
     draft.caption = reader.next();
     draft.block.path = reader.next();
     draft.block.index = reader.nextNumber<std::size_t>();
+    const CodePage* page = CodePage::find(reader.nextNumber<unsigned>());
+    if (page == nullptr) return std::nullopt;
+    draft.block.page = page;
     FileStamp stamp;
     stamp.size = reader.nextNumber<std::uintmax_t>();
     stamp.written = reader.nextNumber<std::int64_t>();

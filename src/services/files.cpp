@@ -64,7 +64,11 @@ bool writeBytesKeeping(std::wstring_view path, std::string_view bytes) {
 }
 
 std::wstring backupPath(std::wstring_view path) {
-    return std::wstring(path) + L".bak";
+    constexpr std::wstring_view kEnd = L".bak";
+    std::wstring backup(path);
+    // The longest name that file systems take has no place for more.
+    while (filesystem::sizeOfName(fileName(backup)) + kEnd.size() > 255) backup.pop_back();
+    return backup.append(kEnd);
 }
 
 std::wstring gstrTempFile() {

@@ -15,7 +15,7 @@ std::wstring gstrReadFile(std::wstring_view path);
 std::string readFileBytes(std::wstring_view path);
 
 // Puts `text` into the file at `path`, whole or not at all: on any failure the
-// failure is reported and an existing file stays as it was. Text that 8-bit text cannot
+// failure is reported and an existing file stays as it was. Text that the code page cannot
 // hold is written in UTF-8, behind its mark; gstrReadFile() reads both. An empty path does
 // nothing. Returns nothing; see writeFile() for callers that must know.
 void gWriteFile(std::wstring_view path, std::wstring_view text);
@@ -29,7 +29,7 @@ bool writeFile(std::wstring_view path, std::wstring_view text, std::wstring_view
 // program first wrote it here is kept at backupPath().
 bool writeBytesKeeping(std::wstring_view path, std::string_view bytes);
 
-// `path` with ".bak" appended.
+// `path` with ".bak" appended, and shortened for that where its name is too long.
 std::wstring backupPath(std::wstring_view path);
 
 // Returns the path of a new, empty file in a folder of this program's that is closed to

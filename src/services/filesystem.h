@@ -124,8 +124,14 @@ std::optional<Identity> identityOf(std::wstring_view path);
 // The path of that file itself; empty when there is none.
 std::wstring pathBehindLinks(std::wstring_view path);
 
-// `path` made absolute against the current folder, without looking at the disk.
+// `path` made absolute against the current folder, without "." and "..".
 std::wstring absolutePath(std::wstring_view path);
+
+// How much of the 255 that the name of a file may have `name` takes: bytes, or 16-bit units.
+std::size_t sizeOfName(std::wstring_view name);
+
+// The path that a "file:" address on the computer `host` (empty for this one) names.
+std::wstring pathOfAddress(std::wstring_view host, std::wstring path);
 
 // The folder of the running program's file; empty when the system does not
 // tell it.

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <memory>
 #include <system_error>
 
@@ -253,12 +254,27 @@ std::wstring pathBehindLinks(std::wstring_view path) {
 }
 
 std::wstring absolutePath(std::wstring_view path) {
-    if (path.starts_with(L'/')) return std::wstring(path);
-    char folder[PATH_MAX];
-    if (::getcwd(folder, sizeof folder) == nullptr) {
-        throwSystemError(errno, L"Cannot find the folder of", path);
+    std::wstring whole(path);
+    if (!path.starts_with(L'/')) {
+        char folder[PATH_MAX];
+        if (::getcwd(folder, sizeof folder) == nullptr) {
+            throwSystemError(errno, L"Cannot find the folder of", path);
+        }
+        whole = joinPath(fromUtf8(folder), path);
     }
-    return joinPath(fromUtf8(folder), path);
+    std::wstring plain = fromUtf8(std::filesystem::path(nameOf(whole)).lexically_normal().native());
+    if (plain == whole || identityOf(plain) == identityOf(whole)) return plain;
+    // What stands before a ".." is a link.
+    const std::wstring behindLinks = pathBehindLinks(whole);
+    return behindLinks.empty() ? plain : behindLinks;
+}
+
+std::size_t sizeOfName(std::wstring_view name) {
+    return toUtf8(name).size();
+}
+
+std::wstring pathOfAddress(std::wstring_view, std::wstring path) {
+    return path;
 }
 
 std::wstring executableFolder() {

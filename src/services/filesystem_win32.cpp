@@ -282,6 +282,17 @@ std::wstring absolutePath(std::wstring_view path) {
     return fullName(path);
 }
 
+std::size_t sizeOfName(std::wstring_view name) {
+    return name.size();
+}
+
+std::wstring pathOfAddress(std::wstring_view host, std::wstring path) {
+    std::ranges::replace(path, L'/', L'\\');
+    if (!host.empty()) return L"\\\\" + std::wstring(host) + path;
+    const bool hasDrive = path.size() > 2 && path[2] == L':';
+    return hasDrive ? path.substr(1) : path;
+}
+
 std::wstring executableFolder() {
     std::vector<wchar_t> name(32768);
     const DWORD length =

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "services/codepage.h"
 #include "services/host.h"
 
 namespace kestrel {
@@ -47,11 +48,13 @@ struct Program {
     std::wstring routine;  // current routine name, for the error report
     Settings settings;
     FoundFiles found;
-    bool progressShowing = false;  // set while a progress dialog is up
-    std::wstring folder;           // where settings and histories are kept
-    std::wstring lastFolder;       // of the file that was chosen last
-    bool draftsFail = false;       // has been told
-    std::set<std::wstring> kept;   // files whose ".bak" holds what this run found
+    bool progressShowing = false;                      // set while a progress dialog is up
+    const CodePage* codePage = &CodePage::ofSystem();  // of the program's own files
+    const CodePage* sourcePage = codePage;             // of `.gas` files
+    std::wstring folder;                               // where settings and histories are kept
+    std::wstring lastFolder;                           // of the file that was chosen last
+    bool draftsFail = false;                           // has been told
+    std::set<std::wstring> kept;  // files whose ".bak" holds what this run found
     Version version = defaultVersion();
     Host host;
     // Where the first failure is kept instead of being reported; null where they are reported.

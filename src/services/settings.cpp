@@ -100,7 +100,7 @@ std::wstring merged(const Content& now) {
     for (std::size_t i = 0; i < kFields.size(); ++i) {
         const std::wstring& own = kFields[i].text(gProgram().settings);
         const bool changed = own != kFields[i].text(gProgram().found.settings);
-        appendWide(text, kFields[i].key);
+        text.append(kFields[i].key.begin(), kFields[i].key.end());
         text.append(L"=");
         text.append(now.values[i] && !changed ? std::wstring(*now.values[i]) : ownValue(own));
         text.append(kLineEnd);

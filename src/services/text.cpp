@@ -4,6 +4,8 @@
 #include <charconv>
 #include <iterator>
 
+#include "services/letters.h"
+
 namespace kestrel {
 
 namespace {
@@ -14,6 +16,10 @@ std::wstring without(std::wstring_view text, std::wstring_view mark) {
     result.reserve(text.size());
     for (std::wstring_view piece : split(text, mark)) result += piece;
     return result;
+}
+
+int utf8Size(wchar_t c) noexcept {
+    return c < 0x80 ? 1 : c < 0x800 ? 2 : 3;
 }
 
 bool isBracket(wchar_t c) noexcept {
@@ -43,17 +49,15 @@ std::vector<std::wstring_view> split(std::wstring_view text, std::wstring_view s
 wchar_t foldCase(wchar_t c) noexcept {
     if (c >= L'A' && c <= L'Z') return static_cast<wchar_t>(c + 0x20);
     if (c < 0xC0) return c;
-    if (c <= 0xDE) return c == 0xD7 ? c : static_cast<wchar_t>(c + 0x20);
-    switch (c) {
-        case 0x152:
-        case 0x160:
-        case 0x17D:
-            return static_cast<wchar_t>(c + 1);
-        case 0x178:
-            return 0xFF;
-        default:
-            return c;
-    }
+    const wchar_t lower = systemLower(c);
+    return utf8Size(lower) == utf8Size(c) ? lower : c;
+}
+
+wchar_t otherCase(wchar_t c) noexcept {
+    const wchar_t lower = foldCase(c);
+    if (lower != c) return lower;
+    const wchar_t upper = systemUpper(c);
+    return foldCase(upper) == c ? upper : c;
 }
 
 std::wstring lowerCase(std::wstring_view text) {

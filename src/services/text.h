@@ -17,9 +17,11 @@ std::wstring_view trim(std::wstring_view text) noexcept;
 // empty text gives no piece. The pieces point into `text`.
 std::vector<std::wstring_view> split(std::wstring_view text, std::wstring_view separator);
 
-// The letter without case, for every letter of the 8-bit code page; any other
-// character is returned as it is.
+// The letter without case, for letters of any script whose two cases take as many bytes of
+// UTF-8; any other character is returned as it is.
 wchar_t foldCase(wchar_t c) noexcept;
+// The other letter of the same foldCase(); `c` itself when there is none.
+wchar_t otherCase(wchar_t c) noexcept;
 std::wstring lowerCase(std::wstring_view text);
 
 // False for a character that shows nothing (a control), turns the direction of what follows

@@ -59,13 +59,6 @@ struct Letter {
     std::string other;
 };
 
-wchar_t otherCase(wchar_t c) noexcept {
-    const auto* other = std::find_if(kWideOfByte.begin(), kWideOfByte.end(), [c](wchar_t w) {
-        return w != c && foldCase(w) == foldCase(c);
-    });
-    return other == kWideOfByte.end() ? c : *other;
-}
-
 std::vector<Letter> lettersOf(std::string_view what) {
     std::vector<Letter> letters;
     for (std::size_t at = 0; at < what.size();) {
@@ -74,7 +67,9 @@ std::vector<Letter> lettersOf(std::string_view what) {
         const std::string_view bytes = what.substr(start, at - start);
         std::wstring wide = fromUtf8(bytes);
         if (wide.size() == 1) wide[0] = otherCase(wide[0]);
-        letters.push_back({std::string(bytes), toUtf8(wide)});
+        std::string other = toUtf8(wide);
+        if (other.size() != bytes.size()) other = bytes;
+        letters.push_back({std::string(bytes), std::move(other)});
     }
     return letters;
 }

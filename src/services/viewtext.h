@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "services/filestamp.h"
+#include "services/program.h"
 
 // What the windows that show a text do with it, as far as no window is needed:
 // read-outs, search, saving and handing it over.
@@ -91,6 +92,7 @@ struct OpenFile {
 struct FileBlock {
     std::wstring path;
     std::size_t index = 0;
+    const CodePage* page = gProgram().sourcePage;  // unless the file tells another
 
     bool operator==(const FileBlock&) const = default;
 };

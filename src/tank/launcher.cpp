@@ -32,44 +32,33 @@ bool isHighSurrogate(wchar_t c) noexcept {
     return c >= 0xD800 && c <= 0xDBFF;
 }
 
-bool isEscapedByte(wchar_t c) noexcept {
-    return c >= 0xDC80 && c <= 0xDCFF;
+bool isAscii(char c) noexcept {
+    return (c & 0x80) == 0;
 }
 
-// Appends UTF-8, and what is none as 8-bit text.
-void appendDecoded(std::wstring& text, std::string_view bytes) {
-    const std::size_t before = text.size();
-    text += fromUtf8(bytes);
-    for (std::size_t i = before; i < text.size(); ++i) {
-        // The second half of a pair is no escape.
-        if (isHighSurrogate(text[i])) {
-            ++i;
-        } else if (isEscapedByte(text[i])) {
-            text[i] = kWideOfByte[static_cast<std::size_t>(text[i]) & 0xFF];
-        }
-    }
-}
-
-// True where half a pair is written as if it were a character. Taken as one, it would
-// join what stands behind it where wide characters have 16 bits.
+// True where half a pair is written as if it were a character.
 bool isHalfPair(std::string_view bytes, std::size_t at) noexcept {
     return bytes[at] == '\xED' && at + 1 < bytes.size() && (bytes[at + 1] & 0xE0) == 0xA0;
 }
 
-std::wstring decodeWhole(std::string_view bytes) {
-    const bool ascii =
-        std::none_of(bytes.begin(), bytes.end(), [](char c) { return (c & 0x80) != 0; });
-    if (ascii) return {bytes.begin(), bytes.end()};
-    std::wstring text;
-    std::size_t start = 0;
+bool isUtf8(std::string_view bytes, std::wstring_view text) noexcept {
     for (std::size_t at = 0; at < bytes.size(); ++at) {
-        if (!isHalfPair(bytes, at)) continue;
-        appendDecoded(text, bytes.substr(start, at - start));
-        text += kWideOfByte[0xED];
-        start = at + 1;
+        if (isHalfPair(bytes, at)) return false;
     }
-    appendDecoded(text, bytes.substr(start));
-    return text;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        // The second half of a pair is no byte that is none.
+        if (isHighSurrogate(text[i])) {
+            ++i;
+        } else if (text[i] >= 0xDC80 && text[i] <= 0xDCFF) {
+            return false;
+        }
+    }
+    return true;
+}
+
+std::wstring decoded(std::string_view bytes) {
+    std::wstring text = fromUtf8(bytes);
+    return isUtf8(bytes, text) ? text : consoleText(bytes);
 }
 
 class ProcessLauncher final : public Launcher {
@@ -139,19 +128,30 @@ std::unique_ptr<Launcher> makeLauncher() {
 }
 
 std::wstring OutputDecoder::decode(std::string_view bytes) {
-    std::string joined;
-    if (!waiting_.empty()) {
-        joined = std::exchange(waiting_, {}).append(bytes);
-        bytes = joined;
+    constexpr std::size_t kMostWaiting = 4096;
+    const std::string joined = std::exchange(waiting_, {}).append(bytes);
+    std::string_view left = joined;
+    std::wstring text;
+    for (;;) {
+        const auto plain =
+            static_cast<std::size_t>(std::ranges::find_if_not(left, isAscii) - left.begin());
+        text.append(left.begin(), left.begin() + static_cast<std::ptrdiff_t>(plain));
+        left.remove_prefix(plain);
+        std::size_t end = left.find_first_of("\r\n");
+        if (end == left.npos && left.size() < kMostWaiting) break;
+        if (end > kMostWaiting) {
+            const std::string_view most = left.substr(0, kMostWaiting);
+            end = most.size() - cutCharacter(most);
+        }
+        text += decoded(left.substr(0, end));
+        left.remove_prefix(end);
     }
-    const std::size_t cut = cutCharacter(bytes);
-    std::wstring text = decodeWhole(bytes.substr(0, bytes.size() - cut));
-    waiting_ = bytes.substr(bytes.size() - cut);
+    waiting_ = left;
     return text;
 }
 
 std::wstring OutputDecoder::rest() {
-    return decodeWhole(std::exchange(waiting_, {}));
+    return decoded(std::exchange(waiting_, {}));
 }
 
 std::wstring LogLines::add(std::wstring_view text) {

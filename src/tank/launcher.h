@@ -42,8 +42,8 @@ class Launcher {
 // A launcher of the system's programs.
 std::unique_ptr<Launcher> makeLauncher();
 
-// Bytes that come in pieces as text: UTF-8 where they are, else 8-bit text. A
-// character that is cut by the end of a piece waits for the next one.
+// Bytes that come in pieces as text: lines that are UTF-8, and others as consoleText()
+// reads them. What follows the first letter beyond ASCII waits for the end of its line.
 class OutputDecoder {
   public:
     std::wstring decode(std::string_view bytes);
@@ -82,6 +82,10 @@ class Child {
     // The next bytes of its output, `most` at most; empty when there are none now.
     virtual std::string read(std::size_t most) = 0;
 };
+
+// The text of output that is no UTF-8: on Windows in the page of consoles, else in the
+// program's own.
+std::wstring consoleText(std::string_view bytes);
 
 // Starts `parts`, whose whole command line is `commandLine`. Throws RunTimeError
 // with the system's reason.

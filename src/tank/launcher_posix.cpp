@@ -141,6 +141,10 @@ class PosixChild final : public Child {
 
 }  // namespace
 
+std::wstring consoleText(std::string_view bytes) {
+    return widen(bytes);
+}
+
 std::unique_ptr<Child> startChild(const CommandParts& parts, std::wstring_view) {
     return std::make_unique<PosixChild>(parts);
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "services/codepage_win32.h"
 #include "services/errors.h"
 #include "services/filesystem.h"
 #include "services/process_win32.h"
@@ -95,6 +96,10 @@ class WindowsChild final : public Child {
 };
 
 }  // namespace
+
+std::wstring consoleText(std::string_view bytes) {
+    return textInPage(::GetOEMCP(), bytes);
+}
 
 std::unique_ptr<Child> startChild(const CommandParts& parts, std::wstring_view commandLine) {
     return std::make_unique<WindowsChild>(parts, commandLine);

@@ -68,6 +68,9 @@ bool isFullPath(std::wstring_view path) noexcept;
 // is none.
 std::string libraryText(std::wstring_view path);
 
+// The text of a name that the library tells.
+std::wstring nameText(std::string_view name);
+
 // A loaded library. Throws RunTimeError, with the system's reason, when `path`
 // (a full one) cannot be loaded.
 class Library {

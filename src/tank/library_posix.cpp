@@ -32,6 +32,10 @@ std::string libraryText(std::wstring_view path) {
     return toUtf8(path);
 }
 
+std::wstring nameText(std::string_view name) {
+    return widen(name);
+}
+
 Library::Library(const std::wstring& path)
     : handle_(::dlopen(toUtf8(path).c_str(), RTLD_NOW | RTLD_LOCAL)) {
     if (handle_ != nullptr) return;

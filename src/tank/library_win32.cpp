@@ -1,5 +1,6 @@
 #include <windows.h>
 
+#include "services/codepage_win32.h"
 #include "services/errors.h"
 #include "services/filesystem.h"
 #include "tank/library.h"
@@ -71,6 +72,10 @@ bool isFullPath(std::wstring_view path) noexcept {
     if (path.size() < 3) return false;
     const bool onServer = filesystem::isSeparator(path[0]) && filesystem::isSeparator(path[1]);
     return onServer || (path[1] == L':' && filesystem::isSeparator(path[2]));
+}
+
+std::wstring nameText(std::string_view name) {
+    return textInPage(CP_ACP, name);
 }
 
 std::string libraryText(std::wstring_view path) {

@@ -26,7 +26,7 @@ auto withLibrary(Handle handle, std::wstring_view routine, Call call) {
 
 std::wstring textOf(const char* bytes) {
     if (bytes == nullptr) return {};
-    std::wstring text = widen(bytes);
+    std::wstring text = dynamic::nameText(bytes);
     return trim(text).empty() ? std::wstring() : text;
 }
 
@@ -40,7 +40,7 @@ std::wstring dataText(const char* data, std::int32_t count) {
     if (bytes.find_first_not_of(' ') == bytes.npos) return {};
     std::wstring text;
     text.reserve(size);
-    appendWide(text, bytes);
+    text += widen(bytes);
     text += L'\0';
     text.resize(size, L' ');
     return text;

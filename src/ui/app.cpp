@@ -3,6 +3,7 @@
 #include <wx/log.h>
 #include <wx/uilocale.h>
 
+#include "services/codepage.h"
 #include "services/commandfile.h"
 #include "services/errors.h"
 #include "services/files.h"
@@ -14,25 +15,14 @@
 #include "ui/frmMain/frmMain.h"
 
 namespace kestrel {
-namespace {
-
-// The file of the command line as an absolute path, before anything can change
-// the current folder; empty when there is none.
-std::wstring commandFile(const wxArrayString& arguments) {
-    std::vector<std::wstring> words;
-    for (std::size_t i = 1; i < arguments.size(); ++i) words.push_back(fromWx(arguments[i]));
-    const std::optional<std::wstring> file = gvarCommandFile(words);
-    return file ? filesystem::absolutePath(*file) : std::wstring();
-}
-
-}  // namespace
-
 bool App::OnInit() {
     started() = true;
     wxLog::EnableLogging(true);
     settleProcess();
-    // The program has no options, so the toolkit reads none of its own.
-    const std::wstring file = commandFile(argv.GetArguments());
+    // Made absolute before anything can change the current folder.
+    const std::optional<std::wstring> named = commandFile();
+    const std::wstring file = named ? filesystem::absolutePath(plainPath(*named)) : std::wstring();
+    const std::wstring noSuchPage = settleCodePage();
     SetAppName("kestrel");
     SetAppDisplayName(toWx(gProgram().version.title));
     SetClassName("kestrel");
@@ -51,6 +41,7 @@ bool App::OnInit() {
                   [main] {
                       if (main) main->Close(true);
                   }});
+    if (!noSuchPage.empty()) tellUser(noSuchPage, Icon::exclamation);
     window->start(file);
     return true;
 }

@@ -2,6 +2,9 @@
 
 #include <wx/app.h>
 
+#include <optional>
+#include <string>
+
 #include "ui/common/host_wx.h"
 
 namespace kestrel {
@@ -10,6 +13,9 @@ class App final : public wxApp {
   public:
     // True once there was a display to show windows on.
     static bool hasStarted() noexcept { return started(); }
+
+    // The file of the command line; nothing when it names none. Each system's main has it.
+    static std::optional<std::wstring> commandFile();
 
     bool OnInit() override;
     int OnExit() override;

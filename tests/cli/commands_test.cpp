@@ -1,6 +1,7 @@
 // The commands, from their words to exit code, output and messages.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -76,14 +77,46 @@ void expectAll(const Cases& cases) {
 }
 
 TEST(Commands, Usage) {
-    expectAll({{{}, {2, "", "kestrel-cli: name a command" + kUsage}},
-               {{L"lst", L"f"}, {2, "", "kestrel-cli: there is no command \"lst\"" + kUsage}},
-               {{L"show", L"f"}, {2, "", "kestrel-cli: write \"show FILE NAME\"" + kUsage}},
-               {{L"list", L"f", L"g"}, {2, "", "kestrel-cli: write \"list FILE\"" + kUsage}},
-               {{L"check"}, {2, "", "kestrel-cli: write \"check FILE...\"" + kUsage}},
-               {{L"list", L"f", L"--in", L"g"},
-                {2, "", "kestrel-cli: \"list\" has no option \"--in\"" + kUsage}},
-               {{L"--version"}, {0, "kestrel-cli 1.0.0\n", ""}}});
+    expectAll(
+        {{{}, {2, "", "kestrel-cli: name a command" + kUsage}},
+         {{L"lst", L"f"}, {2, "", "kestrel-cli: there is no command \"lst\"" + kUsage}},
+         {{L"show", L"f"}, {2, "", "kestrel-cli: write \"show FILE NAME\"" + kUsage}},
+         {{L"list", L"f", L"g"}, {2, "", "kestrel-cli: write \"list FILE\"" + kUsage}},
+         {{L"check"}, {2, "", "kestrel-cli: write \"check FILE...\"" + kUsage}},
+         {{L"list", L"f", L"--in", L"g"},
+          {2, "", "kestrel-cli: \"list\" has no option \"--in\"" + kUsage}},
+         {{L"list", L"f", L"--codepage", L"932"},
+          {2, "",
+           "kestrel-cli: There is no code page \"932\"; there are 874, 1250, 1251, 1252, 1253, "
+           "1254, 1255, 1256, 1257, 1258" +
+               kUsage}},
+         {{L"--version"}, {0, "kestrel-cli 1.0.0\n", ""}}});
+}
+
+void setPage(const char* number) {
+#ifdef _WIN32
+    ::_putenv_s("KESTREL_CODEPAGE", number);
+#else
+    ::setenv("KESTREL_CODEPAGE", number, 1);
+#endif
+}
+
+TEST(Commands, CodePages) {
+    const test::TempFolder folder;
+    const std::wstring file =
+        folder.put(L"a.gas", "[t:template,n:a]\r\n{\r\n\tdoc = \"\xC4\xE0\";\r\n}\r\n");
+    const auto listed = [&file](Words more) {
+        more.insert(more.begin(), {L"list", file});
+        return outcome(std::move(more)).out;
+    };
+    EXPECT_EQ(listed({}), "\u00C4\u00E0\tTemplate\n");
+    EXPECT_EQ(listed({L"--codepage", L"1251"}), "\u0414\u0430\tTemplate\n");
+    setPage("1253");
+    EXPECT_EQ(listed({}), "\u0394\u03B0\tTemplate\n");
+    EXPECT_EQ(listed({L"--codepage=1250"}), "\u00C4\u0155\tTemplate\n");
+    setPage("x");
+    EXPECT_EQ(listed({}), "");
+    setPage("");
 }
 
 TEST(Commands, ListAndShow) {

@@ -161,11 +161,12 @@ TEST_F(Saving, TextThatHasNoByteIsRefusedAndTheFileStays) {
     EXPECT_EQ(folder.names(), Lines{"open.gas"});
     EXPECT_EQ(std::filesystem::last_write_time(folder.native()), untouched);
     EXPECT_EQ(host.logged("reload"), Lines{});
-    EXPECT_EQ(host.log.back(),
-              "ask: Error (5): Cannot write '" + test::shown(openPath) +
-                  "': The character '\u0416' (U+0416) in line 2 cannot be stored in 8-bit text. "
-                  "Replace it, or save the text as a text file in 'saveViewedText' | Kestrel | "
-                  "exclamation | ok");
+    EXPECT_EQ(
+        host.log.back(),
+        "ask: Error (5): Cannot write '" + test::shown(openPath) +
+            "': The character '\u0416' (U+0416) in line 2 cannot be stored in code page 1252. "
+            "Replace it, or save the text as a text file in 'saveViewedText' | Kestrel | "
+            "exclamation | ok");
     // Which may hold it.
     save(true, folder.path(L"new.txt"));
     EXPECT_EQ(folder.bytes(L"new.txt"), "\xEF\xBB\xBFone\r\ntwo \xD0\x96");

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <chrono>
+#include <cstdlib>
 
 #include "services/bytes.h"
 #include "services/filesystem.h"
@@ -112,6 +113,51 @@ TEST_F(PosixFiles, PartsOfPaths) {
     EXPECT_EQ(folderOf(L"a\\b.gas"), L"");
     EXPECT_EQ(fileName(L"a\\b.gas"), L"a\\b.gas");
     EXPECT_EQ(joinPath(L"/a", L"b"), L"/a/b");
+}
+
+TEST_F(PosixFiles, AbsolutePaths) {
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::create_directories(folder.native(L"a/b"));
+    std::filesystem::create_directory_symlink("a/b", folder.native(L"link"));
+    folder.put(L"a/beside.gas", "");
+    folder.put(L"here.gas", "");
+    std::filesystem::current_path(folder.native(L"a"));
+    const struct {
+        std::wstring path;
+        std::wstring absolute;
+    } cases[] = {
+        {L"beside.gas", folder.path(L"a/beside.gas")},
+        {L"./b/..//./beside.gas", folder.path(L"a/beside.gas")},
+        {folder.path(L"a/../here.gas"), folder.path(L"here.gas")},
+        {folder.path(L"none/../none.gas"), folder.path(L"none.gas")},
+        // Behind a link ".." is not the folder that the link stands in.
+        {folder.path(L"link/../beside.gas"), folder.path(L"a/beside.gas")},
+        {folder.path(L"link/none.gas"), folder.path(L"link/none.gas")},
+    };
+    for (const auto& c : cases) EXPECT_EQ(filesystem::absolutePath(c.path), c.absolute);
+    std::filesystem::current_path(before);
+}
+
+TEST_F(PosixFiles, CodePageOfTheLanguage) {
+    const struct {
+        const char* locale;
+        unsigned page;
+    } cases[] = {{"C", 1252},           {"de_DE.UTF-8", 1252},
+                 {"pl_PL.UTF-8", 1250}, {"ru_RU", 1251},
+                 {"sr_RS", 1251},       {"sr_RS@latin", 1250},
+                 {"el", 1253},          {"tr_TR@x", 1254},
+                 {"he_IL.UTF-8", 1255}, {"ar_EG", 1256},
+                 {"lt_LT", 1257},       {"vi_VN", 1258},
+                 {"th_TH", 874},        {"ja_JP.UTF-8", 1252},
+                 {"zh_CN", 1252},       {"uz_UZ@cyrillic", 1251}};
+    const char* before = std::getenv("LC_ALL");
+    const std::string kept = before == nullptr ? "" : before;
+    for (const auto& c : cases) {
+        ::setenv("LC_ALL", c.locale, 1);
+        EXPECT_EQ(CodePage::ofSystem().number(), c.page) << c.locale;
+    }
+    ::unsetenv("LC_ALL");
+    ::setenv("LC_ALL", kept.c_str(), 1);
 }
 
 TEST_F(PosixFiles, UserFolderFollowsTheEnvironment) {

@@ -29,16 +29,21 @@ TEST(Text, Split) {
     EXPECT_EQ(pieces(L"aaa", L"aa"), (Pieces{L"", L"a"}));
 }
 
-TEST(Text, CaseOfEveryLetterOfTheCodePage) {
-    const std::wstring_view upper = L"AZ\u00C0\u00DE\u0160\u0152\u017D\u0178";
-    const std::wstring_view lower = L"az\u00E0\u00FE\u0161\u0153\u017E\u00FF";
+TEST(Text, CaseOfLetters) {
+    const std::wstring_view upper =
+        L"AZ\u00C0\u00DE\u0160\u0152\u017D\u0178\u0141\u0424\u042F\u0401\u0391\u03A9\u0540";
+    const std::wstring_view lower =
+        L"az\u00E0\u00FE\u0161\u0153\u017E\u00FF\u0142\u0444\u044F\u0451\u03B1\u03C9\u0570";
     EXPECT_EQ(lowerCase(upper), lower);
     EXPECT_EQ(lowerCase(lower), lower);
-    const std::wstring_view others = L"@[`{\u00D7\u00F7\u00DF\u20AC\u0416";
+    for (std::size_t i = 0; i < upper.size(); ++i) {
+        EXPECT_EQ(otherCase(upper[i]), lower[i]);
+        EXPECT_EQ(otherCase(lower[i]), upper[i]);
+    }
+    // The two cases of the last ones differ in their length.
+    const std::wstring_view others = L"@[`{\u00D7\u00F7\u00DF\u20AC\u00B5\u0130\u0131\u023A\u212A";
     EXPECT_EQ(lowerCase(others), others);
-    int letters = 0;
-    for (wchar_t c : kWideOfByte) letters += foldCase(c) != c ? 1 : 0;
-    EXPECT_EQ(letters, 26 + 30 + 4);
+    for (const wchar_t c : others) EXPECT_EQ(otherCase(c), c);
 }
 
 TEST(Text, CompareWithoutCase) {

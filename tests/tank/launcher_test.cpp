@@ -1,3 +1,4 @@
+#include "services/bytes.h"
 #include "support/system.h"
 #include "tank/launching.h"
 
@@ -32,7 +33,7 @@ TEST_F(LauncherTest, HandsOutBothStreamsAndTheExitCode) {
 TEST_F(LauncherTest, ReadsAnyBytesAsText) {
     play(L"dribble");
     const std::wstring expected =
-        std::wstring(L"\u00E9\u20AC\U0001F600|\u00E9t\u00E9|\u20AC\u00FF\u00C3(|a") + L'\0' +
+        widen("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80|\xE9t\xE9|\x80\xFF\xC3(|a") + L'\0' +
         L"b|\r\n\n\rend\u00E2\u201A";
     EXPECT_EQ(shown(text), shown(expected));
 }
@@ -115,12 +116,14 @@ TEST(LogLines, BreaksOnlyLinesThatAreTooLong) {
 
 TEST(OutputDecoder, SameTextWhereverTheBytesAreCut) {
     const std::string_view bytes =
-        "a\xC3\xA9|\xE2\x82\xAC|\xF0\x9F\x98\x80|\xE9|\xE2\x82|\xF0\x9F\x98|\xED\xA0\x80|\xC0\x80|"
-        "\xED\xA0\x80\xE9|\xF4\x90\x80\x80|\x81\x8D|\xF5|\xE9";
+        "a\xC3\xA9|\xE2\x82\xAC|\xF0\x9F\x98\x80\n\xE9\xC3\xA9\r\n\xE2\x82|"
+        "\n\xF0\x9F\x98\r\xED\xA0\x80\n"
+        "\xC0\x80\n\xED\xA0\x80\xE9\r\n\xF4\x90\x80\x80\n\x81\x8D|\xF5|\xE9";
     OutputDecoder whole;
     std::wstring expected = whole.decode(bytes);
     expected += whole.rest();
-    EXPECT_TRUE(expected.starts_with(L"a\u00E9|\u20AC|\U0001F600|\u00E9|")) << shown(expected);
+    EXPECT_TRUE(expected.starts_with(L"a\u00E9|\u20AC|\U0001F600\n\u00E9\u00C3\u00A9\r\n"))
+        << shown(expected);
     for (std::size_t first = 0; first <= bytes.size(); ++first) {
         for (std::size_t second = first; second <= bytes.size(); ++second) {
             OutputDecoder decoder;

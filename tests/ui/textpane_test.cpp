@@ -57,7 +57,9 @@ TEST_F(TextPaneTest, GivesBackWhatWasPutIn) {
     const std::wstring lone = {L'a', static_cast<wchar_t>(0xD800), L'\0',
                                static_cast<wchar_t>(0xDC80)};
     std::wstring everyByte;
-    for (int i = 0; i < 3; ++i) everyByte.append(kWideOfByte.data(), kWideOfByte.size());
+    std::string bytes;
+    for (int i = 0; i < 3 * 256; ++i) bytes += static_cast<char>(i);
+    everyByte += widen(bytes);
     const std::wstring texts[] = {
         L"",
         L"one\r\ntwo\nthree\rfour\r\r\n\n\r",

@@ -1,5 +1,9 @@
 #include "ui/common/combo.h"
 
+#include <algorithm>
+
+#include "services/commandfile.h"
+#include "services/text.h"
 #include "ui/common/strings.h"
 
 namespace kestrel {
@@ -8,9 +12,7 @@ namespace {
 
 // Not cut: the user edits this text.
 wxString shownEntry(std::wstring_view text) {
-    wxString shown = toWx(text);
-    const bool drawable = text.find(L'\0') == text.npos && !(shown.utf8_str().length() == 0);
-    return drawable || text.empty() ? shown : shownLine(text);
+    return std::ranges::all_of(text, isDrawable) ? toWx(text) : shownLine(text);
 }
 
 }  // namespace
@@ -50,6 +52,13 @@ void HistoryCombo::setText(std::wstring_view text) {
     text_ = text;
     shown_ = shownEntry(text);
     ChangeValue(shown_);
+    SetInsertionPointEnd();
+}
+
+std::wstring HistoryCombo::takePath() {
+    const std::wstring path = plainPath(text());
+    if (path != text()) setText(path);
+    return path;
 }
 
 void HistoryCombo::insert(std::size_t index, std::wstring_view text) {

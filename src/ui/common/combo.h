@@ -22,7 +22,9 @@ class HistoryCombo final : public wxComboBox, public TextList {
 
     std::wstring text() const;
     bool isBlank() const { return GetValue().find_first_not_of(' ') == wxString::npos; }
-    // Sets the text without calling onChange.
+    // Puts what the text stands for as a path in its place, and returns it.
+    std::wstring takePath();
+    // Sets the text without calling onChange. Of a long one the end shows.
     void setText(std::wstring_view text);
 
     std::size_t count() const override { return items_.size(); }

@@ -2,6 +2,8 @@
 
 #include <string>
 
+class wxDirDialog;
+class wxFileDialog;
 class wxWindow;
 
 // What the desktop does for us, where the toolkit has no call for it.
@@ -14,6 +16,13 @@ bool showDesktopProperties(const std::wstring& path);
 // Opens `path` in the desktop's text editor. Throws RunTimeError when it has
 // none, or the editor cannot be started.
 void openTextEditor(const std::wstring& path);
+
+// What stands chosen in the system's dialog for it when it opens, and when it has ended:
+// names that are no text keep their bytes.
+void startIn(wxFileDialog& dialog, const std::wstring& folder);
+void startIn(wxDirDialog& dialog, const std::wstring& folder);
+std::wstring chosenPath(const wxFileDialog& dialog);
+std::wstring chosenPath(const wxDirDialog& dialog);
 
 // Cancels the system's own dialog for a file or folder that is in front; false when
 // there is none.

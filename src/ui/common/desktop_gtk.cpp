@@ -1,8 +1,14 @@
 #include <gtk/gtk.h>
-#include <wx/datetime.h>
-#include <wx/uilocale.h>
+#include <unicode/ucal.h>
+#include <unicode/udat.h>
+#include <unicode/ustring.h>
+#include <wx/dirdlg.h>
+#include <wx/filedlg.h>
 #include <wx/window.h>
 
+#include <algorithm>
+#include <array>
+#include <clocale>
 #include <cmath>
 #include <memory>
 
@@ -94,16 +100,60 @@ int dotsPerInch(const wxWindow& window) {
     return dots > 0 ? static_cast<int>(std::lround(dots)) : 96;
 }
 
+namespace {
+
+std::wstring pathIn(GtkWidget* chooser) {
+    const std::unique_ptr<char, Free> path(
+        gtk_file_chooser_get_filename(GTK_FILE_CHOOSER(chooser)));
+    return path ? fromUtf8(path.get()) : std::wstring();
+}
+
+void goTo(GtkWidget* chooser, const std::wstring& folder) {
+    gtk_file_chooser_set_current_folder(GTK_FILE_CHOOSER(chooser), toUtf8(folder).c_str());
+}
+
+// Now, in a format of the user's language; the one of a system without a language is for
+// logs, and stands for American English.
+std::wstring formatted(UDateFormatStyle time, UDateFormatStyle date) {
+    const std::string_view name = std::setlocale(LC_TIME, nullptr);
+    const bool plain = name == "C" || name == "POSIX" || name.starts_with("C.");
+    UErrorCode code = U_ZERO_ERROR;
+    const std::unique_ptr<UDateFormat, decltype(&udat_close)> format(
+        udat_open(time, date, plain ? "en_US" : std::string(name).c_str(), nullptr, -1, nullptr, -1,
+                  &code),
+        udat_close);
+    std::array<UChar, 256> text{};
+    udat_format(format.get(), ucal_getNow(), text.data(),
+                static_cast<std::int32_t>(text.size() - 1), nullptr, &code);
+    // No 8-bit code page has narrow blanks.
+    std::ranges::replace(text, u'\u202F', u' ');
+    std::array<char, 4 * 256> bytes{};
+    u_strToUTF8(bytes.data(), static_cast<std::int32_t>(bytes.size()), nullptr, text.data(), -1,
+                &code);
+    return U_FAILURE(code) ? std::wstring() : fromUtf8(bytes.data());
+}
+
+}  // namespace
+
+void startIn(wxFileDialog& dialog, const std::wstring& folder) {
+    goTo(dialog.m_widget, folder);
+}
+void startIn(wxDirDialog& dialog, const std::wstring& folder) {
+    goTo(dialog.m_widget, folder);
+}
+std::wstring chosenPath(const wxFileDialog& dialog) {
+    return pathIn(dialog.m_widget);
+}
+std::wstring chosenPath(const wxDirDialog& dialog) {
+    return pathIn(dialog.m_widget);
+}
+
 std::wstring longTimeText() {
-    return fromWx(wxDateTime::Now().Format(wxS("%X")));
+    return formatted(UDAT_MEDIUM, UDAT_NONE);
 }
 
 std::wstring longDateText() {
-    const wxDateTime now = wxDateTime::Now();
-    const wxString name = wxUILocale::GetCurrent().GetName();
-    // The format that a system without a language of its own has is for logs.
-    const bool plain = name.empty() || name == "C" || name.StartsWith("C.") || name == "POSIX";
-    return fromWx(now.Format(plain ? wxS("%A, %B %d, %Y") : wxS("%A, %d %B %Y")));
+    return formatted(UDAT_NONE, UDAT_FULL);
 }
 
 }  // namespace kestrel

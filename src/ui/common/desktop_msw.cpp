@@ -1,12 +1,15 @@
 #include <windows.h>
 
 #include <shellapi.h>
+#include <wx/dirdlg.h>
+#include <wx/filedlg.h>
 #include <wx/window.h>
 
 #include <iterator>
 
 #include "services/errors.h"
 #include "ui/common/desktop.h"
+#include "ui/common/strings.h"
 
 namespace kestrel {
 
@@ -43,6 +46,19 @@ void awaitPlace(const wxWindow&) {}  // it is there as soon as it is shown
 
 int dotsPerInch(const wxWindow& window) {
     return window.GetDPI().y;
+}
+
+void startIn(wxFileDialog& dialog, const std::wstring& folder) {
+    dialog.SetDirectory(toWx(folder));
+}
+void startIn(wxDirDialog& dialog, const std::wstring& folder) {
+    dialog.SetPath(toWx(folder));
+}
+std::wstring chosenPath(const wxFileDialog& dialog) {
+    return fromWx(dialog.GetPath());
+}
+std::wstring chosenPath(const wxDirDialog& dialog) {
+    return fromWx(dialog.GetPath());
 }
 
 std::wstring longTimeText() {

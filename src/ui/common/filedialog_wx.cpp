@@ -5,6 +5,7 @@
 #include "services/files.h"
 #include "services/filesystem.h"
 #include "services/text.h"
+#include "ui/common/desktop.h"
 #include "ui/common/host_wx.h"
 #include "ui/common/strings.h"
 
@@ -81,11 +82,16 @@ bool FileDialogWx::show(const FileQuestion& question) {
         !filesystem::isFolder(question.start) && filesystem::isFolder(folderOf(question.start));
     const std::wstring_view folder = startsAtFile ? folderOf(question.start) : question.start;
     const std::wstring_view name = startsAtFile ? fileName(question.start) : std::wstring_view();
-    wxFileDialog dialog(wxGetActiveWindow(), toWx(question.title), toWx(folder), toWx(name),
+    wxFileDialog dialog(wxGetActiveWindow(), toWx(question.title), "", shownLine(name),
                         toWx(toolkitFilter(question.filter)), style);
+    startIn(dialog, std::wstring(folder));
     dialog.SetFilterIndex(firstFilter(question));
     if (dialog.ShowModal() != wxID_OK) return false;
-    path_ = fromWx(dialog.GetPath());
+    path_ = chosenPath(dialog);
+    // A name that cannot be shown stands for itself.
+    if (!name.empty() && toWx(fileName(path_)) == shownLine(name)) {
+        path_ = joinPath(folderOf(path_), name);
+    }
     const bool bare = fileName(path_).find(L'.') == std::wstring_view::npos;
     if (question.save && bare) {
         path_ += extensionOf(patternAt(question.filter, dialog.GetFilterIndex()));

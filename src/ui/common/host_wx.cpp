@@ -28,8 +28,7 @@ namespace {
 // With its long lines broken: a prompt does not break them, but at CR and at LF.
 wxString shownPrompt(std::wstring_view text) {
     constexpr std::size_t kLongest = 60;  // characters
-    wxString shown = toWx(text);
-    shown.Replace("\r\n", "\n");
+    wxString shown = shownLines(text);
     std::size_t start = 0;
     for (std::size_t blank = shown.find(' '); blank != wxString::npos;) {
         const std::size_t next = shown.find(' ', blank + 1);
@@ -75,10 +74,10 @@ std::optional<std::wstring> MessagesWx::prompt(std::wstring_view text, std::wstr
 std::optional<std::wstring> FolderPickerWx::chooseFolder(std::wstring_view title, Owner*,
                                                          std::wstring_view start) {
     const bool there = filesystem::isFolder(start);
-    wxDirDialog dialog(frontWindow(), toWx(title), toWx(there ? start : gProgram().lastFolder),
-                       wxDD_DEFAULT_STYLE | wxDD_DIR_MUST_EXIST);
+    wxDirDialog dialog(frontWindow(), toWx(title), "", wxDD_DEFAULT_STYLE | wxDD_DIR_MUST_EXIST);
+    startIn(dialog, there ? std::wstring(start) : gProgram().lastFolder);
     if (dialog.ShowModal() != wxID_OK) return std::nullopt;
-    gProgram().lastFolder = fromWx(dialog.GetPath());
+    gProgram().lastFolder = chosenPath(dialog);
     return gProgram().lastFolder;
 }
 

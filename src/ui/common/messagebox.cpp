@@ -57,13 +57,6 @@ Answer answerOf(int id) {
     }
 }
 
-// The toolkit breaks a line at CR and at LF.
-wxString shownMessage(std::wstring_view text) {
-    wxString shown = toWx(text);
-    shown.Replace("\r\n", "\n");
-    return shown;
-}
-
 class MessageBox final : public wxDialog {
   public:
     MessageBox(wxWindow* parent, std::wstring_view text, std::wstring_view title, Icon icon,
@@ -72,7 +65,7 @@ class MessageBox final : public wxDialog {
                    wxDEFAULT_DIALOG_STYLE, "messageBox") {
         const int margin = scaled(*this, kMargin);
         auto* words = new wxStaticText(this, wxID_ANY, "");
-        words->SetLabelText(shownMessage(text));
+        words->SetLabelText(shownLines(text));
         words->Wrap(scaled(*this, kTextWidth));
         auto* row = new wxBoxSizer(wxHORIZONTAL);
         if (icon != Icon::none) {

@@ -1,11 +1,24 @@
 #include "ui/common/strings.h"
 
+#include <algorithm>
+
 #include "gas/browse.h"
+#include "services/text.h"
 
 namespace kestrel {
 
 wxString shownLine(std::wstring_view text) {
     return toWx(lineText(text));
+}
+
+wxString shownLines(std::wstring_view text) {
+    std::wstring shown(text);
+    std::ranges::replace_if(
+        shown, [](wchar_t c) { return !isDrawable(c) && c != L'\r' && c != L'\n' && c != L'\t'; },
+        L'\xFFFD');
+    wxString lines = toWx(shown);
+    lines.Replace("\r\n", "\n");
+    return lines;
 }
 
 }  // namespace kestrel

@@ -19,4 +19,7 @@ inline std::wstring fromWx(const wxString& text) {
 // `text` as the toolkit can draw it in one line; not for reading back.
 wxString shownLine(std::wstring_view text);
 
+// As shownLine(), in all its lines; the toolkit breaks a line at CR and at LF.
+wxString shownLines(std::wstring_view text);
+
 }  // namespace kestrel

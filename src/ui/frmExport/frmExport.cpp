@@ -127,8 +127,8 @@ void frmExport::modeChanged() {
 }
 
 void frmExport::convert() {
-    std::wstring source = cboSourceFolder->text();
-    const std::wstring target = cboTarget->text();
+    std::wstring source = cboSourceFolder->takePath();
+    const std::wstring target = cboTarget->takePath();
     if (source.empty()) return;
     if (!filesystem::isFolder(source)) {
         tellUser(L"Source Folder not found. Please enter a valid Source Folder name and try again.",

@@ -3,7 +3,9 @@
 #include <wx/utils.h>
 
 #include "gas/load.h"
+#include "services/commandfile.h"
 #include "services/errors.h"
+#include "services/filesystem.h"
 #include "services/histories.h"
 #include "services/pickers.h"
 #include "ui/common/strings.h"
@@ -40,7 +42,9 @@ bool frmMain::mSelectFile(std::wstring path) {
         path = askForFile(L"Select a Gas File", L"Gas File (*.gas)|*.gas", false, startOfPickers());
     }
     if (path.empty()) return false;
+    path = filesystem::absolutePath(plainPath(path));
     const wxBusyCursor busyCursor;
+    if (path != document_.path) gProgram().sourcePage = gProgram().codePage;
     // The lists show the records that the load is about to replace.
     lvwTemplates->clear();
     lvwProperties->clear();
@@ -53,12 +57,19 @@ bool frmMain::mSelectFile(std::wstring path) {
     document_.path = path;
     document_.stamp = stamp;
     cboHistory->setText(path);
+    stbMain->setTooltip(pnlInfo, shownLine(path));
     historyChanged();
     lvwTemplates->fill(document_.templates.size());
     lvwTemplates->selectRow(0);
     templateSelected();
     gAddHistoryItem(*cboHistory, path);
     lvwTemplates->window().SetFocus();
+    return true;
+}
+
+bool frmMain::useEncoding(unsigned number) {
+    gProgram().sourcePage = CodePage::find(number);
+    reloadOpenFile();
     return true;
 }
 

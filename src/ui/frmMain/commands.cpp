@@ -117,6 +117,16 @@ std::vector<Command> otherCommands() {
         inMenu("FilterBlock", selection, &W::filterByBlock),
         inMenu("Refresh", file, &W::refresh),
         inMenu("TreeFilter", nothing, &W::toggleFilter),
+        inMenu("1250", page, &W::useEncoding<1250>),
+        inMenu("1251", page, &W::useEncoding<1251>),
+        inMenu("1252", page, &W::useEncoding<1252>),
+        inMenu("1253", page, &W::useEncoding<1253>),
+        inMenu("1254", page, &W::useEncoding<1254>),
+        inMenu("1255", page, &W::useEncoding<1255>),
+        inMenu("1256", page, &W::useEncoding<1256>),
+        inMenu("1257", page, &W::useEncoding<1257>),
+        inMenu("1258", page, &W::useEncoding<1258>),
+        inMenu("874", page, &W::useEncoding<874>),
         inMenu("NextPane", nothing, &W::nextPane),
         inMenu("PreviousPane", nothing, &W::previousPane),
         inMenu("RememberWindow", nothing, &W::toggleRemembering),
@@ -125,7 +135,7 @@ std::vector<Command> otherCommands() {
     };
 }
 
-constexpr CommandMenuItem kSeparator{"", "", Place::menu, ""};
+const CommandMenuItem kSeparator{"", "", Place::menu, ""};
 
 CommandMenu fileMenu() {
     return {"&File",
@@ -156,6 +166,19 @@ CommandMenu editMenu() {
              {"", "Find A&gain", Place::toolbar, "Find"}}};
 }
 
+std::vector<CommandMenuItem> encodings() {
+    return {{"", "&Central European (1250)", Place::menu, "1250", true},
+            {"", "C&yrillic (1251)", Place::menu, "1251", true},
+            {"", "&Western European (1252)", Place::menu, "1252", true},
+            {"", "&Greek (1253)", Place::menu, "1253", true},
+            {"", "&Turkish (1254)", Place::menu, "1254", true},
+            {"", "&Hebrew (1255)", Place::menu, "1255", true},
+            {"", "&Arabic (1256)", Place::menu, "1256", true},
+            {"", "&Baltic (1257)", Place::menu, "1257", true},
+            {"", "&Vietnamese (1258)", Place::menu, "1258", true},
+            {"", "T&hai (874)", Place::menu, "874", true}};
+}
+
 CommandMenu viewMenu() {
     return {"&View",
             {{"", "&Source", Place::button, "Source"},
@@ -167,6 +190,8 @@ CommandMenu viewMenu() {
              kSeparator,
              {"", "Use &Tree as Filter", Place::menu, "TreeFilter", true},
              {"", "&Follow", Place::menu, "Follow"},
+             kSeparator,
+             {"", "Te&xt Encoding", Place::menu, "", false, encodings()},
              kSeparator,
              {"", "&Next Pane", Place::menu, "NextPane"},
              {"", "Pre&vious Pane", Place::menu, "PreviousPane"},

@@ -15,7 +15,7 @@ struct Command {
     // When an entry of a drop-down becomes the one that its button repeats.
     enum class Repeat { never, whenChosen, whenDone };
     // What must be there for the command to do anything.
-    enum class Needs { nothing, path, file, templates, selection, property };
+    enum class Needs { nothing, path, file, page, templates, selection, property };
 
     Place place = Place::menu;
     std::string_view key = {};
@@ -40,13 +40,14 @@ struct CommandKey {
     std::string_view command;
 };
 
-// An entry of a menu: a command, or a separator where it has no caption.
+// An entry of a menu: a command, a menu of its own, or a separator where it has no caption.
 struct CommandMenuItem {
     std::string_view name;
     const char* caption;
     Command::Place place;
     std::string_view command;
     bool checked = false;  // it is ticked while what it stands for is on
+    std::vector<CommandMenuItem> items = {};
 };
 
 struct CommandMenu {

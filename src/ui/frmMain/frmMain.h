@@ -35,6 +35,9 @@ struct Document {
     std::vector<GasTemplate> templates;
     std::wstring path;               // the file opened last with success
     std::optional<FileStamp> stamp;  // what that was when it was loaded
+
+    // What its bytes were read as.
+    const CodePage& page() const { return templates.at(0).Text.page(); }
 };
 
 // The start-up window.
@@ -102,6 +105,11 @@ class frmMain final : public wxFrame {
     template <std::size_t kIndex>
     bool runTool() {
         return runTool(kIndex);
+    }
+    // Reads the open file, until another one is opened, as of the page of this number.
+    template <unsigned kNumber>
+    bool useEncoding() {
+        return useEncoding(kNumber);
     }
     bool resetTools();
     bool help();
@@ -212,6 +220,7 @@ class frmMain final : public wxFrame {
     // The open file for the windows that show its texts.
     OpenFile openFileHooks();
     bool runTool(std::size_t index);
+    bool useEncoding(unsigned number);
     std::wstring startOfPickers() const;
     enum class SearchKind { none, properties, templates };
     bool find(SearchKind kind);

@@ -3,12 +3,14 @@
 #include <wx/log.h>
 #include <wx/panel.h>
 #include <wx/sizer.h>
+#include <wx/sstream.h>
 #include <wx/wrapsizer.h>
 
 #include <algorithm>
 #include <cmath>
 
 #include "gas/browse.h"
+#include "services/errors.h"
 #include "services/files.h"
 #include "ui/common/accessible.h"
 #include "ui/common/strings.h"
@@ -228,8 +230,10 @@ wxString frmMain::layoutText() const {
 }
 
 void frmMain::loadLayout() {
-    const wxLogNull quiet;  // a file that cannot be read is none
-    wxFileConfig file("", "", toWx(programFile(kLayoutFile)), "", wxCONFIG_USE_LOCAL_FILE);
+    const wxLogNull quiet;  // what cannot be read is nothing
+    const Silence silence;
+    wxStringInputStream text(toWx(gstrReadFile(programFile(kLayoutFile))));
+    wxFileConfig file(text);
     const auto readShare = [&](const char* key, wxSplitterWindow* panes) {
         const double share = file.ReadDouble(key, shares_[panes]);
         if (share > 0 && share < 1) shares_[panes] = share;

@@ -43,6 +43,10 @@ wxMenu* frmMain::makeMenu(const std::vector<CommandMenuItem>& items) {
             continue;
         }
         const wxString caption = toWx(menuCaption(row));
+        if (!row.items.empty()) {
+            menu->AppendSubMenu(makeMenu(row.items), caption);
+            continue;
+        }
         const wxMenuItem* item = row.checked ? menu->AppendCheckItem(wxID_ANY, caption)
                                              : menu->Append(wxID_ANY, caption);
         const Command& command = mainCommand(row.place, row.command);
@@ -57,6 +61,10 @@ void frmMain::refreshMenu(wxMenu& menu, const std::vector<CommandMenuItem>& item
     for (std::size_t i = 0; i < items.size(); ++i) {
         wxMenuItem* item = menu.FindItemByPosition(i);
         if (*items[i].caption == '\0') continue;
+        if (!items[i].items.empty()) {
+            refreshMenu(*item->GetSubMenu(), items[i].items);
+            continue;
+        }
         const Command& command = mainCommand(items[i].place, items[i].command);
         const wxString caption = toWx(menuCaption(items[i]));
         if (item->GetItemLabel() != caption) item->SetItemLabel(caption);
@@ -139,6 +147,8 @@ bool frmMain::can(const Command& command) const {
             return !cboHistory->isBlank();
         case Needs::file:
             return isOpen();
+        case Needs::page:
+            return isOpen() && !document_.page().isUtf8();
         case Needs::templates:
             return !lvwTemplates->rows().empty();
         case Needs::selection:
@@ -152,6 +162,9 @@ bool frmMain::can(const Command& command) const {
 }
 
 bool frmMain::isOn(const Command& command) const {
+    if (command.needs == Needs::page) {
+        return isOpen() && std::to_string(document_.page().number()) == command.key;
+    }
     return command.key == "TreeFilter" ? chkTree->GetValue() : remember_;
 }
 

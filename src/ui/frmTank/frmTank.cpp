@@ -108,14 +108,14 @@ void frmTank::bindCommands() {
 }
 
 void frmTank::pathsChanged() {
-    const bool given = !path().empty();
+    const bool given = !cboTankFilename->isBlank();
     for (const Command command : {kFind, kTest, kList, kProperties}) {
         cmdCommands[command]->Enable(given);
     }
 }
 
-std::wstring frmTank::path() const {
-    return std::wstring(trim(cboTankFilename->text()));
+std::wstring frmTank::path() {
+    return std::wstring(trim(cboTankFilename->takePath()));
 }
 
 void frmTank::pick() {

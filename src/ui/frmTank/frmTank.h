@@ -41,7 +41,7 @@ class frmTank final : public PathDialog {
     void pathsChanged() override;
     void entered() override { press(*cmdCommands[kList]); }
 
-    std::wstring path() const;
+    std::wstring path();
     void pick();
     void find();
     void test();

@@ -188,8 +188,8 @@ void frmZeltor::pathsChanged() {
 }
 
 void frmZeltor::create() {
-    const std::wstring source = cboSourceFolder->text();
-    const std::wstring target = cboTarget->text();
+    const std::wstring source = cboSourceFolder->takePath();
+    const std::wstring target = cboTarget->takePath();
     if (source.empty() || target.empty() || !mayBuild(source, target)) return;
     BuildRequest build = request();
     gExecZeltor(build, redLauncher);

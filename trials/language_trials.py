@@ -1,0 +1,180 @@
+"""Every language, every name: the same day's work in each, and all of it is there afterwards."""
+
+import os
+import re
+import subprocess
+import urllib.parse
+
+from dialog_trials import ARCHIVE, fill, shutil
+from desk import wait
+from save_trials import in_place
+from tools_trials import said, tool
+
+MARK = b"\xef\xbb\xbf"
+# The locale and the code page of its language, a word, a folder, a file, and how its dates look.
+ROWS = (
+    ("C", 1252, "café", os.fsdecode(b"no \xff\xfe text"), "bl ank  .gas", "[A-Z][a-z]+, [A-Z][a-z]+ [0-9]+, 20[0-9]+"),
+    ("en_US", 1252, "“smart”", "\"two\" 'quotes'", "a\nb.gas", "[A-Z][a-z]+, [A-Z][a-z]+ [0-9]+, 20[0-9]+"),
+    ("de_DE", 1252, "Größe", "Übung", "Straße.gas", "[A-Z][a-z]+, [0-9]+\\. [A-Z][a-zä]+ 20[0-9]+"),
+    ("pl_PL", 1250, "łąka", "łukasz", "źdźbło.gas", "[a-złś]+, [0-9]+ [a-zźś]+ 20[0-9]+"),
+    ("ru_RU", 1251, "Лодка", "Мои файлы", "гавань.gas", "[а-я]+, [0-9]+ [а-я]+ 20[0-9]+ г\\."),
+    ("tr_TR", 1254, "Ağ İplik ışık", "Çağrı", "İstanbul.gas", "[0-9]+ [A-ZŞa-zğıöüş]+ 20[0-9]+ [A-ZÇa-zş]+"),
+    ("el_GR", 1253, "Βάρκα", "Έγγραφα", "λιμάνι.gas", "[Α-Ω]\\w+,? [0-9]+ [Α-Ω]\\w+ 20[0-9]+"),
+    ("ar_EG", 1256, "قارب", "مستندات", "ميناء.gas", "\\w+، [0-9٠-٩]+ \\w+ [0-9٠-٩]+"),
+    ("ja_JP", 1252, "naïve", "日本語", "港" * 83 + "ab.gas", "20[0-9]+年[0-9]+月[0-9]+日.曜日"),
+)
+TEXT = ('[t:template,n:boat]\r\n{{\r\n\tdoc = "boat";\r\n\tscreen_name = "{0}";\r\n}}\r\n'
+        '\r\n[t:template,n:other]\r\n{{\r\n\tdoc = "{0}";\r\n}}\r\n')
+
+
+def locale_of(k, name):
+    """What a program's environment needs for the locale, which is made for the trial."""
+    if name == "C":
+        return {"LC_ALL": "C"}
+    subprocess.run(["localedef", "-i", name, "-f", "UTF-8", "--no-archive", k.desk.path(name + ".UTF-8")],
+                   check=True)
+    # The toolkit's own words stay English: the trial reads them.
+    return {"LOCPATH": k.desk.path(), "LC_ALL": name + ".UTF-8", "LANGUAGE": "en"}
+
+
+def address(path):
+    return "file://" + urllib.parse.quote(os.fsencode(path))
+
+
+def own_text(k, *path):
+    """A file of the program's own, or a text that it made, in bytes of UTF-8."""
+    data = k.read(*path)
+    return data[3:] if data.startswith(MARK) else data.decode(k.page).encode()
+
+
+def convert(k, folder):
+    k.menu("Edit", "Convert Multiple Files...")
+    dialog = k.window("Convert*")
+    fill(k, "Source Folder", address(folder))
+    for single in (False, True):
+        if single:
+            k.click("Single output file?")
+        k.click("Convert")
+        k.answer("File conversion complete. Files processed: 1 Files converted: 1 Output *", "OK", "Information")
+    k.keys("Escape", on=dialog)
+    k.gone(dialog)
+
+
+def list_archive(k, archive, word):
+    with open(archive, "wb") as file:
+        file.write(ARCHIVE.replace("A.GAS", word).encode(k.page))
+    k.click("Repeat Orvane")
+    dialog = k.window("Mini-Orvane")
+    fill(k, "Selected Tank Filename", address(archive))
+    k.click("Generate a list (Name or Full)")
+    k.answer("Which list do you want?*", "Yes", "Question")
+    view = k.window("Tank List: *")
+    assert word in k.find("Text", "text").text()
+    k.keys("Escape", on=view)
+    k.gone(view)
+    k.keys("Escape", on=dialog)
+    k.gone(dialog)
+
+
+def edit(k, word):
+    """Doubles the line of the word, so that it is pasted as well."""
+    k.click("Source")
+    view = k.window("Edit Source: boat")
+    text = k.find("Text", "text")
+    k.click(text.place(text.text().index("screen_name")))
+    k.keys("Home", "shift+End", "ctrl+c", "End", "ctrl+v")
+    wait(lambda: text.text().count(word) == 2, "the pasted word")
+    in_place(k, view)
+    wait(lambda: not view.name.endswith(" *"), "no mark")
+    k.keys("Escape", on=view)
+    k.gone(view)
+
+
+def work(k, locale, page, word, folder, file, date):
+    k.page = f"cp{page}"
+    env = locale_of(k, locale)
+    # The program stands in such a folder, too, and so do its settings.
+    os.rename(k.folder, k.desk.path(folder))
+    k.folder = k.desk.path(folder)
+    k.program = os.path.join(k.folder, "kestrel")
+    shutil.copy(k.stub(k.tank), k.folder)
+    mod = k.desk.path("mod", folder)
+    os.makedirs(mod)
+    path = os.path.join(mod, file)
+    with open(path, "wb") as source:
+        source.write(TEXT.format(word).encode(k.page))
+    program = tool(k, "run", os.path.join("tools", folder))
+    settings = MARK + os.fsencode(f"tool1=Run|{program}\r\n")
+    with open(os.path.join(k.folder, "settings.set"), "wb") as own:
+        own.write(settings)
+
+    k.start(path, env=env)
+    wait(lambda: k.status()[2] == "2 Templates", "the file")
+    assert word in k.find("Properties").rows()[-1], k.find("Properties").rows()
+    edit(k, word)
+    line = f'screen_name = "{word}";'
+    assert k.read(path) == TEXT.format(word).replace("\t" + line, "    " + line * 2).encode(k.page)
+    assert [one for one in os.listdir(mod) if one.endswith(".bak")]
+    convert(k, mod)
+    for name in (file.replace(".gas", ".tab"), "Converted.tab"):
+        text = own_text(k, mod, name)
+        assert word.encode() in text and os.fsencode(path) in text, text
+        assert re.search(f"\nDate:{date}\r", text.decode("utf-8", "surrogateescape")), text.decode("utf-8", "replace")
+    list_archive(k, os.path.join(mod, "a.dsres"), word)
+    k.menu("Tools", "Run")
+    assert said(program) == "<>"
+    k.quit()
+    assert own_text(k, k.folder, "settings.set") == settings[3:]
+    assert own_text(k, k.folder, "info.his") == os.fsencode(path) + b"\r\n"
+
+    k.start(env=env)
+    k.focus_is("Path of the .gas file")
+    k.keys("Down", "Return")
+    wait(lambda: k.status()[2] == "2 Templates", "the file of the history")
+    k.quit()
+    assert own_text(k, k.folder, "info.his") == os.fsencode(path) + b"\r\n"
+
+
+def trial_of(row):
+    return lambda k: work(k, *row)
+
+
+for each in ROWS:
+    globals()["try_a_day_in_" + each[0]] = trial_of(each)
+
+
+def try_another_encoding_is_chosen_for_a_file(k):
+    path, word = k.sample("party.gas"), "Лодка"
+    with open(path, "wb") as source:
+        source.write(TEXT.format(word).encode("cp1251"))
+    k.start(path)
+
+    def ticked():
+        k.menu("View", "Text Encoding")
+        found = wait(lambda: [one.name for one in k.main.all() if one.role == "check menu item"
+                              and one.name.endswith(")") and one.has("checked")], "a tick")
+        k.keys("Escape")
+        wait(lambda: k.main.has("active"), "a closed menu")
+        return found
+    assert ticked() == ["Western European (1252)"] and k.find("Properties").rows()[-1][1] != word
+    k.menu("View", "Text Encoding", "Cyrillic (1251)")
+    wait(lambda: k.find("Properties").rows()[-1][1] == word, "the word")
+    edit(k, word)
+    assert k.read(path).count(word.encode("cp1251")) == 3
+    wait(lambda: k.find("Properties").rows()[-1][1] == word, "the word once more")
+    assert ticked() == ["Cyrillic (1251)"]
+    k.click("Path of the .gas file", at=(60, 10))
+    k.keys("ctrl+a")
+    k.type(address(k.sample()) + "\n")
+    wait(lambda: k.status()[2] == "40 Templates", "the other file")
+    assert ticked() == ["Western European (1252)"]
+    k.quit()
+
+
+def try_an_unknown_code_page_is_told(k):
+    k.start(k.sample(), env={"KESTREL_CODEPAGE": "932"}, ready=False)
+    wait(lambda: k.windows(), "a box")
+    k.answer('KESTREL_CODEPAGE: There is no code page "932"; there are 874, 1250, *', "OK", "Warning")
+    k.main = k.window("Kestrel Template Browser (*")
+    wait(lambda: k.status()[2] == "40 Templates", "the file all the same")
+    k.quit()
