@@ -12,7 +12,8 @@ from desk import LIMIT, Desk, wait
 
 
 def needs(**what):
-    """Marks a trial with what it needs: desk={...} for Desk, installed=True."""
+    """Marks a trial with what it needs: desk={...} for Desk, installed=True, windows=True for one
+    that can be tried there, too, or windows="only"."""
     def mark(trial):
         trial.needs = what
         return trial

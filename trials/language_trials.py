@@ -5,6 +5,7 @@ import re
 import subprocess
 import urllib.parse
 
+from app import needs
 from dialog_trials import ARCHIVE, fill, shutil
 from desk import wait
 from save_trials import in_place
@@ -178,3 +179,22 @@ def try_an_unknown_code_page_is_told(k):
     k.main = k.window("Kestrel Template Browser (*")
     wait(lambda: k.status()[2] == "40 Templates", "the file all the same")
     k.quit()
+
+
+@needs(windows="only")
+def try_windows_of_every_code_page(k):
+    """Windows takes its code page from the locale here: 1252, 1250, 1251, 1254, 1253, 1256 and 932."""
+    for locale, page, word, folder, file, _ in ROWS[2:]:
+        k.page = f"cp{page}"
+        env = locale_of(k, locale)
+        path = k.desk.path("mod", folder, file[-20:])
+        os.makedirs(os.path.dirname(path))
+        with open(path, "wb") as source:
+            source.write(TEXT.format(word).encode(k.page))
+        for _ in range(2):
+            k.start(path, env=env)
+            wait(lambda: k.status()[2] == "2 Templates", "the file")
+            wait(lambda: word in k.find("Properties").content, word)
+            k.quit()
+            assert own_text(k, k.folder, "info.his").decode() == k.path_there(path) + "\r\n"
+        os.remove(os.path.join(k.folder, "info.his"))

@@ -100,8 +100,9 @@ def main():
         given = options.names[1:]
         steps, seed = given + ["1000", "1"][len(given):]
         every, options.names = {f"random {steps} {seed}": main}, []
-    if options.windows:
-        every = {name: body for name, body in every.items() if getattr(body, "needs", {}).get("windows")}
+    on_windows = {name: getattr(body, "needs", {}).get("windows") for name, body in every.items()}
+    every = {name: body for name, body in every.items()
+             if (on_windows[name] if options.windows else on_windows[name] != "only")}
     names = [name for name, body in every.items()
              if not options.names or name in options.names
              or body.__module__.removesuffix("_trials") in options.names]

@@ -207,7 +207,7 @@ void frmSpecialize::showSource() {
     commands_.shows(chain_.block(), L"Edit Source: " + name);
     const std::wstring_view file = chain_.block() ? std::wstring_view(chain_.block()->path) : L"";
     stbMain->setPanel(TextCommands::pnlFile, fileName(file));
-    stbMain->setTooltip(TextCommands::pnlFile, toWx(file));
+    stbMain->setTooltip(TextCommands::pnlFile, shownLine(file));
 }
 
 void frmSpecialize::TextBlock(std::wstring_view text) {
