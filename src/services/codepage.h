@@ -43,6 +43,7 @@ class CodePage {
     // True when every character of `text` has bytes.
     bool has(std::wstring_view text) const noexcept;
 
+    ~CodePage() = default;
     CodePage(const CodePage&) = delete;
     CodePage& operator=(const CodePage&) = delete;
 

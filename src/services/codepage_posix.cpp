@@ -45,9 +45,10 @@ unsigned systemCodePage() {
     const std::string language(name.substr(0, name.find_first_of("_.@")));
     const std::size_t at = name.find('@');
     const std::string script(at == name.npos ? std::string_view() : name.substr(at));
-    for (const std::string& word : {" " + language + script + " ", " " + language + " "}) {
+    for (const std::string& word : {language + script, language}) {
         const auto* found = std::ranges::find_if(kPages, [&word](const LanguagePage& one) {
-            return one.languages.find(word) != std::string_view::npos;
+            return one.languages.find(std::string(" ").append(word).append(" ")) !=
+                   std::string_view::npos;
         });
         if (found != std::end(kPages)) return found->page;
     }
@@ -56,6 +57,7 @@ unsigned systemCodePage() {
 
 void readCodePage(unsigned number, std::span<wchar_t, 128> high) {
     iconv_t converter = ::iconv_open("WCHAR_T", ("CP" + std::to_string(number)).c_str());
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the system's own sign of failure.
     if (converter == reinterpret_cast<iconv_t>(-1)) return;
     for (std::size_t i = 0; i < high.size(); ++i) {
         char byte = static_cast<char>(high.size() + i);

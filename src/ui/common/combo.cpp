@@ -56,7 +56,7 @@ void HistoryCombo::setText(std::wstring_view text) {
 }
 
 std::wstring HistoryCombo::takePath() {
-    const std::wstring path = plainPath(text());
+    std::wstring path = plainPath(text());
     if (path != text()) setText(path);
     return path;
 }

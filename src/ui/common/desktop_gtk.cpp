@@ -122,12 +122,13 @@ std::wstring formatted(UDateFormatStyle time, UDateFormatStyle date) {
         udat_open(time, date, plain ? "en_US" : std::string(name).c_str(), nullptr, -1, nullptr, -1,
                   &code),
         udat_close);
-    std::array<UChar, 256> text{};
+    constexpr std::size_t kMost = 256;
+    std::array<UChar, kMost> text{};
     udat_format(format.get(), ucal_getNow(), text.data(),
                 static_cast<std::int32_t>(text.size() - 1), nullptr, &code);
     // No 8-bit code page has narrow blanks.
     std::ranges::replace(text, u'\u202F', u' ');
-    std::array<char, 4 * 256> bytes{};
+    std::array<char, 4 * kMost> bytes{};
     u_strToUTF8(bytes.data(), static_cast<std::int32_t>(bytes.size()), nullptr, text.data(), -1,
                 &code);
     return U_FAILURE(code) ? std::wstring() : fromUtf8(bytes.data());
