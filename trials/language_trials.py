@@ -150,25 +150,25 @@ def try_another_encoding_is_chosen_for_a_file(k):
         source.write(TEXT.format(word).encode("cp1251"))
     k.start(path)
 
-    def ticked():
+    def chosen():
         k.menu("View", "Text Encoding")
-        found = wait(lambda: [one.name for one in k.main.all() if one.role == "check menu item"
-                              and one.name.endswith(")") and one.has("checked")], "a tick")
+        found = wait(lambda: [one.name for one in k.main.all() if one.role == "radio menu item"
+                              and one.has("checked")], "a dot")
         k.keys("Escape")
         wait(lambda: k.main.has("active"), "a closed menu")
         return found
-    assert ticked() == ["Western European (1252)"] and k.find("Properties").rows()[-1][1] != word
+    assert chosen() == ["Western European (1252)"] and k.find("Properties").rows()[-1][1] != word
     k.menu("View", "Text Encoding", "Cyrillic (1251)")
     wait(lambda: k.find("Properties").rows()[-1][1] == word, "the word")
     edit(k, word)
     assert k.read(path).count(word.encode("cp1251")) == 3
     wait(lambda: k.find("Properties").rows()[-1][1] == word, "the word once more")
-    assert ticked() == ["Cyrillic (1251)"]
+    assert chosen() == ["Cyrillic (1251)"]
     k.click("Path of the .gas file", at=(60, 10))
     k.keys("ctrl+a")
     k.type(address(k.sample()) + "\n")
     wait(lambda: k.status()[2] == "40 Templates", "the other file")
-    assert ticked() == ["Western European (1252)"]
+    assert chosen() == ["Western European (1252)"]
     k.quit()
 
 

@@ -127,6 +127,7 @@ std::vector<Command> otherCommands() {
         inMenu("1257", page, &W::useEncoding<1257>),
         inMenu("1258", page, &W::useEncoding<1258>),
         inMenu("874", page, &W::useEncoding<874>),
+        inMenu("65001", page, &W::refresh),
         inMenu("NextPane", nothing, &W::nextPane),
         inMenu("PreviousPane", nothing, &W::previousPane),
         inMenu("RememberWindow", nothing, &W::toggleRemembering),
@@ -176,7 +177,8 @@ std::vector<CommandMenuItem> encodings() {
             {"", "&Arabic (1256)", Place::menu, "1256", true},
             {"", "&Baltic (1257)", Place::menu, "1257", true},
             {"", "&Vietnamese (1258)", Place::menu, "1258", true},
-            {"", "T&hai (874)", Place::menu, "874", true}};
+            {"", "T&hai (874)", Place::menu, "874", true},
+            {"", "&UTF-8 (by the file's mark)", Place::menu, "65001", true}};
 }
 
 CommandMenu viewMenu() {

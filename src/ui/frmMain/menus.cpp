@@ -47,9 +47,11 @@ wxMenu* frmMain::makeMenu(const std::vector<CommandMenuItem>& items) {
             menu->AppendSubMenu(makeMenu(row.items), caption);
             continue;
         }
-        const wxMenuItem* item = row.checked ? menu->AppendCheckItem(wxID_ANY, caption)
-                                             : menu->Append(wxID_ANY, caption);
         const Command& command = mainCommand(row.place, row.command);
+        const wxItemKind kind = !row.checked                   ? wxITEM_NORMAL
+                                : command.needs == Needs::page ? wxITEM_RADIO
+                                                               : wxITEM_CHECK;
+        const wxMenuItem* item = menu->Append(wxID_ANY, caption, wxEmptyString, kind);
         menu->Bind(
             wxEVT_MENU, [this, &command](wxCommandEvent&) { run(command); }, item->GetId());
     }
@@ -69,7 +71,8 @@ void frmMain::refreshMenu(wxMenu& menu, const std::vector<CommandMenuItem>& item
         const wxString caption = toWx(menuCaption(items[i]));
         if (item->GetItemLabel() != caption) item->SetItemLabel(caption);
         item->Enable(can(command));
-        if (items[i].checked) item->Check(isOn(command));
+        // The others of a group go off by themselves.
+        if (item->IsCheck() || (item->IsRadio() && isOn(command))) item->Check(isOn(command));
         const char* key = shownKey(command);
         showKey(menu, *item, key == nullptr ? wxString() : wxString(key));
     }
@@ -148,7 +151,7 @@ bool frmMain::can(const Command& command) const {
         case Needs::file:
             return isOpen();
         case Needs::page:
-            return isOpen() && !document_.page().isUtf8();
+            return isOpen() && !document_.page().isUtf8() && command.key != "65001";
         case Needs::templates:
             return !lvwTemplates->rows().empty();
         case Needs::selection:
@@ -163,7 +166,8 @@ bool frmMain::can(const Command& command) const {
 
 bool frmMain::isOn(const Command& command) const {
     if (command.needs == Needs::page) {
-        return isOpen() && std::to_string(document_.page().number()) == command.key;
+        const CodePage& page = isOpen() ? document_.page() : *gProgram().sourcePage;
+        return std::to_string(page.number()) == command.key;
     }
     return command.key == "TreeFilter" ? chkTree->GetValue() : remember_;
 }
