@@ -39,7 +39,7 @@ void run(Input input) {
         require(!loss.why.empty() && !loss.text.empty());
         require(loss.line >= last && loss.line <= lines.size());
         last = loss.line;
-        const std::string text = narrow(loss.text);
+        const std::string text = pageOf(bytes, *gProgram().sourcePage).bytes(loss.text);
         require(lines[loss.line - 1].find(text.substr(0, text.find_first_of("\r\n"))) !=
                 std::string::npos);
     }

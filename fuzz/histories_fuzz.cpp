@@ -59,6 +59,7 @@ void checkHistory(Input input) {
         const bool adds = input.byte() % 2 == 0;
         std::wstring entry = input.text();
         std::erase(entry, L'\r');
+        entry = fromUtf8(toUtf8(entry));  // bytes that were apart may be a letter now
         const auto before = std::ranges::count(list.items, entry);
         if (adds) {
             gAddHistoryItem(list, entry);

@@ -164,11 +164,10 @@ void checkReload(std::string_view bytes, const std::vector<GasTemplate>& templat
     }
 }
 
-// Each character beyond ASCII as one that no byte stands for, so that the loader
-// takes the text as UTF-8.
+// Each character beyond ASCII as another one.
 std::wstring shifted(std::wstring text) {
     for (wchar_t& c : text) {
-        if (c >= 0x80) c = static_cast<wchar_t>(c + kShift);
+        if (c >= 0x80 && c < 0x10000) c = static_cast<wchar_t>(c + kShift);
     }
     return text;
 }
@@ -205,7 +204,7 @@ void checkQueries(const std::vector<GasTemplate>& templates) {
 
 void run(Input input) {
     const QuietHost host;
-    const std::wstring text = widen(input.rest());
+    const std::wstring text = fileText(input.rest());
     const Loaded loaded = fromText(text);
     require((host.told == 0) == loaded.done);
     require(fromFile(input.rest()) == loaded);
