@@ -109,6 +109,7 @@ std::wstring pathIn(GtkWidget* chooser) {
 }
 
 void goTo(GtkWidget* chooser, const std::wstring& folder) {
+    if (folder.empty()) return;
     gtk_file_chooser_set_current_folder(GTK_FILE_CHOOSER(chooser), toUtf8(folder).c_str());
 }
 

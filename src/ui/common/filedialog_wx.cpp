@@ -88,8 +88,8 @@ bool FileDialogWx::show(const FileQuestion& question) {
     dialog.SetFilterIndex(firstFilter(question));
     if (dialog.ShowModal() != wxID_OK) return false;
     path_ = chosenPath(dialog);
-    // A name that cannot be shown stands for itself.
-    if (!name.empty() && toWx(fileName(path_)) == shownLine(name)) {
+    // A proposed name that cannot be shown stands for itself.
+    if (question.save && !name.empty() && toWx(fileName(path_)) == shownLine(name)) {
         path_ = joinPath(folderOf(path_), name);
     }
     const bool bare = fileName(path_).find(L'.') == std::wstring_view::npos;
