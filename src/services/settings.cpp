@@ -19,7 +19,7 @@ namespace {
 constexpr std::wstring_view kFile = L"settings.set";
 
 struct Field {
-    std::string_view key;
+    std::wstring_view key;
     std::wstring& (*text)(Settings&);
 };
 
@@ -30,24 +30,15 @@ std::wstring& tool(Settings& settings) {
 
 // In the order in which they are written.
 constexpr std::array<Field, 8> kFields{{
-    {"orvane", [](Settings& s) -> std::wstring& { return s.orvane; }},
-    {"zeltor", [](Settings& s) -> std::wstring& { return s.zeltor; }},
-    {"skritpad", [](Settings& s) -> std::wstring& { return s.skritpad; }},
-    {"tool1", tool<0>},
-    {"tool2", tool<1>},
-    {"tool3", tool<2>},
-    {"tool4", tool<3>},
-    {"tool5", tool<4>},
+    {L"orvane", [](Settings& s) -> std::wstring& { return s.orvane; }},
+    {L"zeltor", [](Settings& s) -> std::wstring& { return s.zeltor; }},
+    {L"skritpad", [](Settings& s) -> std::wstring& { return s.skritpad; }},
+    {L"tool1", tool<0>},
+    {L"tool2", tool<1>},
+    {L"tool3", tool<2>},
+    {L"tool4", tool<3>},
+    {L"tool5", tool<4>},
 }};
-
-wchar_t lower(wchar_t c) noexcept {
-    return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + 0x20) : c;
-}
-
-bool isKey(std::wstring_view written, std::string_view key) noexcept {
-    return std::equal(written.begin(), written.end(), key.begin(), key.end(),
-                      [](wchar_t a, char b) { return lower(a) == static_cast<wchar_t>(b); });
-}
 
 // What the file holds: of each field the text behind its key, nothing for one that it
 // does not name.
@@ -65,8 +56,9 @@ std::wstring_view valueOf(std::wstring_view rest) noexcept {
 void readLine(Content& content, std::wstring_view line) {
     const std::size_t equals = line.find(L'=');
     const std::wstring_view key = line.substr(0, equals);
-    const auto field = std::find_if(kFields.begin(), kFields.end(),
-                                    [&](const Field& f) { return isKey(key, f.key); });
+    const auto field = std::find_if(kFields.begin(), kFields.end(), [&](const Field& f) {
+        return compareWithoutCase(key, f.key) == 0;
+    });
     if (equals == line.npos || field == kFields.end()) {
         content.hasMore = content.hasMore || !line.empty();
         return;
@@ -100,8 +92,7 @@ std::wstring merged(const Content& now) {
     for (std::size_t i = 0; i < kFields.size(); ++i) {
         const std::wstring& own = kFields[i].text(gProgram().settings);
         const bool changed = own != kFields[i].text(gProgram().found.settings);
-        text.append(kFields[i].key.begin(), kFields[i].key.end());
-        text.append(L"=");
+        text.append(kFields[i].key).append(L"=");
         text.append(now.values[i] && !changed ? std::wstring(*now.values[i]) : ownValue(own));
         text.append(kLineEnd);
     }

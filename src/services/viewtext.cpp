@@ -67,9 +67,7 @@ std::vector<Letter> lettersOf(std::string_view what) {
         const std::string_view bytes = what.substr(start, at - start);
         std::wstring wide = fromUtf8(bytes);
         if (wide.size() == 1) wide[0] = otherCase(wide[0]);
-        std::string other = toUtf8(wide);
-        if (other.size() != bytes.size()) other = bytes;
-        letters.push_back({std::string(bytes), std::move(other)});
+        letters.push_back({std::string(bytes), toUtf8(wide)});
     }
     return letters;
 }

@@ -97,8 +97,28 @@ std::vector<Command> toolBarCommands() {
     };
 }
 
+// What a file can be read as; its key is the number of the page.
+struct Encoding {
+    std::string_view key;
+    const char* caption;
+    Run run;
+};
+constexpr Encoding kEncodings[]{
+    {"1250", "&Central European (1250)", &W::useEncoding<1250>},
+    {"1251", "C&yrillic (1251)", &W::useEncoding<1251>},
+    {"1252", "&Western European (1252)", &W::useEncoding<1252>},
+    {"1253", "&Greek (1253)", &W::useEncoding<1253>},
+    {"1254", "&Turkish (1254)", &W::useEncoding<1254>},
+    {"1255", "&Hebrew (1255)", &W::useEncoding<1255>},
+    {"1256", "&Arabic (1256)", &W::useEncoding<1256>},
+    {"1257", "&Baltic (1257)", &W::useEncoding<1257>},
+    {"1258", "&Vietnamese (1258)", &W::useEncoding<1258>},
+    {"874", "T&hai (874)", &W::useEncoding<874>},
+    {"65001", "&UTF-8 (by the file's mark)", &W::refresh},
+};
+
 std::vector<Command> otherCommands() {
-    return {
+    std::vector<Command> commands{
         inWindow(W::kDone, "Done", "&Done", "", nothing, &W::done),
         inWindow(W::kSource, "Source", "Source", "", selection, &W::editSource),
         inWindow(W::kParsed, "Parsed", "&Parsed", "View as Parsed", selection, &W::viewParsed),
@@ -117,23 +137,14 @@ std::vector<Command> otherCommands() {
         inMenu("FilterBlock", selection, &W::filterByBlock),
         inMenu("Refresh", file, &W::refresh),
         inMenu("TreeFilter", nothing, &W::toggleFilter),
-        inMenu("1250", page, &W::useEncoding<1250>),
-        inMenu("1251", page, &W::useEncoding<1251>),
-        inMenu("1252", page, &W::useEncoding<1252>),
-        inMenu("1253", page, &W::useEncoding<1253>),
-        inMenu("1254", page, &W::useEncoding<1254>),
-        inMenu("1255", page, &W::useEncoding<1255>),
-        inMenu("1256", page, &W::useEncoding<1256>),
-        inMenu("1257", page, &W::useEncoding<1257>),
-        inMenu("1258", page, &W::useEncoding<1258>),
-        inMenu("874", page, &W::useEncoding<874>),
-        inMenu("65001", page, &W::refresh),
         inMenu("NextPane", nothing, &W::nextPane),
         inMenu("PreviousPane", nothing, &W::previousPane),
         inMenu("RememberWindow", nothing, &W::toggleRemembering),
         inMenu("Contents", nothing, &W::showManual),
         inMenu("Samples", nothing, &W::openSample),
     };
+    for (const Encoding& one : kEncodings) commands.push_back(inMenu(one.key, page, one.run));
+    return commands;
 }
 
 const CommandMenuItem kSeparator{"", "", Place::menu, ""};
@@ -168,17 +179,11 @@ CommandMenu editMenu() {
 }
 
 std::vector<CommandMenuItem> encodings() {
-    return {{"", "&Central European (1250)", Place::menu, "1250", true},
-            {"", "C&yrillic (1251)", Place::menu, "1251", true},
-            {"", "&Western European (1252)", Place::menu, "1252", true},
-            {"", "&Greek (1253)", Place::menu, "1253", true},
-            {"", "&Turkish (1254)", Place::menu, "1254", true},
-            {"", "&Hebrew (1255)", Place::menu, "1255", true},
-            {"", "&Arabic (1256)", Place::menu, "1256", true},
-            {"", "&Baltic (1257)", Place::menu, "1257", true},
-            {"", "&Vietnamese (1258)", Place::menu, "1258", true},
-            {"", "T&hai (874)", Place::menu, "874", true},
-            {"", "&UTF-8 (by the file's mark)", Place::menu, "65001", true}};
+    std::vector<CommandMenuItem> items;
+    for (const Encoding& one : kEncodings) {
+        items.push_back({"", one.caption, Place::menu, one.key, true});
+    }
+    return items;
 }
 
 CommandMenu viewMenu() {
