@@ -50,9 +50,9 @@ TEST_F(Histories, Load) {
 
 TEST_F(Histories, LoadSurvivesHostileFiles) {
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(loaded(std::string(100'000'000, 'x')), Items{});
+    EXPECT_EQ(loaded(std::string(10'000'000, 'x')), Items{});
     EXPECT_EQ(loaded(std::string("a\0b\r\n", 5)), Items{std::wstring(L"a\0b", 3)});
-    EXPECT_EQ(loaded(lines(1'000'000, "x")).size(), 16U);
+    EXPECT_EQ(loaded(lines(100'000, "x")).size(), 16U);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
