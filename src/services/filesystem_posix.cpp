@@ -183,9 +183,9 @@ void makeFolder(std::wstring_view folder) {
     if (isFolder(folder)) return;
     const std::wstring_view above = folderOf(folder);
     if (!above.empty() && above.size() < folder.size()) makeFolder(above);
-    if (::mkdir(nameOf(folder).c_str(), 0700) != 0 && !isFolder(folder)) {
-        throwSystemError(errno, L"Cannot make the folder", folder);
-    }
+    if (::mkdir(nameOf(folder).c_str(), 0700) == 0) return;
+    const int reason = errno;
+    if (!isFolder(folder)) throwSystemError(reason, L"Cannot make the folder", folder);
 }
 
 std::optional<std::string> read(std::wstring_view path) {
