@@ -1,33 +1,16 @@
 #include "services/viewtext.h"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <deque>
-#include <filesystem>
-#include <functional>
-
 #include "services/bytes.h"
-#include "services/files.h"
-#include "services/program.h"
-#include "support/recordinghost.h"
-#include "support/system.h"
-#include "support/tempfolder.h"
+#include "services/drafts.h"
+#include "services/fixture.h"
 
-namespace kestrel {
-
-void PrintTo(const TextRange& range, std::ostream* out) {
-    *out << range.begin << " to " << range.end;
-}
-
+namespace kestrel::test {
 namespace {
-
-using Lines = std::vector<std::string>;
 
 TEST(ViewText, FindsWithoutCaseFromTheSelectionsLastCharacter) {
     const struct {
-        const wchar_t* text;
-        const wchar_t* what;
+        std::wstring text;
+        std::wstring what;
         std::size_t selectionEnd;
         std::optional<TextRange> found;
     } cases[] = {
@@ -38,9 +21,8 @@ TEST(ViewText, FindsWithoutCaseFromTheSelectionsLastCharacter) {
         {L"aXbX", L"x", 2, TextRange{1, 2}},  // a match of one character is found again
         {L"aaa", L"aa", 2, TextRange{1, 3}},  // and one that overlaps
         {L"\u00C9t\u00E9", L"\u00E9T", 0, TextRange{0, 3}},
-        {L"a\u00E9b", L"B", 3, TextRange{3, 4}},  // the last character has two bytes
+        {L"\u00E9\u00E9b", L"\u00C9", 2, TextRange{0, 2}},  // also one of two bytes
         {L"\u0178\u0160 x", L"\u00FF\u0161", 0, TextRange{0, 4}},
-        {L"a.*b", L".*", 0, TextRange{1, 3}},
         {L"abc", L"abcd", 0, std::nullopt},
         {L"abc", L"", 0, std::nullopt},
         {L"abc", L"c", 99, TextRange{2, 3}},
@@ -49,131 +31,185 @@ TEST(ViewText, FindsWithoutCaseFromTheSelectionsLastCharacter) {
         EXPECT_EQ(findText(toUtf8(one.text), one.what, one.selectionEnd), one.found)
             << toUtf8(one.text) << " | " << toUtf8(one.what) << " | " << one.selectionEnd;
     }
-    const std::string nul("a\0B", 3);
-    EXPECT_EQ(findText(nul, std::wstring(L"\0b", 2), 0), (TextRange{1, 3}));
 }
 
 TEST(ViewText, CutsLongLines) {
-    const std::wstring line(kLongestLine + 150, L'x');
-    EXPECT_FALSE(
-        standIn(line.substr(0, kLongestLine) + L"\r\n" + line.substr(0, kLongestLine + 9)));
-    const std::wstring text = L"a\n" + line + L"\r\nb\n" + line + line + L"end";
+    const std::wstring line(kLongestLine, L'x');
+    const std::wstring rest(100, L'y');
+    EXPECT_FALSE(standIn(line + L"\r\n" + line + rest.substr(1)));
+    const std::wstring text = L"a\n" + line + rest + L"\r\nb\n" + line + rest + L"end";
     const auto shown = standIn(text);
     ASSERT_TRUE(shown && shown->cuts.size() == 2);
-    EXPECT_EQ(shown->text.substr(kLongestLine, 59),
-              L"xx \u2026 [150 more characters of this line are not shown]\r\nb\nxx");
-    // Each place of the one is a place of the other, and what is hidden is its begin.
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        const std::size_t there = shown->toShown(at);
-        ASSERT_LE(shown->toWhole(there), at);
-        if (shown->toWhole(there) == at && shown->text[there] != L' ') {
-            ASSERT_EQ(shown->text[there], text[at]) << at;
-        }
+    EXPECT_EQ(shown->text, L"a\n" + line +
+                               L" \u2026 [100 more characters of this line are not shown]\r\nb\n" +
+                               line + L" \u2026 [103 more characters of this line are not shown]");
+    // What is hidden, and the words in its place, are one place of the other text.
+    std::size_t more = 0;
+    for (const HiddenPart& cut : shown->cuts) {
+        const std::size_t begin = cut.at + more;
+        for (std::size_t i = 0; i < cut.words; ++i) EXPECT_EQ(shown->toWhole(cut.at + i), begin);
+        for (std::size_t i = 0; i < cut.hidden; ++i) EXPECT_EQ(shown->toShown(begin + i), cut.at);
+        EXPECT_EQ(shown->toWhole(cut.at + cut.words), begin + cut.hidden);
+        EXPECT_EQ(shown->toShown(begin + cut.hidden), cut.at + cut.words);
+        more += cut.hidden - cut.words;
     }
     EXPECT_EQ(shown->toWhole(shown->text.size()), text.size());
     EXPECT_EQ(shown->toShown(text.find(L'b')), shown->text.find(L'b'));
 }
 
-TEST(ViewText, CountsCharacters) {
+TEST(ViewText, CharactersAndCodesThatAreNone) {
     const std::wstring mixed = L"a\r\n\u00E9\u20AC\U0001F600 and some more ASCII \u00FF";
-    EXPECT_EQ(characterCount(""), 0U);
     for (std::size_t length = 0; length <= mixed.size(); ++length) {
         const std::wstring part = mixed.substr(0, length);
         if (standIn(part)) continue;  // ends in half a character
         EXPECT_EQ(characterCount(toUtf8(part)), length);
     }
-}
-
-TEST(ViewText, OnlyCodesThatAreNoCharactersNeedAStandIn) {
-    EXPECT_EQ(standIn(std::wstring(L"a\0\r\n", 4) + L"\uFFFF\U0001F600"), std::nullopt);
-    const auto lone = [](unsigned code) { return std::wstring{L'a', static_cast<wchar_t>(code)}; };
-    EXPECT_EQ(standIn(lone(0xD800))->text, L"a\uFFFD");
-    EXPECT_EQ(standIn(lone(0xDC80) + L"b")->text, L"a\uFFFDb");
+    EXPECT_FALSE(standIn(std::wstring(L"a\0\r\n", 4) + L"\uD7FF\uE000\uFFFF\U0001F600"));
+    for (const wchar_t half : {wchar_t{0xD800}, wchar_t{0xDC80}, wchar_t{0xDFFF}}) {
+        EXPECT_EQ(standIn(std::wstring{L'a', half, L'b'}).value_or(StandIn()).text, L"a\uFFFDb");
+    }
 }
 
 TEST(ViewText, LineEndsReadOutsAndTheMark) {
     for (const char* other : {"", "a\r\nb\nc\nd", "a\rb"}) EXPECT_FALSE(endsLinesInLf(other));
     EXPECT_TRUE(endsLinesInLf("a\nb"));
-    using Texts = std::array<std::wstring, 5>;
+    using Panels = std::array<std::wstring, 5>;
     EXPECT_EQ(readOutTexts({}),
-              (Texts{L"Line: 1", L"Col: 1", L"Char: 0", L"Chars: 0", L"Lines: 1"}));
+              (Panels{L"Line: 1", L"Col: 1", L"Char: 0", L"Chars: 0", L"Lines: 1"}));
     EXPECT_EQ(readOutTexts({2, 3, 14, 25, 6}),
-              (Texts{L"Line: 2", L"Col: 3", L"Char: 14", L"Chars: 25", L"Lines: 6"}));
+              (Panels{L"Line: 2", L"Col: 3", L"Char: 14", L"Chars: 25", L"Lines: 6"}));
     EXPECT_EQ(markedCaption(L"View", true), L"View *");
     EXPECT_EQ(markedCaption(L"View", false), L"View");
 }
 
-class ViewedTexts : public testing::Test {
+class ViewedTexts : public Services {
   protected:
     ViewedTexts() {
-        gProgram().version.fileDescription = L"Kestrel";
-        gProgram().folder = folder.path();
-        test::setTemporaryFolder(folder.native());
+        setTemporaryFolder(folder.native());
+        setSettingsFolder(folder.native());
     }
-    ~ViewedTexts() override { test::setTemporaryFolder({}); }
+    ~ViewedTexts() override { setTemporaryFolder({}); }
 
-    ViewedText viewed(bool canEdit = true, bool changed = true) {
-        return {[this] { return text; }, canEdit, changed};
+    static ViewedText viewed(bool canEdit, bool changed) {
+        return {[] { return L"[t:a]\r\n{\r\n}\n"; }, canEdit, changed};
     }
 
-    std::wstring path(const wchar_t* name) const { return joinPath(folder.path(), name); }
-
-    test::RecordingHost host;
-    test::TempFolder folder;
-    std::wstring text = L"[t:a]\r\n{\r\n}\n";
-    std::wstring openPath = path(L"open.gas");
+    const std::string asks = " | Kestrel Template Browser | question | ";
+    DraftFile open;
+    Draft draft{L"Edit Source: \u0142ukasz",
+                {folder.put(L"a.gas", "[x]"), 3},
+                FileStamp{3, -7},
+                L"[x]\r\n{}",
+                L"12:\n\u20ac"};
 };
 
-TEST_F(ViewedTexts, ClosingAsksOnlyForAChangedEditableText) {
-    EXPECT_TRUE(mayDiscard(viewed(false, true)));
-    EXPECT_TRUE(mayDiscard(viewed(true, false)));
-    EXPECT_EQ(host.log, Lines{});
-    host.answers = {Answer::no, Answer::yes};
+TEST_F(ViewedTexts, AreNotLostUnasked) {
+    gProgram().settings.skritpad = L"/opt/skrit pad";
+    for (const auto& [canEdit, changed] : {std::pair(false, true), std::pair(true, false)}) {
+        EXPECT_TRUE(mayDiscard(viewed(canEdit, changed)));
+        openInScriptEditor(viewed(canEdit, changed));
+    }
+    EXPECT_EQ(host.logged("run: /opt/skrit pad ").size(), 2U);
+    EXPECT_EQ(host.logged("ask: "), Lines{});
+    host.log.clear();
+    host.answers = {Answer::no, Answer::yes, Answer::cancel, Answer::ok};
     EXPECT_FALSE(mayDiscard(viewed(true, true)));
     EXPECT_TRUE(mayDiscard(viewed(true, true)));
-    EXPECT_EQ(host.log.at(0),
-              "ask: Source has been changed. Exit anyway and discard changes? | Kestrel | question "
-              "| noYes");
-}
-
-TEST_F(ViewedTexts, SkritPadGetsATemporaryFileWithTheText) {
-    gProgram().settings.skritpad = L"/opt/skrit pad";
-    openInScriptEditor(viewed(true, true));
-    ASSERT_EQ(host.log.size(), 2U);
-    EXPECT_EQ(host.log[0],
-              "ask: Source has been changed. ScritPad will open with the original file loaded. | "
-              "Kestrel | question | okCancel");
-    const std::string start = "run: /opt/skrit pad ";
-    ASSERT_TRUE(host.log[1].starts_with(start)) << host.log[1];
-    const std::string file =
-        host.log[1].substr(start.size(), host.log[1].find(" | ") - start.size());
-    EXPECT_TRUE(fileName(fromUtf8(file)).starts_with(L"gsv")) << file;
-    EXPECT_EQ(gstrReadFile(fromUtf8(file)), text);
-    std::filesystem::remove(file);
-}
-
-TEST_F(ViewedTexts, SkritPadIsNotStarted) {
-    host.answers = {Answer::cancel};
-    gProgram().settings.skritpad = L"/opt/pad";
-    openInScriptEditor(viewed(true, true));  // cancelled
+    for (int i = 0; i < 2; ++i) openInScriptEditor(viewed(true, true));
+    const std::string changed = "ask: Source has been changed. ";
+    const std::string may = changed + "Exit anyway and discard changes?" + asks + "noYes";
+    const std::string will =
+        changed + "ScritPad will open with the original file loaded." + asks + "okCancel";
+    const std::string run = host.log.back();
+    EXPECT_EQ(host.log, (Lines{may, may, will, will, run}));
+    const std::wstring file = fromUtf8(run).substr(20, run.find(" | ") - 20);
+    EXPECT_TRUE(fileName(file).starts_with(L"gsv")) << run;
+    EXPECT_EQ(gstrReadFile(file), L"[t:a]\r\n{\r\n}\n");
     gProgram().settings.skritpad.clear();
-    openInScriptEditor(viewed(false, false));  // no program chosen
-    EXPECT_EQ(host.logged("run"), Lines{});
-    EXPECT_EQ(host.logged("open").size(), 1U);
+    openInScriptEditor(viewed(false, false));
+    EXPECT_TRUE(host.log.back().starts_with("open: ")) << "no program was chosen";
 }
 
-TEST_F(ViewedTexts, AsksForTheTextToFind) {
+TEST_F(ViewedTexts, AreSearched) {
     host.prompts = {L"abc", std::nullopt};
     EXPECT_EQ(askForSearchText(L"before"), L"abc");
-    EXPECT_EQ(askForSearchText(L"abc"), L"");
-    EXPECT_EQ(
-        host.log[0],
-        "prompt: Please enter the text to search for:\\r\\n\\r\\nNote: This sub-string search "
-        "is not case sensitive and does not support regular expressions or wildcards. | Find "
-        "Text | before");
+    EXPECT_EQ(askForSearchText(L"abc", L"Title"), L"");
     tellNotFound(L"abc");
-    EXPECT_EQ(host.log.back(), "ask: Substring not found: abc | Find Text | exclamation | ok");
+    const std::string prompt =
+        "prompt: Please enter the text to search for:\\r\\n\\r\\nNote: This sub-string search "
+        "is not case sensitive and does not support regular expressions or wildcards. | ";
+    EXPECT_EQ(host.log, (Lines{prompt + "Find Text | before", prompt + "Title | abc",
+                               "ask: Substring not found: abc | Find Text | exclamation | ok"}));
+    gProgram().host = {};
+    tellNotFound(L"abc");
+}
+
+TEST_F(ViewedTexts, DraftsOfEndedRunsAreOfferedOldestFirst) {
+    const std::wstring own = draftFolder();
+    open.keep(draft);
+    EXPECT_TRUE(leftDrafts().empty());
+    EXPECT_EQ(filesystem::fileNames(own).size(), 2U) << "a draft and its lock";
+    open = {};
+    const std::wstring path = joinPath(own, filesystem::fileNames(own).at(0));
+    const std::string whole = *filesystem::read(path);
+    {
+        auto left = leftDrafts();
+        ASSERT_EQ(left.size(), 1U);
+        EXPECT_EQ(left[0].draft, draft);
+        EXPECT_TRUE(leftDrafts().empty()) << "two programs ask";
+        left[0].file.drop();
+    }
+    EXPECT_TRUE(leftDrafts().empty());
+    EXPECT_TRUE(filesystem::fileNames(own).empty());
+    std::vector<std::string> bad{whole + "x", whole, whole};
+    bad[1][bad[1].find("draft 2") + 6] = '1';
+    bad[2].replace(bad[2].find("4:1252"), 6, "3:932");
+    // As a crash of the system may leave it.
+    for (std::size_t size = 0; size < whole.size(); size += 5) bad.push_back(whole.substr(0, size));
+    const std::wstring name = joinPath(own, L"0.draft");
+    for (const std::string& bytes : bad) {
+        filesystem::replace(name, bytes, {});
+        EXPECT_TRUE(leftDrafts().empty()) << bytes;
+        EXPECT_EQ(fileExists(name), !bytes.empty()) << "another version may know it";
+    }
+    EXPECT_TRUE(host.log.empty());
+    filesystem::replace(name, whole, {});
+    filesystem::replace(joinPath(own, L"1.draft"), whole.substr(0, whole.size() - 1) + "\xAD", {});
+    const auto now = std::filesystem::file_time_type::clock::now();
+    std::filesystem::last_write_time(std::filesystem::path(name), now - std::chrono::hours(1));
+    const auto left = leftDrafts();
+    ASSERT_EQ(left.size(), 2U);
+    EXPECT_EQ(left[0].draft, draft);
+    EXPECT_EQ(left[1].draft.text, L"12:\n\u20ad");
+}
+
+TEST_F(ViewedTexts, DraftsAreAskedAboutAndTheirFailureIsToldOnce) {
+    const auto expect = [&](const char* told, Answer answer, DraftChoice choice) {
+        host.answers = {answer};
+        EXPECT_EQ(askAboutDraft(draft), choice);
+        EXPECT_EQ(host.log.back(),
+                  "ask: Changes that were not saved are kept from an earlier run:\\r\\n\\r\\n"
+                  "Edit Source: \u0142ukasz\\r\\n" +
+                      toUtf8(draft.block.path) + "\\r\\n\\r\\n" + told +
+                      "Open the changed text, discard it, or be asked again at the next start?" +
+                      asks + "openDiscardLater");
+    };
+    expect("The file has been changed since. ", Answer::cancel, DraftChoice::later);
+    draft.stamp = fileStamp(draft.block.path);
+    expect("", Answer::yes, DraftChoice::open);
+    draft.stamp.reset();
+    expect("", Answer::no, DraftChoice::discard);
+    draft.block.path += L"x";
+    expect("The file is not there any more. ", Answer::no, DraftChoice::discard);
+    host.log.clear();
+    folder.put(fileName(draftFolder()), "no folder");
+    for (const wchar_t* text : {L"x", L"y"}) {
+        draft.text = text;
+        open.keep(draft);
+    }
+    ASSERT_EQ(host.log.size(), 1U);
+    EXPECT_TRUE(host.log[0].ends_with(" in 'keep' | Kestrel | exclamation | ok")) << host.log[0];
 }
 
 }  // namespace
-}  // namespace kestrel
+}  // namespace kestrel::test

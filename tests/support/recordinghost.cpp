@@ -21,8 +21,8 @@ std::optional<Value> next(std::deque<Value>& script) {
 
 constexpr std::array<std::wstring_view, 4> kIcons{L"none", L"information", L"question",
                                                   L"exclamation"};
-constexpr std::array<std::wstring_view, 5> kButtons{L"ok", L"okCancel", L"yesNo", L"yesNoCancel",
-                                                    L"noYes"};
+constexpr std::array<std::wstring_view, 6> kButtons{
+    L"ok", L"okCancel", L"yesNo", L"yesNoCancel", L"noYes", L"openDiscardLater"};
 
 std::wstring_view ownerName(const Owner* owner) {
     return owner == nullptr ? L"none" : L"owner";

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "services/errors.h"
+#include "services/files.h"
+#include "services/filesystem.h"
+#include "support/recordinghost.h"
+#include "support/system.h"
+#include "support/tempfolder.h"
+
+// What the tests of the services share.
+namespace kestrel::test {
+
+using Lines = std::vector<std::string>;
+using Texts = std::vector<std::wstring>;
+
+// A fresh program whose files stand in a temporary folder.
+class Services : public testing::Test {
+  protected:
+    Services() { gProgram().folder = folder.path(); }
+
+    RecordingHost host;
+    TempFolder folder;
+};
+
+// The error of `body` as "number: description"; empty when there is none.
+inline std::string errorOf(const std::function<void()>& body) {
+    try {
+        body();
+        return {};
+    } catch (const RunTimeError& error) {
+        return std::to_string(error.number()) + ": " + shown(error.description());
+    }
+}
+
+}  // namespace kestrel::test
