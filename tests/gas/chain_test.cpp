@@ -3,409 +3,315 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <sstream>
+#include <unordered_map>
 
-#include "gas/load.h"
-#include "services/histories.h"
+#include "gastest.h"
 #include "support/recordinghost.h"
 #include "support/tempfolder.h"
 
 namespace kestrel {
 namespace {
 
-using Files = std::vector<std::wstring>;
-using Lines = std::vector<std::string>;
-using namespace std::chrono_literals;
-
-// The box for a file without any block.
-Lines loadFailed(const std::wstring& file) {
-    return {"ask: Error loading gas file!\\r\\n\\r\\n" + test::shown(file) +
-            "\\r\\nFile loading error: Either no data found or unsupported file type. | Kestrel | "
-            "exclamation | ok"};
+// Templates are written as NAME>PARENT(DOC) here; these are their blocks.
+std::string blockOf(const std::string& written) {
+    const std::string start = written.substr(0, written.find('('));
+    const std::string name = start.substr(0, start.find('>'));
+    std::string block = "[t:template,n:" + name + "]\r\n{\r\n";
+    if (start != written) block += "doc = \"" + written.substr(start.size() + 1) + "\";\r\n";
+    if (start != name) block += "specializes = \"" + start.substr(name.size() + 1) + "\";\r\n";
+    return replaced(block + "}\r\n", ")\"", "\"");
 }
 
-// A template with a parent, a doc or neither ("" for none).
-std::string source(const std::string& name, const std::string& parent,
-                   const std::string& doc = "") {
-    std::string text = "[t:template,n:" + name + "]\r\n{\r\n";
-    if (!doc.empty()) text += "doc = \"" + doc + "\";\r\n";
-    if (!parent.empty()) text += "specializes = \"" + parent + "\";\r\n";
-    return text + "}\r\n";
-}
-
-class Chain : public testing::Test {
-  protected:
-    Chain() : before_(std::filesystem::current_path()) {
-        gProgram().folder = programs.path();
+// Tells stories: texts of commands, a line each, with what they changed behind "->".
+//
+//   write FILE TEMPLATE..., FILE...  old, soon: the same with another time; remove FILE
+//   list FILE|FILE                   the list of files to search, in the current folder
+//   open NAME FILE, click NODE..., reset, save
+//   pick FILE, say yes|no            the answer to the next question; of files, none cancels
+//
+// Changes are told in this order: the tree ("KEY TEXT FILE"), each node below the one before
+// it; the current file and the place of the block in it; the source as it was written; the
+// list of files; what the user was asked and told.
+class Teller {
+  public:
+    Teller() : before_(std::filesystem::current_path()) {
+        gProgram().folder = programs_.path();
         gProgram().version.fileDescription = L"Kestrel";
-        std::filesystem::current_path(current.native());
+        programs_.put(L"spec.his", "kept");
+        std::filesystem::current_path(folder_.native());
     }
-    ~Chain() override { std::filesystem::current_path(before_); }
+    ~Teller() { std::filesystem::current_path(before_); }
 
-    std::wstring put(std::wstring_view name, const std::string& text) {
-        return folder.put(name, text);
-    }
-    // As of long ago: a file that nobody is writing.
-    std::wstring putOld(std::wstring_view name, const std::string& text) {
-        const std::wstring path = put(name, text);
-        std::filesystem::last_write_time(folder.native(name), kLongAgo);
-        return path;
-    }
-    void listFiles(const Files& files) {
-        std::string text;
-        for (const std::wstring& file : files) text.append("\r\n").append(test::shown(file));
-        current.put(L"spec.his", text.substr(std::min<std::size_t>(text.size(), 2)));
-    }
-    Lines filePrompt() const {
-        return {"open: Select the node's source file | All files (*.*)|*.* | " +
-                test::shown(folder.path())};
-    }
-    // "key text (file name) < key of the node above"; the tag without its folder.
-    std::wstring drawn() const {
-        std::wstring text;
-        for (const ChainNode& node : chain.nodes()) {
-            const std::size_t name = node.tag.find_last_of(L"/\\") + 1;
-            text += node.key + L" " + node.text + L" (" + node.tag.substr(name) + L")";
-            if (node.parent != ChainNode::kNoParent) {
-                text += L" < " + chain.nodes()[node.parent].key;
-            }
-            text += L"\n";
+    std::string tell(const std::string& story) {
+        std::istringstream commands(story);
+        std::string told;
+        for (std::string line; std::getline(commands, line);) {
+            const std::string command = line.substr(0, line.find(" ->"));
+            const std::string verb = command.substr(0, command.find(' '));
+            host_.log.clear();
+            std::string result =
+                run(verb, command.substr(std::min(verb.size() + 1, command.size())));
+            result += changes();
+            told += (told.empty() ? "" : "\n") + command + (result.empty() ? "" : " ->") + result;
         }
-        return text;
+        return told;
     }
-    void clickLast() { chain.click(chain.nodes().size() - 1); }
-
-    test::RecordingHost host;
-    test::TempFolder folder;
-    test::TempFolder programs;
-    test::TempFolder current;
-    SpecializesChain chain;
 
   private:
-    static inline const auto kLongAgo = std::filesystem::file_time_type::clock::now() - 1h;
-    std::filesystem::path before_;
+    using Clock = std::filesystem::file_time_type::clock;
+    using States = std::array<std::string, 4>;
+
+    std::string run(const std::string& verb, const std::string& what) {
+        std::istringstream words(what);
+        if (verb == "write" || verb == "old" || verb == "soon") {
+            for (std::string file; std::getline(words >> std::ws, file, ',');) write(verb, file);
+        }
+        if (verb == "remove") std::filesystem::remove(folder_.native(fromUtf8(what)));
+        if (verb == "list") folder_.put(L"spec.his", lines(what));
+        if (verb == "open") {
+            const std::size_t blank = what.find(' ');
+            chain_ = {};
+            known_ = kNothing;
+            chain_.open(fromUtf8(what.substr(0, blank)), fromUtf8(what.substr(blank + 1)));
+        }
+        for (std::size_t node; verb == "click" && words >> node;) chain_.click(node);
+        if (verb == "pick") host_.files.emplace_back(fromUtf8(what));
+        if (verb == "say") host_.answers.push_back(what == "yes" ? Answer::yes : Answer::no);
+        if (verb == "reset") chain_.resetFiles();
+        if (verb != "save") return "";
+        chain_.saveFiles();
+        return " " + flat(programs_.bytes(L"spec.his")) + " replaces " +
+               flat(programs_.bytes(L"spec.his.bak")) + ";";
+    }
+
+    void write(const std::string& verb, const std::string& file) {
+        std::istringstream words(file);
+        std::string name, text;
+        words >> name;
+        for (std::string word; words >> word;) {
+            text += blockOf(word);
+            written_[blockOf(word)] = word;
+        }
+        folder_.put(fromUtf8(name), text);
+        const std::filesystem::path path = folder_.native(fromUtf8(name));
+        // Of a file that nobody is writing, and of one that may still change in the same moment.
+        if (verb == "old") std::filesystem::last_write_time(path, start_ - std::chrono::hours(1));
+        if (verb == "soon") std::filesystem::last_write_time(path, start_ + kSoon);
+    }
+
+    std::string changes() {
+        States now = kNothing;
+        for (std::size_t i = 0; i < chain_.nodes().size(); ++i) {
+            const ChainNode& node = chain_.nodes()[i];
+            const std::wstring tag = node.tag.empty() ? L"none" : node.tag;
+            now[0] += (i == 0 ? "" : ", ") + toUtf8(node.key + L" " + node.text + L" " + tag);
+            if (node.parent + 1 != i) now[0] += " below " + std::to_string(node.parent);
+        }
+        now[1] += toUtf8(chain_.currentFile());
+        if (chain_.block()) now[1] += "#" + std::to_string(chain_.block()->index);
+        const std::string text = toUtf8(chain_.text());
+        now[2] += written_.contains(text) ? written_.at(text) : text;
+        for (const std::wstring& file : chain_.files()) now[3] += toUtf8(file) + "|";
+        std::string told;
+        for (std::size_t i = 0; i < now.size(); ++i) {
+            if (now[i] != known_[i]) told += " " + now[i] + ";";
+        }
+        known_ = now;
+        const std::string messages = inWords(host_.log, kWords);
+        return told + (messages.empty() ? "" : " " + messages + ";");
+    }
+
+    static inline const States kNothing{"", "in ", "shows ", "files "};
+    static constexpr std::chrono::milliseconds kSoon{1900};
+    static inline const Words kWords{
+        {"open: Select the node's source file | All files (*.*)|*.* | .", "file?"},
+        {"ask: Really reset the list of files that are searched for source? | Kestrel | question | "
+         "noYes",
+         "reset?"},
+        {"ask: Error loading gas file!\\r\\n\\r\\n", "fails "},
+        {"\\r\\nFile loading error: Either no data found or unsupported file type.", ""},
+        {" | Kestrel | exclamation | ok", ""}};
+    const std::filesystem::path before_;
+    const Clock::time_point start_ = Clock::now();
+    test::RecordingHost host_;
+    test::TempFolder folder_;
+    test::TempFolder programs_;
+    SpecializesChain chain_;
+    States known_ = kNothing;
+    std::unordered_map<std::string, std::string> written_;
 };
 
-TEST_F(Chain, TheTreeIsTheChainOfTheFirstFile) {
-    const struct {
-        std::string file;
-        const wchar_t* name;
-        const wchar_t* tree;
-        bool asks;
-    } cases[] = {
-        {source("a", "b", "A") + source("b", "c", "B") + source("c", "", "C"), L"a",
-         L"root A (f.gas)\nK1 B (f.gas) < root\nK2 C (f.gas) < K1\n", false},
-        {source("a", "x"), L"a", L"root a (f.gas)\nK1 x (f.gas) < root\n", false},
-        {source("a", "b", "A") + source("b", ""), L"A", L"root A (f.gas)\nK1 b (f.gas) < root\n",
-         false},
-        // A label that holds the separator: the empty piece uses up its number.
-        {source("a", "", "A||C") + source("A", ""), L"a", L"root A (f.gas)\nK2 C (f.gas) < root\n",
-         false},
-        {source("a", "a"), L"a", L"root a (f.gas)\n", false},
-        {source("a", "axe", "axe"), L"a", L"root axe (f.gas)\n", false},
-        {source("a", "B") + source("b", "", "B"), L"a", L"root a (f.gas)\nK1 B (f.gas) < root\n",
-         false},
-        {source("a", "b") + source("b", "a"), L"b", L"root b (f.gas)\nK1 a (f.gas) < root\n",
-         false},
-        {source("a", ""), L"z", L"root z ()\n", true},
-    };
-    for (const auto& c : cases) {
-        host.log.clear();
-        chain = {};
-        chain.open(c.name, put(L"f.gas", c.file));
-        EXPECT_EQ(drawn(), c.tree);
-        EXPECT_EQ(host.log, c.asks ? filePrompt() : Lines{});
-        EXPECT_EQ(chain.text() == L"Source not available.", c.asks);
+constexpr const char* kStories =
+    R"(# The tree is the chain of the first file.
+write f a>b(A) b>c(B) c(C)
+open a ./f -> root A ./f, K1 B ./f, K2 C ./f; in ./f#0; shows a>b(A); files ./f|;
+# A label that holds the separator: the empty piece uses up its number.
+write f a(A||C) A
+open a ./f -> root A ./f, K2 C ./f; in ./f#1; shows A; files ./f|;
+write f a>B b(B)
+open z ./f -> root z none; in ./f; shows Source not available.; files ./f|; file?;
+
+# A first file that cannot be loaded leaves an empty tree.
+open a ./none -> files ./none|; fails ./none;
+
+# The list is read whole from the current folder, and saved into the program's.
+write f a
+list x||X|x| |
+open a ./f -> root a ./f; in ./f#0; shows a; files x||X|x| ||./f|;
+list ./F|y
+open a ./f -> root a ./f; in ./f#0; shows a; files ./F|y|;
+list 1|2|3|4|5|6|7|8|9|10|11|12|13|14|15|16|17|
+open a ./f -> root a ./f; in ./f#0; shows a; files 1|2|3|4|5|6|7|8|9|10|11|12|13|14|15|16|17||./f|;
+save -> kept|1|2|3|4|5|6|7|8|9|10|11|12|13|14|15|16|17||./f replaces kept;
+
+# Each click adds a level, over the listed files; each node knows its file.
+write f a>b(A), g b>c, h x c(C)
+list |./h||./g
+open a ./f -> root A ./f, K1 b ./f; in ./f#0; shows a>b(A); files |./h||./g|./f|;
+click 1 -> root A ./f, K1 b ./g, K3 c ./g; in ./g#0; shows b>c;
+click 2 -> root A ./f, K1 b ./g, K3 c ./h; in ./h#1; shows c(C);
+click 2
+click 0 -> in ./f#0; shows a>b(A);
+
+# A file that the user shows joins the list only when it helps.
+write f a>b, g b, h other
+open a ./f -> root a ./f, K1 b ./f; in ./f#0; shows a>b; files ./f|;
+click 1 -> root a ./f, K1 b none; in ./f; shows Source not available.; file?;
+pick ./h
+click 1 -> in ./h; file?;
+pick ./none
+click 1 -> in ./f; file?, fails ./none;
+pick ./g
+click 1 -> root a ./f, K1 b ./g; in ./g#0; shows b; files ./f|./g|; file?;
+
+# A source that has come into the current file leaves the node without one.
+write f a>b
+open a ./f -> root a ./f, K1 b ./f; in ./f#0; shows a>b; files ./f|;
+click 1 -> root a ./f, K1 b none; in ./f; shows Source not available.; file?;
+write f a>b b>c
+click 1 -> root a ./f, K1 b none, K3 c ./f; in ./f#1; shows b>c;
+
+# The walk goes on after a failure, and does not load the current file.
+write f a>b, g b, empty
+list ./empty|./f|./f|./empty|./g
+open a ./f -> root a ./f, K1 b ./f; in ./f#0; shows a>b; files ./empty|./f|./f|./empty|./g|;
+remove f
+click 1 -> root a ./f, K1 b ./g; in ./g#0; shows b; fails ./empty;
+
+# A file that failed is tried again once it is another.
+write f a>b, empty
+list ./empty
+open a ./f -> root a ./f, K1 b ./f; in ./f#0; shows a>b; files ./empty|./f|;
+click 1 -> root a ./f, K1 b none; in ./f; shows Source not available.; fails ./empty, file?;
+click 1 -> file?;
+soon empty
+click 1 -> fails ./empty, file?;
+click 1 -> file?;
+write empty b
+click 1 -> root a ./f, K1 b ./empty; in ./empty#0; shows b;
+
+# The walk skips the file that is current by then, which it knows as it is written.
+write f a>b, h c
+list ./h|./f|./f|./h
+open a ./f -> root a ./f, K1 b ./f; in ./f#0; shows a>b; files ./h|./f|./f|./h|;
+click 1 -> root a ./f, K1 b none; in ./h; shows Source not available.; file?;
+list ./h|./f
+open a ./f -> root a ./f, K1 b ./f; in ./f#0; shows a>b; files ./h|./f|;
+click 1 -> root a ./f, K1 b none; in ./f; shows Source not available.; file?;
+write F a>b
+list ./F
+open a ./f -> root a ./f, K1 b ./f; in ./f#0; shows a>b; files ./F|;
+click 1 -> root a ./f, K1 b none; in ./F; shows Source not available.; file?;
+
+# The current file comes first, and doc before name.
+write f a>b both, g c(named_c) b>both d(c) both>c
+list ./g
+open a ./f -> root a ./f, K1 b ./f; in ./f#0; shows a>b; files ./g|./f|;
+click 1 -> root a ./f, K1 b ./g, K3 both ./g; in ./g#1; shows b>both;
+click 2 -> root a ./f, K1 b ./g, K3 both ./g, K4 c ./g; in ./g#3; shows both>c;
+click 3 -> in ./g#2; shows d(c);
+
+# A cycle ends at the first template that comes again; a file is known once it was looked into.
+write f a>b b>a
+open a ./f -> root a ./f, K1 b ./f; in ./f#0; shows a>b; files ./f|;
+click 1 0 1 0
+write f a>b b>A c(A)
+open a ./f -> root a ./f, K1 b ./f, K2 A ./f; in ./f#0; shows a>b; files ./f|;
+click 2 0 2 0
+write f a>b, g b>a z
+list ./g
+open a ./f -> root a ./f, K1 b ./f; in ./f#0; shows a>b; files ./g|./f|;
+click 1 0 2 0 2 0 2 -> root a ./f, K1 b ./g, K3 a ./g;
+
+# After a reset the name stands in the place of a file, unless there is such a file.
+write f a>b, g b
+list ./g
+open a ./f -> root a ./f, K1 b ./f; in ./f#0; shows a>b; files ./g|./f|;
+say no
+reset -> reset?;
+reset -> files a|; reset?;
+click 1 -> root a ./f, K1 b none; in ./f; shows Source not available.; fails a, file?;
+click 1 -> file?;
+write a b
+click 1 -> root a ./f, K1 b a; in a#0; shows b;
+click 0 -> in ./f#0; shows a>b; files a|./f|;
+
+# A file is loaded again when it has changed or may have. What looks as before is not: this is
+# what makes a long list fast.
+old f a>b, g x(1)
+list ./g
+open a ./f -> root a ./f, K1 b ./f; in ./f#0; shows a>b; files ./g|./f|;
+click 1 -> root a ./f, K1 b none; in ./f; shows Source not available.; file?;
+write g b(1)
+click 0 1 -> root a ./f, K1 b ./g; in ./g#0; shows b(1);
+old g x(1)
+click 0 1 -> root a ./f, K1 b none; in ./f; shows Source not available.; file?;
+old g b(1)
+click 0 1 -> file?;
+old g b(10)
+click 0 1 -> root a ./f, K1 b ./g; in ./g#0; shows b(10);
+soon g x(100)
+click 0 1 -> root a ./f, K1 b none; in ./f; shows Source not available.; file?;
+soon g b(100)
+click 0 1 -> root a ./f, K1 b ./g; in ./g#0; shows b(100);
+# The current file too; one that is gone stays as it was loaded.
+write g b(2)
+click 1 -> shows b(2);
+remove g
+click 1
+
+# A file that was only remembered is loaded when it is needed.
+old f a>p p>q, g b>c p>z
+list ./f|./g
+open a ./f -> root a ./f, K1 p ./f, K2 q ./f; in ./f#0; shows a>p; files ./f|./g|;
+click 2 0 2 -> root a ./f, K1 p ./f, K2 q none; in ./g; shows Source not available.; file?, file?;
+click 1 -> in ./g#1; shows p>z;)";
+
+TEST(Chain, TellsItsStories) {
+    const std::string all = kStories;
+    for (std::size_t begin = 0, end = 0; end != all.npos; begin = end + 2) {
+        end = all.find("\n\n", begin);
+        const std::string story = all.substr(begin, end - begin);
+        EXPECT_EQ(Teller().tell(story), story);
     }
 }
 
 // A walk over the file for each step would take minutes.
-TEST_F(Chain, ALongChainTakesNoWalkOverTheFileForEachStep) {
-    std::string text;
+TEST(Chain, ALongChainTakesNoWalkOverTheFileForEachStep) {
+    const test::RecordingHost host;
+    const test::TempFolder folder;
     const int count = 100000;
-    for (int i = 0; i < count; ++i)
-        text += source("t" + std::to_string(i), "t" + std::to_string(i + 1));
+    std::string text;
+    for (int i = 0; i < count; ++i) {
+        text += blockOf("t" + std::to_string(i) + ">t" + std::to_string(i + 1));
+    }
     ChainDocument document;
-    ASSERT_TRUE(document.load(put(L"f.gas", text)));
+    ASSERT_TRUE(document.load(folder.put(L"f", text)));
     const std::wstring history = gstrGetTemplateHistory(document.templates(), L"t0");
     EXPECT_TRUE(history.starts_with(L"t0|t1|t2|"));
     EXPECT_TRUE(history.ends_with(L"|t99999|t100000"));
     for (int i = 0; i < count; ++i) ASSERT_NE(document.find(L"t" + std::to_wstring(i)), nullptr);
-}
-
-TEST_F(Chain, AFirstFileThatCannotBeLoadedLeavesAnEmptyTree) {
-    const std::wstring missing = folder.path(L"none.gas");
-    chain.open(L"a", missing);
-    EXPECT_EQ(host.log, loadFailed(missing));
-    EXPECT_TRUE(chain.nodes().empty());
-    EXPECT_EQ(chain.text(), L"");
-    EXPECT_EQ(chain.currentFile(), L"");
-    EXPECT_EQ(chain.files(), Files{missing});
-}
-
-TEST_F(Chain, TheListIsReadWholeFromTheCurrentFolder) {
-    const std::wstring file = put(L"open.gas", source("a", ""));
-    Files many(40, L"z");
-    many.push_back(file);
-    const struct {
-        Files kept;
-        Files list;
-    } cases[] = {
-        {{}, {file}},
-        {{L"x", L"", L"X", L"x", L" ", L""}, {L"x", L"", L"X", L"x", L" ", L"", file}},
-        {{folder.path(L"OPEN.gas"), L"y"}, {folder.path(L"OPEN.gas"), L"y"}},
-        {Files(40, L"z"), many},
-    };
-    programs.put(L"spec.his", "from the program's folder");
-    for (const auto& c : cases) {
-        if (!c.kept.empty()) listFiles(c.kept);
-        chain = {};
-        chain.open(L"a", file);
-        EXPECT_EQ(chain.files(), c.list);
-    }
-    EXPECT_EQ(host.log, Lines{});
-}
-
-TEST_F(Chain, GrowsOneLevelAClickOverTheListedFiles) {
-    const std::wstring a = put(L"a.gas", source("a", "b", "A"));
-    const std::wstring b = put(L"b.gas", source("b", "c"));
-    const std::wstring c = put(L"c.gas", source("c", "", "C"));
-    listFiles({L"", c, L"", b});
-    chain.open(L"a", a);
-    EXPECT_EQ(chain.text(),
-              L"[t:template,n:a]\r\n{\r\ndoc = \"A\";\r\nspecializes = \"b\";\r\n}\r\n");
-    EXPECT_EQ(chain.currentFile(), a);
-    chain.click(1);
-    EXPECT_EQ(drawn(), L"root A (a.gas)\nK1 b (b.gas) < root\nK3 c (b.gas) < K1\n");
-    EXPECT_EQ(chain.currentFile(), b);
-    chain.click(2);
-    chain.click(2);
-    EXPECT_EQ(drawn(), L"root A (a.gas)\nK1 b (b.gas) < root\nK3 c (c.gas) < K1\n");
-    EXPECT_EQ(chain.text(), L"[t:template,n:c]\r\n{\r\ndoc = \"C\";\r\n}\r\n");
-    // The way back: each node knows its file.
-    chain.click(0);
-    EXPECT_EQ(chain.currentFile(), a);
-    EXPECT_EQ(chain.files(), (Files{L"", c, L"", b, a}));
-    EXPECT_EQ(host.log, Lines{});
-}
-
-TEST_F(Chain, AFileThatTheUserShowsJoinsTheListOnlyWhenItHelps) {
-    const std::wstring a = put(L"a.gas", source("a", "b"));
-    const std::wstring b = put(L"b.gas", source("b", ""));
-    const std::wstring other = put(L"other.gas", source("other", ""));
-    host.files = {std::nullopt, other, folder.path(L"none.gas"), b};
-    chain.open(L"a", a);
-    const Lines messages[] = {{}, {}, loadFailed(folder.path(L"none.gas")), {}};
-    for (const Lines& after : messages) {
-        EXPECT_EQ(chain.files(), Files{a});
-        host.log.clear();
-        chain.click(1);
-        Lines log = filePrompt();
-        log.insert(log.end(), after.begin(), after.end());
-        EXPECT_EQ(host.log, log);
-        const bool found = host.files.empty();
-        EXPECT_EQ(chain.nodes()[1].tag, found ? b : L"");
-        EXPECT_EQ(chain.text() == L"Source not available.", !found);
-    }
-    EXPECT_EQ(chain.files(), (Files{a, b}));
-
-    // A source that has come into the current file leaves the node without one.
-    host.files = {};
-    chain = {};
-    chain.open(L"a", a);
-    chain.click(1);
-    put(L"a.gas", source("b", "c"));
-    chain.click(1);
-    EXPECT_EQ(drawn(), L"root a (a.gas)\nK1 b () < root\nK3 c (a.gas) < K1\n");
-}
-
-TEST_F(Chain, TheWalkGoesOnAfterAFailure) {
-    const std::wstring a = put(L"a.gas", source("a", "b"));
-    const std::wstring b = put(L"b.gas", source("b", ""));
-    const std::wstring empty = put(L"empty.gas", "");
-    listFiles({empty, a, a, empty, b});
-    chain.open(L"a", a);
-    // The current file is neither loaded by its node nor by the walk.
-    std::filesystem::remove(folder.native(L"a.gas"));
-    chain.click(1);
-    EXPECT_EQ(host.log, loadFailed(empty));
-    EXPECT_EQ(chain.nodes()[1].tag, b);
-    // One that failed is tried again once it is another.
-    listFiles({empty});
-    chain = {};
-    chain.open(L"a", put(L"a.gas", source("a", "b")));
-    for (const auto& [text, boxes] : {std::pair("", 1U), {nullptr, 0U}, {"x", 1U}, {nullptr, 0U}}) {
-        if (text != nullptr) put(L"empty.gas", text);
-        host.log.clear();
-        chain.click(1);
-        EXPECT_EQ(host.logged("ask").size(), boxes);
-    }
-    put(L"empty.gas", source("b", ""));
-    chain.click(1);
-    EXPECT_EQ(chain.nodes()[1].tag, empty);
-}
-
-TEST_F(Chain, TheWalkSkipsTheFileThatIsCurrentByThen) {
-    const std::wstring a = put(L"a.gas", source("a", "b"));
-    const std::wstring c = put(L"c.gas", source("c", ""));
-    const std::wstring sameWithoutCase = put(L"A.gas", source("a", "b"));
-    const struct {
-        Files list;
-        std::wstring last;
-    } cases[] = {{{}, a}, {{c, a}, a}, {{a, c}, c}, {{c, a, a, c}, c}, {{sameWithoutCase}, {}}};
-    for (const auto& one : cases) {
-        listFiles(one.list);
-        chain = {};
-        chain.open(L"a", a);
-        chain.click(1);
-        EXPECT_EQ(chain.currentFile(), one.last.empty() ? sameWithoutCase : one.last);
-    }
-}
-
-TEST_F(Chain, LooksInTheCurrentFileFirstAndForDocBeforeName) {
-    const std::wstring a = put(L"a.gas", source("a", "b") + source("both", ""));
-    const std::wstring b = put(L"b.gas", source("c", "", "named c") + source("b", "both") +
-                                             source("d", "", "c") + source("both", "c"));
-    listFiles({b});
-    chain.open(L"a", a);
-    chain.click(1);
-    clickLast();
-    EXPECT_EQ(chain.text(), L"[t:template,n:both]\r\n{\r\nspecializes = \"c\";\r\n}\r\n");
-    clickLast();
-    EXPECT_EQ(chain.text(), L"[t:template,n:d]\r\n{\r\ndoc = \"c\";\r\n}\r\n");
-    EXPECT_EQ(drawn(),
-              L"root a (a.gas)\nK1 b (b.gas) < root\nK3 both (b.gas) < K1\nK4 c (b.gas) < K3\n");
-}
-
-TEST_F(Chain, ACycleEndsAtTheFirstTemplateThatComesAgain) {
-    const struct {
-        std::string first, second;
-        const wchar_t* tree;
-    } cases[] = {
-        {source("a", "b") + source("b", "a"), "", L"root a (f.gas)\nK1 b (f.gas) < root\n"},
-        {source("a", "b") + source("b", "A") + source("c", "", "A"), "",
-         L"root a (f.gas)\nK1 b (f.gas) < root\nK2 A (f.gas) < K1\n"},
-        // What a file of its own holds is known once it has been looked into.
-        {source("a", "b"), source("b", "a"),
-         L"root a (f.gas)\nK1 b (g.gas) < root\nK3 a (g.gas) < K1\n"},
-    };
-    for (const auto& c : cases) {
-        listFiles({put(L"g.gas", c.second + source("z", ""))});
-        chain = {};
-        chain.open(L"a", put(L"f.gas", c.first));
-        for (int i = 0; i < 5; ++i) {
-            clickLast();
-            chain.click(0);
-        }
-        EXPECT_EQ(drawn(), c.tree);
-    }
-    EXPECT_EQ(host.log, Lines{});
-}
-
-TEST_F(Chain, ResetLeavesTheNameInThePlaceOfAFile) {
-    const std::wstring a = put(L"a.gas", source("a", "b"));
-    const std::wstring b = put(L"b.gas", source("b", ""));
-    listFiles({b});
-    chain.open(L"a", a);
-    host.answers = {Answer::no};
-    chain.resetFiles();
-    EXPECT_EQ(chain.files(), (Files{b, a}));
-    EXPECT_EQ(host.log, Lines{"ask: Really reset the list of files that are searched for source? "
-                              "| Kestrel | question | noYes"});
-    host.answers = {Answer::yes};
-    chain.resetFiles();
-    EXPECT_EQ(chain.files(), Files{L"a"});
-    host.log.clear();
-    chain.click(1);
-    Lines log = loadFailed(L"a");
-    log.push_back(filePrompt()[0]);
-    EXPECT_EQ(host.log, log);
-    // Its second click asks at once.
-    host.log.clear();
-    chain.click(1);
-    EXPECT_EQ(host.log, filePrompt());
-    // Unless there is such a file.
-    current.put(L"a", source("b", ""));
-    chain.click(1);
-    EXPECT_EQ(chain.nodes()[1].tag, L"a");
-    // A node knows its own file without the list.
-    host.log.clear();
-    chain.click(0);
-    EXPECT_EQ(chain.currentFile(), a);
-    EXPECT_EQ(host.log, Lines{});
-}
-
-TEST_F(Chain, SavesTheListIntoTheProgramsFolder) {
-    programs.put(L"spec.his", "before");
-    const std::wstring a = put(L"a.gas", source("a", ""));
-    listFiles({L"x.gas", L""});
-    chain.open(L"a", a);
-    chain.saveFiles();
-    EXPECT_EQ(programs.bytes(L"spec.his"), "before\r\nx.gas\r\n\r\n" + test::shown(a));
-    EXPECT_EQ(programs.bytes(L"spec.his.bak"), "before");
-    EXPECT_EQ(current.bytes(L"spec.his"), "x.gas\r\n");
-}
-
-TEST_F(Chain, AChangedFileIsLoadedAgain) {
-    const std::wstring a = putOld(L"a.gas", source("a", "b"));
-    const std::wstring b = putOld(L"b.gas", source("x", "", "1"));
-    listFiles({b});
-    chain.open(L"a", a);
-    const auto search = [&] {
-        host.log.clear();
-        chain.click(0);
-        chain.click(1);
-        return host.log.empty();
-    };
-    // What looks as before is not loaded: this is what makes a long list fast.
-    const struct {
-        const char* name;
-        const char* doc;
-        bool old;
-        bool found;
-    } changes[] = {{"x", "1", true, false}, {"b", "1", false, true}, {"x", "1", false, false},
-                   {"b", "1", false, true}, {"x", "1", true, false}, {"b", "1", true, false},
-                   {"b", "10", false, true}};
-    for (const auto& change : changes) {
-        const std::string text = source(change.name, "", change.doc);
-        put(L"b.gas", text);
-        if (change.old) putOld(L"b.gas", text);
-        EXPECT_EQ(search(), change.found) << change.name << change.doc << change.old;
-    }
-    // Unless it was written so lately that it may still change in the same moment.
-    const auto now = std::filesystem::file_time_type::clock::now();
-    for (const char* name : {"x", "b"}) {
-        put(L"b.gas", source(name, "", "100"));
-        std::filesystem::last_write_time(folder.native(L"b.gas"), now);
-        EXPECT_EQ(search(), *name == 'b');
-    }
-    // The current file too; one that is gone stays as it was loaded.
-    put(L"b.gas", source("b", "", "200"));
-    chain.click(1);
-    EXPECT_NE(chain.text().find(L"200"), std::wstring::npos);
-    std::filesystem::remove(folder.native(L"b.gas"));
-    chain.click(1);
-    EXPECT_NE(chain.text().find(L"200"), std::wstring::npos);
-    EXPECT_EQ(host.log, Lines{});
-}
-
-TEST_F(Chain, AFileThatWasOnlyRememberedIsLoadedWhenItIsNeeded) {
-    const std::wstring a = putOld(L"a.gas", source("a", "p") + source("p", "q"));
-    const std::wstring b = putOld(L"b.gas", source("b", "c") + source("p", "z"));
-    listFiles({a, b});
-    chain.open(L"a", a);
-    for (const std::size_t node : {2U, 0U, 2U}) chain.click(node);
-    EXPECT_EQ(chain.currentFile(), b);
-    chain.click(1);
-    EXPECT_NE(chain.text().find(L"\"z\""), std::wstring::npos);
-    EXPECT_EQ(host.logged("ask"), Lines{});
-}
-
-TEST_F(Chain, AsksByTheNameThatFindsTheTemplate) {
-    std::vector<GasTemplate> templates;
-    ASSERT_TRUE(loadGasText(L"[info]\r\n{\r\nspecializes = x;\r\n}\r\n", templates));
-    EXPECT_EQ(chainName(templates[0]), L"Info0");
-    ASSERT_TRUE(loadGasText(L"[t:template,n:a]\r\n{\r\n}\r\n", templates));
-    EXPECT_EQ(chainName(templates[0]), L"a");
 }
 
 }  // namespace

@@ -1,12 +1,12 @@
+// Texts that go back into files: whole ones, and blocks that are put in their places.
 #include "gas/saving.h"
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
 
-#include "gas/load.h"
-#include "services/bytes.h"
+#include "gas/edit.h"
+#include "gastest.h"
 #include "services/files.h"
 #include "support/recordinghost.h"
 #include "support/tempfolder.h"
@@ -14,7 +14,15 @@
 namespace kestrel {
 namespace {
 
-using Lines = std::vector<std::string>;
+namespace fs = std::filesystem;
+using Answers = std::deque<Answer>;
+using namespace std::string_view_literals;
+constexpr Answer kYes = Answer::yes;
+constexpr Answer kNo = Answer::no;
+
+std::string with(std::string text, std::string_view from, std::string_view to) {
+    return text.replace(text.find(from), from.size(), to);
+}
 
 class Saving : public testing::Test {
   protected:
@@ -23,276 +31,215 @@ class Saving : public testing::Test {
         gProgram().folder = folder.path();
     }
 
-    ViewedText viewed(bool canEdit = true) {
-        return {[this] { return text; }, canEdit, true};
+    // What the user is asked and told while `viewed` is saved into the file `target`.
+    std::string save(ViewedText& viewed, const std::wstring& target, const OpenFile& openFile) {
+        host.log.clear();
+        host.files = {target.empty() ? std::nullopt : std::optional(folder.path(target))};
+        saved = saveViewedText(viewed, openFile);
+        return inWords(host.log, words);
     }
-
-    void save(bool canEdit, const std::wstring& target) {
-        host.files = {target};
-        ViewedText shown = viewed(canEdit);
-        saveViewedText(shown,
-                       {[this] { return openPath; }, [this] { host.log.push_back("reload"); }});
-    }
-
-    std::wstring path(const wchar_t* name) const { return joinPath(folder.path(), name); }
 
     test::RecordingHost host;
     test::TempFolder folder;
-    std::wstring text = L"[t:a]\r\n{\r\n}\n";
-    std::wstring openPath = path(L"open.gas");
+    const std::wstring openPath = folder.path(L"open.gas");
+    const OpenFile open{[this] { return openPath; }, [this] { host.log.push_back("reload"); }};
+    bool saved = false;
+    const Words words{
+        {"save: Select Save As Filename and Location | ", "as "},
+        {"Text File (*.txt)|*.txt|GAS File (*.gas)|*.gas|All files (*.*)|*.* | ", "text in "},
+        {"GAS File (*.gas)|*.gas|Text File (*.txt)|*.txt|All files (*.*)|*.* | ", "source over "},
+        {test::shown(openPath), "it"},
+        {test::shown(folder.path()), "its folder"},
+        {" | Kestrel | question | noYes", "?"},
+        {" | Kestrel | question | yesNoCancel", "?"},
+        {" | Kestrel | exclamation | ok", "!"},
+        {"ask: File already exists. Replace existing file?", "replace"},
+        {"ask: The file has been changed by another program since it was loaded. Overwrite it?",
+         "changed"},
+        {"ask: \"it\" is write-protected. Replace it anyway?", "protected"},
+        {"ask: This text is one of the ", ""},
+        {" blocks of this file. Put it in its place and keep the others?", " blocks"},
+        {"ask: This text is no longer one block of the file. A brace is open at its end. Put it in "
+         "its place all the same?",
+         "all the same"},
+        {"ask: Nothing was written: \"it\" does not hold this block any more as it was loaded. "
+         "Save the text to another file, or open this one again.",
+         "gone"}};
 };
 
-const std::string kReplace =
-    "ask: File already exists. Replace existing file? | Kestrel | "
-    "question | noYes";
-
-TEST_F(Saving, AnotherFileIsWrittenWithoutReload) {
-    const struct {
-        const wchar_t* name;
-        const wchar_t* before;
-        const wchar_t* backup;
-    } cases[] = {{L"new.txt", L"", L""},
-                 {L"other.gas", L"before", L"before"},
-                 {L"LOUD.GAS", L"before", L"before"},
-                 {L"other.txt", L"before", L""}};
-    for (const auto& one : cases) {
-        const std::wstring target = path(one.name);
-        Lines log{
-            "save: Select Save As Filename and Location | Text File (*.txt)|*.txt|GAS File "
-            "(*.gas)|*.gas|All files (*.*)|*.* | " +
-            toUtf8(folder.path())};
-        if (*one.before != L'\0') {
-            gWriteFile(target, one.before);
-            log.push_back(kReplace);
-        }
-        host.log.clear();
-        save(false, target);
-        EXPECT_EQ(gstrReadFile(target), text);
-        EXPECT_EQ(gstrReadFile(backupPath(target)), one.backup);
-        EXPECT_EQ(host.log, log);
-    }
-}
-
-TEST_F(Saving, AnEditedTextStartsAtTheOpenFileAndReloadsIt) {
-    gWriteFile(openPath, L"before");
-    save(true, openPath);
-    EXPECT_EQ(gstrReadFile(openPath), text);
-    EXPECT_EQ(gstrReadFile(path(L"open.gas.bak")), L"before");
-    EXPECT_EQ(host.log, (Lines{"save: Select Save As Filename and Location | GAS File "
-                               "(*.gas)|*.gas|Text File (*.txt)|*.txt|All files (*.*)|*.* | " +
-                                   toUtf8(openPath),
-                               kReplace, "reload"}));
-}
-
-TEST_F(Saving, AnotherProgramsChangeIsReplacedOnlyOnASecondYes) {
-    const std::string changed =
-        "ask: The file has been changed by another program since it was loaded. Overwrite it? | "
-        "Kestrel | question | noYes";
-    const auto loaded = [this] {
-        gWriteFile(openPath, L"before");
-        return fileStamp(openPath);
+// The open file is edited, other ones get what a viewer shows.
+TEST_F(Saving, AsksBeforeItReplacesAFile) {
+    // The file and what it holds; the answers, of which the last is no where nothing is written.
+    const std::tuple<const wchar_t*, const char*, Answers, const char*> cases[] = {
+        {L"new.txt", nullptr, {}, "as text in its folder"},
+        {L"other.txt", "other", {}, "as text in its folder, replace?"},
+        {L"other.gas", "other", {}, "as text in its folder, replace?"},
+        {L"LOUD.GAS", "other", {}, "as text in its folder, replace?"},
+        {L"open.gas", nullptr, {}, "as source over it"},
+        {L"open.gas", "as loaded", {}, "as source over it, replace?, reload"},
+        {L"open.gas", "as loaded", {kNo}, "as source over it, replace?"},
+        {L"open.gas", "longer", {}, "as source over it, replace?, changed?, reload"},
+        {L"open.gas", "later", {}, "as source over it, replace?, changed?, reload"},
+        {L"open.gas", "later", {kYes, kNo}, "as source over it, replace?, changed?"},
+        {L"open.gas", "unknown", {}, "as source over it, replace?, reload"},
+        {L"open.gas", "locked", {kYes, kNo}, "as source over it, replace?, protected?"},
+        {L"open.gas", "locked", {}, "as source over it, replace?, protected?, reload"},
     };
-    const auto later = [this] {
-        const auto written = std::filesystem::last_write_time(folder.native(L"open.gas"));
-        std::filesystem::last_write_time(folder.native(L"open.gas"),
-                                         written + std::chrono::seconds(2));
-    };
-    const struct {
-        const char* what;
-        std::function<void()> change;
-        std::deque<Answer> answers;
-        bool asked;
-        bool written;
-    } cases[] = {
-        {"unchanged", [] {}, {}, false, true},
-        {"longer", [this] { folder.put(L"open.gas", "before+"); }, {}, true, true},
-        {"declined",
-         [this] { folder.put(L"open.gas", "before+"); },
-         {Answer::yes, Answer::no},
-         true,
-         false},
-        {"as long", later, {}, true, true},
-        {"gone", [this] { std::filesystem::remove(folder.native(L"open.gas")); }, {}, false, true},
-    };
-    for (const auto& c : cases) {
-        const auto stamp = loaded();
-        ASSERT_TRUE(stamp);
-        c.change();
-        const std::string before = folder.bytes(L"open.gas");
-        host.log.clear();
-        host.answers = c.answers;
-        host.files = {openPath};
-        ViewedText shown = viewed();
-        saveViewedText(shown, {[this] { return openPath; }, {}, [&] { return stamp; }});
-        EXPECT_EQ(host.logged(changed), c.asked ? Lines{changed} : Lines{}) << c.what;
-        EXPECT_EQ(folder.bytes(L"open.gas"), c.written ? toUtf8(text) : before) << c.what;
+    const std::wstring text = L"[t:a]\r\n{\r\n}\n";
+    for (const auto& [target, now, answers, told] : cases) {
+        const fs::path file = folder.native(target);
+        const std::wstring backup = std::wstring(target) + L".bak";
+        folder.put(L"open.gas", "open");
+        fs::remove(file);
+        fs::remove(folder.native(backup));
+        const std::string state = now == nullptr ? "(missing)" : now;
+        if (now != nullptr) folder.put(target, now);
+        if (state == "locked") fs::permissions(file, fs::perms::owner_read);
+        std::optional<FileStamp> stamp = fileStamp(openPath);
+        if (state == "longer" || state == "other") --stamp->size;
+        if (state == "later") --stamp->written;
+        if (state == "unknown") stamp.reset();
+        gProgram().kept.clear();
+        host.answers = answers;
+        ViewedText viewed{[&] { return text; }, target == L"open.gas"sv, true};
+        EXPECT_EQ(save(viewed, target, {open.path, open.reload, [&] { return stamp; }}), told);
+        EXPECT_EQ(saved, answers.empty()) << told;
+        if (state == "locked") fs::permissions(file, fs::perms::owner_all);
+        EXPECT_EQ(folder.bytes(target), saved ? toUtf8(text) : state) << told;
+        const bool isKept = saved && !std::wstring_view(target).ends_with(L"txt");
+        EXPECT_EQ(folder.bytes(backup), isKept ? state : "(missing)") << told;
     }
-    // A file that was never loaded, or whose state nobody knows, has one question.
-    folder.put(L"other.gas", "other");
-    for (const auto& stamp : {fileStamp(folder.path(L"other.gas")), fileStamp(L"")}) {
-        host.log.clear();
-        host.files = {folder.path(stamp ? L"other.gas" : L"open.gas")};
-        ViewedText shown = viewed();
-        saveViewedText(shown, {[this] { return openPath; }, {}, [&] { return stamp; }});
-        EXPECT_EQ(host.logged("ask"), Lines{kReplace});
-    }
-}
-
-TEST_F(Saving, NothingIsWrittenWhenTheUserDeclines) {
-    gWriteFile(openPath, L"before");
-    host.answers = {Answer::no};
-    save(true, openPath);
-    EXPECT_EQ(gstrReadFile(openPath), L"before");
-    EXPECT_FALSE(fileExists(backupPath(openPath)));
-    EXPECT_EQ(host.logged("reload"), Lines{});
-    host.files = {std::nullopt};
-    host.log.clear();
-    ViewedText shown = viewed();
-    saveViewedText(shown, {});
-    EXPECT_EQ(host.log.size(), 1U);
+    ViewedText viewed{[&] { return text; }, true, true};
+    EXPECT_EQ(save(viewed, L"", {}), "as source over its folder");
+    EXPECT_FALSE(saved);
 }
 
 TEST_F(Saving, TextThatHasNoByteIsRefusedAndTheFileStays) {
     folder.put(L"open.gas", "before");
-    const auto untouched = std::filesystem::last_write_time(folder.native());
-    text = L"one\r\ntwo \u0416";
-    save(true, openPath);
+    const auto untouched = fs::last_write_time(folder.native());
+    ViewedText viewed{[] { return L"one\r\ntwo \u0416"; }, true, true};
+    EXPECT_EQ(save(viewed, L"open.gas", open),
+              "as source over it, replace?, ask: Error (5): Cannot write 'it': The character "
+              "'\u0416' (U+0416) in line 2 cannot be stored in code page 1252. Replace it, or save "
+              "the text as a text file in 'saveViewedText'!");
     EXPECT_EQ(folder.bytes(L"open.gas"), "before");
-    EXPECT_EQ(folder.names(), Lines{"open.gas"});
-    EXPECT_EQ(std::filesystem::last_write_time(folder.native()), untouched);
-    EXPECT_EQ(host.logged("reload"), Lines{});
-    EXPECT_EQ(
-        host.log.back(),
-        "ask: Error (5): Cannot write '" + test::shown(openPath) +
-            "': The character '\u0416' (U+0416) in line 2 cannot be stored in code page 1252. "
-            "Replace it, or save the text as a text file in 'saveViewedText' | Kestrel | "
-            "exclamation | ok");
-    // Which may hold it.
-    save(true, folder.path(L"new.txt"));
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"open.gas"});
+    EXPECT_EQ(fs::last_write_time(folder.native()), untouched);
+    EXPECT_EQ(save(viewed, L"new.txt", open), "as source over it");
     EXPECT_EQ(folder.bytes(L"new.txt"), "\xEF\xBB\xBFone\r\ntwo \xD0\x96");
 }
 
-constexpr const char* kThree =
-    "[t:sed,n:a]\r\n{\r\n\tx = 1;\r\n}\r\n\r\n[t:sed,n:b]\r\n{\r\n}\r\n[t:sed,n:c]\r\n{\r\n}\r\n";
-
-std::string with(std::string text, std::string_view from, std::string_view to) {
-    return text.replace(text.find(from), from.size(), to);
-}
-
 TEST_F(Saving, ABlockGoesToItsPlace) {
-    const std::string inPlace =
-        "ask: This text is one of the 3 blocks of this file. Put it in its place and keep the "
-        "others? | Kestrel | question | yesNoCancel";
-    const std::string odd =
-        "ask: This text is no longer one block of the file. A brace is open at its end. Put it in "
-        "its place all the same? | Kestrel | question | noYes";
-    const std::string mark(kUtf8Mark);
-    const std::string gone = "ask: Nothing was written: ";
-    const struct {
-        const char* what;
-        const wchar_t* edited;
-        std::deque<Answer> answers;
-        std::string before;
-        std::string after;
-        Lines log;
-    } cases[] = {
-        {"in its place",
-         L"x = 2;",
-         {},
-         kThree,
-         with(kThree, "\tx = 1", "    x = 2"),
-         {kReplace, inPlace}},
-        {"alone",
-         L"x = 2;",
-         {Answer::yes, Answer::no},
-         kThree,
-         "[t:sed,n:a]\r\n{\r\n    x = 2;\r\n}\r\n",
-         {kReplace, inPlace}},
-        {"cancelled",
-         L"x = 2;",
-         {Answer::yes, Answer::cancel},
-         kThree,
-         kThree,
-         {kReplace, inPlace}},
-        {"not one block",
-         L"{",
-         {Answer::yes, Answer::yes, Answer::no},
-         kThree,
-         kThree,
-         {kReplace, inPlace, odd}},
-        {"not one block, but wanted",
-         L"{",
-         {},
-         kThree,
-         with(kThree, "\tx = 1;", "    {"),
-         {kReplace, inPlace, odd}},
-        {"changed by another",
-         L"x = 2;",
-         {},
-         with(kThree, "1", "7"),
-         with(kThree, "1", "7"),
-         {kReplace, inPlace, gone}},
-        {"moved by another",
-         L"x = 2;",
-         {},
-         std::string("[t:sed,n:0]\r\n{\r\n}\r\n") + kThree,
-         "[t:sed,n:0]\r\n{\r\n}\r\n" + with(kThree, "\tx = 1", "    x = 2"),
-         {kReplace}},
-        {"of UTF-8",
-         L"x = \u0416;",
-         {},
-         mark + kThree,
-         mark + with(kThree, "\tx = 1", "    x = \xD0\x96"),
-         {kReplace, inPlace}},
-        {"of UTF-8, alone",
-         L"x = \u0416;",
-         {Answer::yes, Answer::no},
-         mark + kThree,
-         mark + "[t:sed,n:a]\r\n{\r\n    x = \xD0\x96;\r\n}\r\n",
-         {kReplace, inPlace}},
+    const std::string a = "[t:sed,n:a]|{|\tx = 1;|}|";
+    const std::string alone = "[t:sed,n:a]|{|    x = 2;|}|";
+    const std::string two = "|[t:sed,n:b]|{|}|[t:sed,n:c]|{|}|";
+    const std::string utf8(kUtf8Mark);
+    // What is typed in place of "x = 1;", the answers, and the file before and after.
+    const std::tuple<const char*, Answers, std::string, std::string, const char*> cases[] = {
+        {"x = 2;", {}, "//|" + a + two, "//|" + alone + two, ", 3 blocks?"},
+        {"x = 2;", {kYes, kNo}, a + two, alone, ", 3 blocks?"},
+        {"x = 2;", {kYes, Answer::cancel}, a + two, a + two, ", 3 blocks?"},
+        {"x = 2;||\ty;", {}, a + two, with(alone + two, "2;", "2;||\ty;"), ", 3 blocks?"},
+        {"{", {kYes, kYes, kNo}, a + two, a + two, ", 3 blocks?, all the same?"},
+        {"{", {}, a + two, with(alone + two, "x = 2;", "{"), ", 3 blocks?, all the same?"},
+        {"x = 2;", {}, two + two, two + two, ", 4 blocks?, gone!"},
+        {"x = 2;", {}, two + a + a, two + a + a, ", 4 blocks?, gone!"},
+        {"x = 2;", {}, two + a + two, two + alone + two, ", 5 blocks?"},
+        {"Ж = 2;", {}, utf8 + a + two, utf8 + with(alone + two, "x", "Ж"), ", 3 blocks?"},
+        {"Ж = 2;", {kYes, kNo}, utf8 + a + two, utf8 + with(alone, "x", "Ж"), ", 3 blocks?"},
+        // The only one keeps what is around it without a question, if it still is one.
+        {"x = 2;", {}, "// top|" + a, "// top|" + alone, ""},
+        {"{", {}, "// top|" + a, with(alone, "x = 2;", "{"), ""},
+        {"x = 2;", {}, with(a, "1", "7"), alone, ""},
+        {"x = 2;", {}, "none", alone, ""},
     };
-    std::vector<GasTemplate> templates;
-    loadGasText(widen(kThree), templates);
-    for (const auto& c : cases) {
+    const GasTemplate block = loaded(a).at(0);
+    for (const auto& [edited, answers, before, after, told] : cases) {
         gProgram().kept.clear();
-        folder.put(L"open.gas", c.before);
-        ViewedText shown = viewed();
-        shown.loaded = templates.at(0).Text;
-        shown.block = {openPath, templates.at(0).Place};
-        text = shown.loaded;
-        text.replace(text.find(L"x = 1;"), 6, c.edited);
-        host.log.clear();
-        host.answers = c.answers;
-        host.files = {openPath};
-        const bool saved = saveViewedText(shown, {});
-        EXPECT_EQ(folder.bytes(L"open.gas"), c.after) << c.what;
-        EXPECT_EQ(saved, c.before != c.after) << c.what;
-        EXPECT_EQ(shown.loaded == text, saved) << c.what;
-        const Lines asked = host.logged("ask");
-        for (std::size_t i = 0; i < c.log.size(); ++i) {
-            EXPECT_TRUE(i < asked.size() && asked[i].starts_with(c.log[i])) << c.what << i;
-        }
-        // Once more, and what was there before this run is still in the copy.
+        folder.put(L"open.gas", lines(before));
+        const std::wstring text = fromUtf8(lines(with(flat(block.Text.wide()), "x = 1;", edited)));
+        ViewedText viewed{[&] { return text; }, true, true, block.Text,
+                          FileBlock{openPath, block.Place}};
+        host.answers = answers;
+        EXPECT_EQ(save(viewed, L"open.gas", {}), std::string("as source over it, replace?") + told);
+        EXPECT_EQ(flat(folder.bytes(L"open.gas")), after);
+        EXPECT_EQ(saved, before != after) << told;
+        EXPECT_EQ(viewed.loaded == text, saved) << told;
         if (!saved) continue;
-        host.files = {openPath};
-        EXPECT_TRUE(saveViewedText(shown, {})) << c.what;
-        EXPECT_EQ(folder.bytes(L"open.gas"), c.after) << c.what;
-        EXPECT_EQ(folder.bytes(L"open.gas.bak"), c.before) << c.what;
+        // Once more, and what was there before this run is still in the copy.
+        save(viewed, L"open.gas", {});
+        EXPECT_EQ(flat(folder.bytes(L"open.gas")), after);
+        EXPECT_EQ(flat(folder.bytes(L"open.gas.bak")), before);
     }
 }
 
-TEST_F(Saving, AProtectedFileIsAskedFor) {
-    folder.put(L"open.gas", "before");
-    const auto file = folder.native(L"open.gas");
-    std::filesystem::permissions(file, std::filesystem::perms::owner_read);
-    host.answers = {Answer::yes, Answer::no};
-    save(true, openPath);
-    EXPECT_EQ(folder.bytes(L"open.gas"), "before");
-    EXPECT_TRUE(host.log.back().find("is write-protected. Replace it anyway?") !=
-                std::string::npos);
-    save(true, openPath);
-    EXPECT_EQ(folder.bytes(L"open.gas"), toUtf8(text));
-    std::filesystem::permissions(file, std::filesystem::perms::owner_all);
+TEST_F(Saving, ReplacesTheLinesThatChangedAndNothingElse) {
+    const std::string two =
+        "[t:template,n:a]|{|\tx = 1;\t// one|||\ty = 2;|\tz = 3;|}||[t:template,n:b]|{|\tw = 4;|}|";
+    const std::string lf = "[t:sed,n:a]\n{\n\tx = 1;\n\n\ty = 2;\n}\n[t:sed,n:b]\n{\n}\n";
+    const std::string left = "[t:sed,n:a]|{|\tx = 1;|[t:sed,n:b]|{|}|";
+    const std::string inLine = "[t:sed,n:a] { x = 1; } [t:sed,n:b]|{|}";
+    const std::tuple<std::string, std::size_t, const char*, const char*, std::string> cases[] = {
+        {two, 0, "y = 2;", "y = 22;", with(two, "\ty = 2;", "    y = 22;")},
+        {two, 0, "x = 1;    // one|    y = 2;|    z = 3;", "x = 11;|    y = 2;|    z = 33;",
+         with(with(two, "\tx = 1;\t// one||", "    x = 11;"), "\tz = 3;", "    z = 33;")},
+        {two, 0, "y = 2;|    z = 3;", "z = 3;|    y = 2;",
+         with(two, "\ty = 2;|\tz = 3;", "\tz = 3;|    y = 2;")},
+        {two, 0, "y = 2;|    z = 3;", "n = 0;|    y = 2;|    m = 3;",
+         with(two, "\ty = 2;|\tz = 3;", "    n = 0;|\ty = 2;|    m = 3;")},
+        {two, 0, "    z", "\tnew = 0;|    z", with(two, "\tz", "\tnew = 0;|\tz")},
+        {two, 0, "    z = 3;|", "", with(two, "\tz = 3;|", "")},
+        {two, 0, "    z", "|    z", with(two, "\tz", "|\tz")},
+        // The last line, with the distance to the next block.
+        {two, 0, "}", "} // end", with(two, "}", "} // end")},
+        {two, 1, "4", "5", with(two, "\tw = 4", "    w = 5")},
+        {lf, 0, "x = 1;", "x = 1;|    n = 0;", with(lf, "\ty", "    n = 0;\n\ty")},
+        // A block that was left open is closed, but not in a line.
+        {left, 0, "1", "2", with(left, "\tx = 1;|", "    x = 2;|}|")},
+        {inLine, 0, "1", "2", with(inLine, "1", "2")},
+        {inLine, 1, "{", "{|  y = 2;", with(inLine, "{|}", "{|  y = 2;|}")},
+    };
+    for (const auto& [file, index, from, to, expected] : cases) {
+        const std::wstring before = loaded(file).at(index).Text;
+        const auto edited =
+            replaceBlock(lines(file), index, before, fromUtf8(lines(with(flat(before), from, to))));
+        EXPECT_EQ(flat(edited.value_or("refused")), expected);
+    }
+}
+
+// Each block of each sample, put back as it is shown.
+TEST_F(Saving, WhatWasNotChangedStaysToTheByte) {
+    std::size_t blocks = 0;
+    for (const auto& entry : fs::recursive_directory_iterator(KESTREL_SAMPLES)) {
+        if (!entry.is_regular_file()) continue;
+        const std::string file = readFileBytes(entry.path().wstring());
+        for (const GasTemplate& block : loaded(toUtf8(widen(file)))) {
+            // One that no header begins is no block of the file.
+            if (block.Place == GasTemplate::kNowhere) continue;
+            const std::wstring text = block.Text;
+            const auto same = replaceBlock(file, block.Place, text, text);
+            EXPECT_TRUE(same && (*same == file || !text.ends_with(L"\r\n"))) << entry << text;
+            ++blocks;
+        }
+    }
+    EXPECT_GT(blocks, 60U);
+}
+
+TEST_F(Saving, TellsWhatIsNotOneBlock) {
+    const std::pair<const char*, const wchar_t*> cases[] = {
+        {"[t:sed,n:a]|{|  [b] { c = \"}\"; } // }|}|", L""},
+        {"|[t:sed,n:other]|{|}", L""},
+        {"", L"It has no header that begins with \"[t:sed,\"."},
+        {"[t:tsd,n:a]|{|}|", L"It has no header that begins with \"[t:sed,\"."},
+        {"[t:sed,n:a]|{|}|[t:sed,n:b]|{|}|",
+         L"It has more than one header that begins with \"[t:sed,\"."},
+        {"a = 1;|[t:sed,n:a]|{|}|", L"Its header is not its begin."},
+        {"[t:sed,n:a]|{|  [b]|  {|}|", L"A brace is open at its end."},
+        {"[t:sed,n:a]|{|}|}|", L"It has a closing brace too many."},
+    };
+    for (const auto& [text, why] : cases) {
+        EXPECT_EQ(whyNotOneBlock(L"[t:sed,n:a]\r\n{\r\n}\r\n", fromUtf8(lines(text))), why) << text;
+    }
 }
 
 }  // namespace
