@@ -2,8 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "services/bytes.h"
-#include "services/files.h"
 #include "services/filesystem.h"
 #include "support/recordinghost.h"
 #include "support/tempfolder.h"
@@ -17,30 +18,66 @@ using Lines = std::vector<std::string>;
 // ends the process when one of them is left open.
 class Archives : public testing::Test {
   protected:
-    Archives() { gProgram().host.tank = library.get(); }
+    Archives() {
+        use({filesystem::absolutePath(fromUtf8(KESTREL_STUBS "tank/kestrel_stub_tank"))});
+    }
+
+    void use(std::vector<std::wstring> folders) {
+        library = makeTankLibrary(std::move(folders));
+        gProgram().host.tank = library.get();
+    }
+
+    // Puts the library of that kind into a folder of this test.
+    void place(std::wstring_view folder, const std::string& kind = "") const {
+        const std::filesystem::path name = dynamic::tankFileName();
+        std::filesystem::create_directories(files.native(folder));
+        std::filesystem::copy_file(stubs / "tank" / ("kestrel_stub_tank" + kind) / name,
+                                   files.native(folder) / name);
+    }
 
     // Writes an archive file; tests/stubs/tank tells what its lines mean.
     std::wstring put(std::string_view lines) const { return files.put(L"a.dsres", lines); }
 
-    // The library's calls for that file, where it says "log".
-    std::string calls() const { return files.bytes(L"a.dsres.log"); }
-
-    // The error reports so far, without the box around them.
-    Lines errors() const {
-        const std::string start = "ask: ";
-        const std::string end = " | Kestrel | exclamation | ok";
-        Lines lines;
-        for (const std::string& line : host.logged(start)) {
-            EXPECT_TRUE(line.ends_with(end)) << line;
-            lines.push_back(line.substr(start.size(), line.size() - start.size() - end.size()));
-        }
-        return lines;
+    // Opens and closes an archive; false when it does not open.
+    bool opens() const {
+        TankHandle tank = gOpenTank(put("tank\n"));
+        return tank != 0 && glngCloseTank(tank) == 7;
     }
 
+    static std::string replaced(std::string text,
+                                const std::vector<std::pair<std::string, std::string>>& names) {
+        for (const auto& [from, to] : names) {
+            for (std::size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size()) {
+                text.replace(at, from.size(), to);
+            }
+        }
+        return text;
+    }
+
+    // `text` with names in the place of what differs from run to run.
+    std::string told(std::wstring_view text) const {
+        return replaced(shown(text), {{shown(files.path(L"a.dsres")), "ARCHIVE"},
+                                      {shown(files.path()), "FOLDER"},
+                                      {shown(dynamic::tankFileName()), "LIBRARY"},
+                                      {"FOLDER\\", "FOLDER/"},
+                                      {"\\LIBRARY", "/LIBRARY"}});
+    }
+
+    // The error reports since the last time, without the box around them.
+    Lines errors() {
+        Lines errors;
+        for (const std::string& line : std::exchange(host.log, {})) {
+            const std::size_t end = line.find(" | Kestrel | exclamation | ok");
+            if (line.starts_with("ask: "))
+                errors.push_back(told(fromUtf8(line.substr(5, end - 5))));
+        }
+        return errors;
+    }
+
+    const std::filesystem::path stubs = std::filesystem::absolute(KESTREL_STUBS);
     RecordingHost host;
     TempFolder files;
-    std::unique_ptr<TankLibrary> library =
-        makeTankLibrary({filesystem::absolutePath(folderOf(fromUtf8(KESTREL_TANK)))});
+    std::unique_ptr<TankLibrary> library;
 };
 
 }  // namespace kestrel::test

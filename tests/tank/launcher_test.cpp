@@ -1,107 +1,76 @@
-#include "support/system.h"
+#include "services/bytes.h"
 #include "tank/launching.h"
 
 namespace kestrel {
 namespace {
 
-using namespace std::chrono_literals;
 using test::shown;
-using Steady = std::chrono::steady_clock;
 
-using LauncherTest = test::Launching;
-
-TEST_F(LauncherTest, HandsOutBothStreamsAndTheExitCode) {
-    const struct {
-        const wchar_t* part;
-        std::string text;
-        int exitCode;
-    } cases[] = {
-        {L"streams", R"(out 0\nerr 0\nout 1\nerr 1\nout 2\nerr 2\n)", 0},
-        {L"input", R"(input at its end\n)", 0},
-        {L"nothing", "", 0},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(play(c.part), c.text);
-        EXPECT_EQ(last.exitCode, c.exitCode);
+class LauncherTest : public test::Launching {
+  protected:
+    // Starts `part` and waits until it has written all.
+    void startAndWait(const std::wstring& part) {
+        ASSERT_EQ(start(part), Launcher::kStarted);
+        waitUntil([this] { return folder.bytes(L"archive.dsres.done") == "done"; });
     }
-    play(L"flood");
-    ASSERT_EQ(text.size(), 50'000'000 / 64 * 64);
-    EXPECT_EQ(text.substr(0, 64), text.substr(text.size() - 64));
+};
+
+TEST_F(LauncherTest, HandsOutBothStreamsAsTextAndTheExitCode) {
+    const std::string line = "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80|\xE9t\xE9|\x80\xFF\xC3(|a";
+    const std::wstring expected = L"out\nerr\nout\ninput at its end\n" +
+                                  consoleText(line + std::string("\0b|", 3)) + L"\r\n\n\rend" +
+                                  consoleText("\xE2\x82");
+    EXPECT_EQ(play(L"dribble"), shown(expected));
+    EXPECT_EQ(last.exitCode, 0);
+    EXPECT_EQ(play(L"words"),
+              R"(<-source>\n<S>\n<-out>\n<)" + shown(target) + R"(>\n<-title>\n<words>\n)");
+    EXPECT_EQ(last.exitCode, 7);
+    EXPECT_EQ(play(L"nothing"), "");
 }
 
-TEST_F(LauncherTest, ReadsAnyBytesAsText) {
-    play(L"dribble");
-    std::string line = "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80|\xE9t\xE9|\x80\xFF\xC3(|a";
-    line.append(1, '\0').append("b|");
-    const std::wstring expected = consoleText(line) + L"\r\n\n\rend" + consoleText("\xE2\x82");
-    EXPECT_EQ(shown(text), shown(expected));
+TEST_F(LauncherTest, HandsOutPiecesThatAWindowCanTakeIn) {
+    startAndWait(L"flood\" -build \"1");
+    std::vector<std::size_t> sizes;
+    waitUntil([&] {
+        const bool ended = poll();
+        sizes.push_back(last.text.size());
+        return ended;
+    });
+    EXPECT_EQ(sizes, (std::vector<std::size_t>{262'144, 262'144, 262'144, 213'568, 0}));
+    EXPECT_EQ(text.substr(text.size() - 64), std::wstring(62, L'x') + L"\r\n");
 }
 
-TEST_F(LauncherTest, RunsOneProgramAtATime) {
+TEST_F(LauncherTest, RunsOneProgramAtATimeWhichOutlivesIt) {
     ASSERT_EQ(start(L"wait"), Launcher::kStarted);
-    EXPECT_EQ(launcher->start(line(L"words"), builder), Launcher::kStillRunning);
-    pollUntil([&](const ProgramOutput&) { return text == L"waiting\n"; });
-    EXPECT_FALSE(last.ended);
-    folder.put(L"archive.dsres.go", "");
-    pollToEnd();
-    EXPECT_TRUE(text.ends_with(L"late output, more than any pipe can hold of it\n"));
-    EXPECT_EQ(play(L"input"), R"(input at its end\n)");
-    ASSERT_EQ(start(L"nothing"), Launcher::kStarted);
-    const auto limit = Steady::now() + 60s;
-    while (start(L"input") != Launcher::kStarted && Steady::now() < limit) {
-        std::this_thread::sleep_for(1ms);
-    }
-    pollToEnd();
-    EXPECT_EQ(shown(text), R"(input at its end\n)") << "though nobody asked for the last output";
-}
-
-TEST_F(LauncherTest, ProgramOutlivesItsLauncher) {
-    ASSERT_EQ(start(L"wait"), Launcher::kStarted);
-    pollUntil([&](const ProgramOutput&) { return !text.empty(); });
+    waitUntil([this] { return poll() || !text.empty(); });
+    EXPECT_EQ(start(L"words"), Launcher::kStillRunning);
+    EXPECT_FALSE(poll());
+    EXPECT_EQ(text, L"");
     launcher.reset();
     folder.put(L"archive.dsres.go", "");
-    const auto limit = Steady::now() + 60s;
-    while (folder.bytes(L"archive.dsres.done") != "done" && Steady::now() < limit) {
-        std::this_thread::sleep_for(10ms);
-    }
-    EXPECT_EQ(folder.bytes(L"archive.dsres.done"), "done");
+    waitUntil([this] { return folder.bytes(L"archive.dsres.done") == "done"; });
+}
+
+TEST_F(LauncherTest, StartsAnotherThoughNobodyAskedForTheLastOutput) {
+    startAndWait(L"dribble");
+    EXPECT_FALSE(poll()) << "half a letter waits for more";
+    waitUntil([this] { return start(L"words") == Launcher::kStarted; });
+    waitUntil([this] { return poll(); });
+    EXPECT_TRUE(text.starts_with(L"<-source>")) << shown(text);
 }
 
 TEST_F(LauncherTest, LeavesNothingBehind) {
     test::setTemporaryFolder(folder.native());
-    play(L"streams");
+    play(L"words");
     EXPECT_EQ(launcher->start(folder.path(L"missing"), L""), Launcher::kRefused);
     test::setTemporaryFolder({});
     // A file may stay until the system has let go of what the program had open.
-    const auto limit = Steady::now() + 10s;
-    while (!folder.names().empty() && Steady::now() < limit) std::this_thread::sleep_for(10ms);
-    EXPECT_EQ(folder.names(), std::vector<std::string>{});
-}
-
-TEST(OptionWords, KeepPathsAndQuotedTextsWhole) {
-    using Words = std::vector<std::wstring>;
-    const struct {
-        const wchar_t* arguments;
-        Words words;
-    } cases[] = {
-        {L"", {}},
-        {L"-source /a b/c  d -out x y.dsres -flagdev -priority -5 -title \"\"",
-         {L"-source", L"/a b/c  d", L"-out", L"x y.dsres", L"-flagdev", L"-priority", L"-5",
-          L"-title", L""}},
-        {L"-author \"A - B -flagdev\" -title \"a\"",
-         {L"-author", L"A - B -flagdev", L"-title", L"a"}},
-        {L"-title \"say \"hi\" now\" x", {L"-title", L"say hi now", L"x"}},
-        {L"-title \"open", {L"-title", L"open"}},
-        {L"/opt/run me -x", {L"/opt/run me", L"-x"}},
-        {L"-source /a-b -out -", {L"-source", L"/a-b", L"-out", L"-"}},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(optionWords(c.arguments), c.words) << shown(c.arguments);
-    }
+    waitUntil([this] { return folder.names().empty(); });
 }
 
 TEST(LogLines, BreaksOnlyLinesThatAreTooLong) {
     const std::wstring longest(LogLines::kLongest, L'x');
+    ASSERT_EQ(longest.size(), 4096U);
     const std::wstring expected = longest + L"\r\n" + longest + L"\r\nx\n" + longest + L"\ry\r\n\n";
     const std::wstring text = longest + longest + L"x\n" + longest + L"\ry\r\n\n";
     for (const std::size_t piece : {std::size_t{1}, std::size_t{1000}, text.size()}) {
@@ -111,29 +80,63 @@ TEST(LogLines, BreaksOnlyLinesThatAreTooLong) {
             log += lines.add(text.substr(i, piece));
         EXPECT_TRUE(log == expected) << piece;
     }
+    const std::pair<wchar_t, const wchar_t*> halves[] = {{L'\xD7FF', L"\r\nyz"},
+                                                         {L'\xD800', L"y\r\nz"},
+                                                         {L'\xDBFF', L"y\r\nz"},
+                                                         {L'\xDC00', L"\r\nyz"}};
+    for (const auto& [half, end] : halves) {
+        const std::wstring line = longest.substr(1) + half;
+        EXPECT_EQ(shown(LogLines().add(line + L"yz")), shown(line + end));
+    }
 }
 
-TEST(OutputDecoder, SameTextWhereverTheBytesAreCut) {
-    const std::string_view bytes =
-        "a\xC3\xA9|\xE2\x82\xAC|\xF0\x9F\x98\x80\n\xE9\xC3\xA9\r\n\xE2\x82|"
-        "\n\xF0\x9F\x98\r\xED\xA0\x80\n"
-        "\xC0\x80\n\xED\xA0\x80\xE9\r\n\xF4\x90\x80\x80\n\x81\x8D|\xF5|\xE9";
-    OutputDecoder whole;
-    std::wstring expected = whole.decode(bytes);
-    expected += whole.rest();
-    EXPECT_TRUE(expected.starts_with(L"a\u00E9|\u20AC|\U0001F600\n" + consoleText("\xE9\xC3\xA9") +
-                                     L"\r\n"))
-        << shown(expected);
+// What the decoder makes of `bytes`, cut at `first` and `second`.
+std::wstring decoded(std::string_view bytes, std::size_t first, std::size_t second) {
+    OutputDecoder decoder;
+    std::wstring text = decoder.decode(bytes.substr(0, first));
+    text += decoder.decode(bytes.substr(first, second - first));
+    text += decoder.decode(bytes.substr(second));
+    return text += decoder.rest();
+}
+
+TEST(OutputDecoder, ReadsEachLineForItselfWhereverTheBytesAreCut) {
+    std::string bytes = "a";
+    std::wstring expected = L"a";
+    for (const char* line : {"\xC3\xA9|\xE2\x82\xAC|\xF0\x9F\x98\x80\n", "\xED\x9F\xBF\r\n",
+                             "\xEE\x80\x80\r", "plain\n"}) {
+        bytes += line;
+        expected += fromUtf8(line);
+    }
+    for (const char* line :
+         {"\xE9\xC3\xA9", "\xE2\x82|", "\xF0\x9F\x98", "\xED\xA0\x80", "\xC0\x80", "\xC3\xA9\xED",
+          "\xED\xBF\xBF\xE9", "\xF4\x90\x80\x80", "\x81\x8D|\xF5|\xE9", "\x80", "\xFF"}) {
+        bytes.append(line).append("\r");
+        expected += consoleText(line) + L"\r";
+    }
     for (std::size_t first = 0; first <= bytes.size(); ++first) {
         for (std::size_t second = first; second <= bytes.size(); ++second) {
-            OutputDecoder decoder;
-            std::wstring text = decoder.decode(bytes.substr(0, first));
-            text += decoder.decode(bytes.substr(first, second - first));
-            text += decoder.decode(bytes.substr(second));
-            text += decoder.rest();
-            ASSERT_EQ(shown(text), shown(expected)) << first << ", " << second;
+            ASSERT_EQ(shown(decoded(bytes, first, second)), shown(expected))
+                << first << ", " << second;
         }
     }
+}
+
+TEST(OutputDecoder, ALongLineDoesNotWaitForItsEndAndIsCutBetweenLetters) {
+    OutputDecoder decoder;
+    EXPECT_EQ(decoder.decode("ab\xC3\xA9" + std::string(4093, 'c')), L"ab");
+    EXPECT_EQ(decoder.decode("d").size(), 4095U);
+    EXPECT_EQ(decoder.rest(), L"");
+    for (const std::string letter : {"\xC2\xA2", "\xDF\xBF", "\xE0\xA0\x80", "\xEF\xBF\xBD",
+                                     "\xF0\x90\x80\x80", "\xF0\x9F\x98\x80"}) {
+        for (std::size_t before = 4090; before < 4096; ++before) {
+            const std::string line =
+                "\xC3\xA9" + std::string(before - 2, 'a') + letter + letter + "e";
+            EXPECT_EQ(shown(decoded(line, line.size(), line.size())), line);
+        }
+    }
+    // The whole of a line that just fits is read in one way.
+    const std::string line = "\xC3\xA9" + std::string(4092, 'a') + "\xE2\x82";
+    EXPECT_EQ(shown(decoded(line + "\r", 0, 0)), shown(consoleText(line) + L"\r"));
 }
 
 }  // namespace

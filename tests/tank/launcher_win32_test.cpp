@@ -1,22 +1,22 @@
 #include <windows.h>
 
-#include <filesystem>
-
 #include "services/errors.h"
+#include "services/process.h"
+#include "tank/archives.h"
 #include "tank/launching.h"
 
 namespace kestrel {
 namespace {
 
 namespace fs = std::filesystem;
+using test::Lines;
 using test::shown;
 
 class WindowsLauncher : public test::Launching {
   protected:
     // A copy of the tool that tells its command line.
     std::wstring tool(std::wstring_view name) const {
-        fs::create_directories(folder.native(name).parent_path());
-        fs::copy_file(KESTREL_STUB_TOOL, folder.native(name));
+        fs::copy_file(KESTREL_STUBS "tool/kestrel_stub_tool.exe", folder.native(name));
         return folder.path(name);
     }
 
@@ -30,42 +30,26 @@ class WindowsLauncher : public test::Launching {
     }
 };
 
-TEST_F(WindowsLauncher, TheBuilderSeesTheLineAsItIs) {
-    const std::wstring program = tool(L"my dir\\\u0436 tool.exe");
-    const std::wstring planted = tool(L"my.exe");
-    const std::wstring line = program + L" -source C:\\my mods\\\u6a39  -title \"say \"hi\"\" -a";
+TEST_F(WindowsLauncher, TheBuilderSeesTheLineAsItIsAndEndsThoughAnotherKeepsItsStreams) {
+    const std::wstring program = tool(L"\u0436 tool.exe");
+    const std::wstring line =
+        program + L" -source C:\\my mods\\\u6a39  -title \"a \"b\"\" --linger";
     ASSERT_EQ(launcher->start(line, program), Launcher::kStarted) << shown(launcher->errorText());
-    pollToEnd();
+    waitUntil([this] { return poll(); });
     EXPECT_EQ(shown(text), shown(line) + "\\n");
-    fs::remove(folder.native(L"my dir\\\u0436 tool.exe"));
-    EXPECT_EQ(launcher->start(line, program), Launcher::kRefused);
-    EXPECT_EQ(folder.bytes(L"my.exe.out"), "(missing)");
-}
-
-TEST_F(WindowsLauncher, ACrashHasAnExitCode) {
-    EXPECT_TRUE(play(L"crash").starts_with("about to crash"));
-    EXPECT_NE(last.exitCode, 0);
-    play(L"words");
-    EXPECT_EQ(last.exitCode, 7);
-}
-
-TEST_F(WindowsLauncher, EndsWithTheProgramThoughAnotherKeepsItsStreams) {
-    const std::wstring program = tool(L"parent.exe");
-    const ULONGLONG begin = ::GetTickCount64();
-    ASSERT_EQ(launcher->start(program + L" --linger", program), Launcher::kStarted);
-    pollToEnd();
-    EXPECT_LT(::GetTickCount64() - begin, 4000U);
-    EXPECT_EQ(shown(text), shown(program) + " --linger\\n");
+    folder.put(L"\u0436 tool.exe.go", "");
 }
 
 TEST_F(WindowsLauncher, RefusedStartsTellTheReasonAtOnce) {
+    tool(L"my.exe");
+    const std::wstring missing = folder.path(L"my builder.exe");
     const std::wstring plain = folder.put(L"plain.exe", "no program\n");
     const struct {
         std::wstring builder;
         DWORD code;
         std::wstring program;
     } cases[] = {
-        {folder.path(L"my builder.exe"), ERROR_FILE_NOT_FOUND, folder.path(L"my builder.exe")},
+        {missing, ERROR_FILE_NOT_FOUND, missing},
         {folder.path(), ERROR_ACCESS_DENIED, folder.path()},
         {plain, ERROR_BAD_EXE_FORMAT, plain},
         {L"no-such-builder-anywhere", ERROR_FILE_NOT_FOUND, L"no-such-builder-anywhere"},
@@ -76,6 +60,49 @@ TEST_F(WindowsLauncher, RefusedStartsTellTheReasonAtOnce) {
         EXPECT_EQ(shown(launcher->errorText()), refusal(c.code, c.program));
         EXPECT_TRUE(launcher->poll().ended);
     }
+}
+
+class WindowsLibrary : public test::Archives {
+  protected:
+    WindowsLibrary() {
+        fs::create_directory(files.native(L"current"));
+        fs::current_path(files.native(L"current"));
+    }
+    ~WindowsLibrary() override { fs::current_path(before_); }
+
+    const fs::path helper = stubs / "tank" / "helper.dll";
+
+  private:
+    const fs::path before_ = fs::current_path();
+};
+
+TEST_F(WindowsLibrary, OperationsMayBearDecoratedNames) {
+    place(L"own", "_decorated");
+    use({files.path(L"own")});
+    const HMODULE file = ::LoadLibraryW(files.path(L"own\\tank.dll").c_str());
+    EXPECT_EQ(sizeof(void*) == 4, ::GetProcAddress(file, "OpenTank") == nullptr);
+    EXPECT_TRUE(opens());
+    EXPECT_EQ(errors(), Lines{});
+}
+
+TEST_F(WindowsLibrary, WhatItNeedsComesFromItsOwnFolder) {
+    place(L"own", "_needing");
+    use({files.path(L"own")});
+    fs::copy_file(helper, L"helper.dll");
+    EXPECT_FALSE(opens()) << "the current folder was searched";
+    EXPECT_EQ(errors().size(), 1U);
+    fs::copy_file(helper, files.native(L"own\\helper.dll"));
+    EXPECT_TRUE(opens());
+}
+
+TEST_F(WindowsLibrary, ASettledProcessTakesNoneFromTheCurrentFolder) {
+    fs::copy_file(helper, L"planted.dll");
+    const HMODULE planted = ::LoadLibraryW(L"planted.dll");
+    ASSERT_NE(planted, nullptr) << "it is not there to be found";
+    ::FreeLibrary(planted);
+    settleProcess();
+    EXPECT_EQ(::LoadLibraryW(L"planted.dll"), nullptr);
+    EXPECT_NE(::LoadLibraryW(L"version.dll"), nullptr);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "support/shown.h"
+#include "support/system.h"
 #include "support/tempfolder.h"
 #include "tank/launcher.h"
 
@@ -17,35 +18,32 @@ namespace kestrel::test {
 // A launcher of the stand-in for the builder, which plays the part that it is told.
 class Launching : public testing::Test {
   protected:
-    std::wstring line(const std::wstring& part) const {
-        return builder + L" -source S -out " + target + L" -title \"" + part + L'"';
+    // Waits until `holds`, for some seconds at most.
+    static void waitUntil(const std::function<bool()>& holds) {
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        while (!holds()) {
+            ASSERT_LT(std::chrono::steady_clock::now(), limit);
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
     }
 
     Launcher::Result start(const std::wstring& part) {
         text.clear();
-        return launcher->start(line(part), builder);
+        return launcher->start(builder + L" -source S -out " + target + L" -title \"" + part + L'"',
+                               builder);
     }
 
-    // Takes output until `holds`, for some seconds at most.
-    void pollUntil(const std::function<bool(const ProgramOutput&)>& holds) {
-        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-        do {
-            ASSERT_LT(std::chrono::steady_clock::now(), limit)
-                << "after " << shown(text.substr(0, 1000));
-            last = launcher->poll();
-            text += last.text;
-            if (last.text.empty()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        } while (!holds(last));
-    }
-
-    void pollToEnd() {
-        pollUntil([](const ProgramOutput& output) { return output.ended; });
+    // Takes the next piece of output; true for the last one.
+    bool poll() {
+        last = launcher->poll();
+        text += last.text;
+        return last.ended;
     }
 
     // All that the builder writes as `part`.
     std::string play(const std::wstring& part) {
         EXPECT_EQ(start(part), Launcher::kStarted) << shown(launcher->errorText());
-        pollToEnd();
+        waitUntil([this] { return poll(); });
         return shown(text);
     }
 

@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -29,23 +28,15 @@ void say(std::string_view text, std::FILE* stream = stdout) {
     std::fflush(stream);
 }
 
+// Makes the file OUT.done: all is written.
+int done(const Words& words) {
+    std::ofstream(valueOf(words, "-out") + ".done") << "done";
+    return 0;
+}
+
 int tellWords(const Words& words) {
     for (const std::string& word : words) say("<" + word + ">\n");
     return 7;
-}
-
-int useBothStreams(const Words&) {
-    for (int i = 0; i < 3; ++i) {
-        say("out " + std::to_string(i) + "\n");
-        say("err " + std::to_string(i) + "\n", stderr);
-    }
-    return 0;
-}
-
-int readInput(const Words&) {
-    const int c = std::getchar();
-    say(c == EOF ? "input at its end\n" : "some input\n");
-    return 0;
 }
 
 int crash(const Words&) {
@@ -59,41 +50,45 @@ int flood(const Words& words) {
     const std::size_t lines = (build.empty() ? 50U : std::stoul(build)) * 1'000'000 / 64;
     const std::string line = std::string(62, 'x') + "\r\n";
     for (std::size_t i = 0; i < lines; ++i) std::fwrite(line.data(), 1, line.size(), stdout);
-    return 0;
+    std::fflush(stdout);
+    return done(words);
 }
 
-// Characters of UTF-8 and bytes of an 8-bit code page, NULs and all line ends, one
-// byte at a time.
-int dribble(const Words&) {
+// To both streams, and what the input has; then characters of UTF-8 and bytes of an 8-bit
+// code page, NULs and all line ends, one byte at a time.
+int dribble(const Words& words) {
+    for (std::FILE* stream : {stdout, stderr, stdout})
+        say(stream == stdout ? "out\n" : "err\n", stream);
+    if (std::getchar() == EOF) say("input at its end\n");
     constexpr char kBytes[] =
         "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80|\xE9t\xE9|\x80\xFF\xC3(|a\0b|\r\n\n\rend\xE2\x82";
     for (const char byte : std::string_view(kBytes, sizeof kBytes - 1)) {
         say({&byte, 1});
         std::this_thread::sleep_for(2ms);
     }
-    return 0;
+    return done(words);
 }
 
-// Waits for the file OUT.go, writes more and makes the file OUT.done.
+// Waits for the file OUT.go and writes more.
 int wait(const Words& words) {
-    const std::string out = valueOf(words, "-out");
+    const std::string signal = valueOf(words, "-out") + ".go";
     say("waiting\n");
-    for (int i = 0; i < 6000 && !std::filesystem::exists(out + ".go"); ++i) {
+    for (int i = 0; i < 6000 && !std::filesystem::exists(signal); ++i) {
         std::this_thread::sleep_for(10ms);
     }
     for (int i = 0; i < 2000; ++i) say("late output, more than any pipe can hold of it\n");
-    std::ofstream(out + ".done") << "done";
-    return 0;
+    return done(words);
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
     const Words words(arguments + 1, arguments + count);
-    const std::map<std::string, std::function<int(const Words&)>> parts{
-        {"words", tellWords}, {"streams", useBothStreams}, {"input", readInput}, {"crash", crash},
-        {"flood", flood},     {"dribble", dribble},        {"wait", wait},
-    };
+    const std::map<std::string, int (*)(const Words&)> parts{{"words", tellWords},
+                                                             {"crash", crash},
+                                                             {"flood", flood},
+                                                             {"dribble", dribble},
+                                                             {"wait", wait}};
     const auto part = parts.find(valueOf(words, "-title"));
     return part == parts.end() ? 0 : part->second(words);
 }

@@ -12,15 +12,16 @@
 // bytes= and count= are what OpenChild and GetChildCount answer, isdir= what
 // IsDirectory does, up=N adds the directory N levels further out (0: itself) to
 // its own entries, repeat=N lists the entry N times, nested=N stacks N
-// directories of that name in each other, endless makes new ones for ever.
+// directories of that name in each other.
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <iostream>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -29,81 +30,71 @@
 namespace {
 
 using Fields = std::map<std::string, std::string, std::less<>>;
+using Handles = std::vector<std::int32_t>;
 using Bytes = std::unique_ptr<char[]>;
 
 constexpr std::int32_t kFirstTank = -2'000'000'000;  // a handle is any number but 0
 constexpr std::int32_t kFirstChild = 4096;
 
-[[noreturn]] void die(const char* call, const char* fault) {
-    std::fprintf(stderr, "the stand-in archive library: %s: %s\n", call, fault);
+[[noreturn]] void die(std::string_view call, const char* fault) {
+    std::cerr << "the stand-in archive library: " << call << ": " << fault << std::endl;
     std::abort();
 }
 
 struct Entry {
     Fields fields;
-    std::vector<std::int32_t> children;
+    Handles children;
 
-    bool has(const char* field) const { return text(field) != nullptr; }
-    std::int32_t number(const char* field, std::int32_t otherwise) const {
-        return has(field) ? std::atoi(text(field)->c_str()) : otherwise;
-    }
     const std::string* text(const char* field) const {
         const auto at = fields.find(field);
         return at == fields.end() ? nullptr : &at->second;
     }
+    std::int32_t number(const char* field, std::int32_t otherwise) const {
+        const std::string* digits = text(field);
+        return digits == nullptr ? otherwise : std::atoi(digits->c_str());
+    }
 };
 
-Fields fieldsOf(std::string_view line) {
+Fields fieldsOf(const std::string& line) {
     Fields fields;
-    while (!line.empty()) {
-        const std::string_view field = line.substr(0, line.find('|'));
-        const std::size_t equals = field.find('=');
-        fields[std::string(field.substr(0, equals))] =
-            equals == field.npos ? "" : std::string(field.substr(equals + 1));
-        line.remove_prefix(field.size() == line.size() ? field.size() : field.size() + 1);
+    std::istringstream rest(line);
+    for (std::string field; std::getline(rest, field, '|');) {
+        const std::size_t name = std::min(field.find('='), field.size());
+        fields[field.substr(0, name)] = field.substr(std::min(name + 1, field.size()));
     }
     return fields;
 }
 
-std::string unescaped(std::string text) {
-    for (std::size_t at = 0; (at = text.find("\\0", at)) != text.npos; ++at) {
-        text.replace(at, 2, 1, '\0');
-    }
-    return text;
+// Memory of exactly that size, so that reading beyond it can be seen.
+Bytes copyOf(std::string_view text) {
+    Bytes copy = std::make_unique<char[]>(text.size());
+    text.copy(copy.get(), text.size());
+    return copy;
 }
 
 class Archive {
   public:
-    explicit Archive(const std::string& path) : logPath_(path + ".log") {
+    explicit Archive(const std::string& path) : log_(path + ".log") {
         std::ifstream file(path, std::ios::binary);
         std::string line;
-        if (!std::getline(file, line)) return;
-        entries_.push_back({fieldsOf(line), {}});
-        std::vector<std::int32_t> levels{kFirstChild};
-        while (std::getline(file, line)) add(line, levels);
+        std::getline(file, line);
+        append(fieldsOf(line));
+        Handles levels{kFirstChild};
+        while (is("tank") && std::getline(file, line)) add(line, levels);
     }
 
-    bool is(const char* flag) const { return !entries_.empty() && entries_[0].has(flag); }
+    bool is(const char* flag) const { return entries_[0].text(flag) != nullptr; }
 
     void log(std::string_view call) const {
-        if (is("log")) std::ofstream(logPath_, std::ios::app | std::ios::binary) << call << "\n";
+        if (is("log")) std::ofstream(log_, std::ios::app | std::ios::binary) << call << "\n";
     }
 
     // No entry for a 0: what a caller has after an index with no entry.
-    const Entry* find(std::int32_t child, const char* call) const {
+    const Entry* find(std::int32_t child, std::string_view call) const {
         if (child == 0) return nullptr;
         const auto index = static_cast<std::size_t>(child) - kFirstChild;
         if (child < kFirstChild || index >= entries_.size()) die(call, "no such entry");
         return &entries_[index];
-    }
-
-    std::int32_t childAt(std::int32_t directory, std::int32_t index) {
-        const Entry* entry = find(directory, "GetChild");
-        if (entry == nullptr) return 0;
-        if (entry->has("endless")) return append(Fields(entry->fields));
-        const auto at = static_cast<std::size_t>(index);
-        if (index < 0) die("GetChild", "a negative index");
-        return at < entry->children.size() ? entry->children[at] : 0;
     }
 
   private:
@@ -112,40 +103,34 @@ class Archive {
         return kFirstChild + static_cast<std::int32_t>(entries_.size()) - 1;
     }
 
-    std::vector<std::int32_t>& childrenOf(std::int32_t directory) {
+    Handles& childrenOf(std::int32_t directory) {
         return entries_[static_cast<std::size_t>(directory - kFirstChild)].children;
     }
 
-    void add(const std::string& line, std::vector<std::int32_t>& levels) {
+    void add(const std::string& line, Handles& levels) {
         const std::size_t depth =
             std::min({line.find_first_not_of('.'), levels.size() - 1, line.size()});
         levels.resize(depth + 1);
-        const Fields fields = fieldsOf(std::string_view(line).substr(depth));
-        std::int32_t child = append(fields);
+        std::int32_t child = append(fieldsOf(line.substr(depth)));
         const Entry entry = entries_.back();
-        const auto times = static_cast<std::size_t>(entry.number("repeat", 1));
-        std::vector<std::int32_t>& siblings = childrenOf(levels.back());
-        siblings.insert(siblings.end(), times, child);
+        Handles& siblings = childrenOf(levels.back());
+        siblings.insert(siblings.end(), static_cast<std::size_t>(entry.number("repeat", 1)), child);
         for (std::int32_t i = 1; i < entry.number("nested", 1); ++i) {
-            const std::int32_t inner = append(fields);
+            const std::int32_t inner = append(entry.fields);
             childrenOf(child).push_back(inner);
             child = inner;
         }
         levels.push_back(child);
-        if (!entry.has("up")) return;
-        const auto out = static_cast<std::size_t>(entry.number("up", 0));
-        childrenOf(child).push_back(levels[levels.size() - 1 - std::min(out, depth + 1)]);
+        const auto out = static_cast<std::size_t>(entry.number("up", -1));
+        if (out <= depth + 1) childrenOf(child).push_back(levels[depth + 1 - out]);
     }
 
-    std::string logPath_;
+    std::string log_;
     std::vector<Entry> entries_;
 };
 
 // All that is open. What is left open when the library is unloaded is a fault.
 struct State {
-    State() = default;
-    State(const State&) = delete;
-    State& operator=(const State&) = delete;
     ~State() {
         if (!archives.empty()) die("unload", "an archive was not closed");
         if (!opened.empty()) die("unload", "data was not closed");
@@ -155,23 +140,13 @@ struct State {
     std::map<const char*, Bytes> opened;
     Bytes text;  // the last text handed out: the next one takes its place
     std::int32_t next = kFirstTank;
-};
+} state;
 
-State& state() {
-    static State all;
-    return all;
-}
-
-Archive& openArchive(std::int32_t tank, const char* call) {
-    const auto at = state().archives.find(tank);
-    if (at == state().archives.end()) die(call, "the archive is not open");
+const Archive& archiveOf(std::int32_t tank, std::string_view call) {
+    const auto at = state.archives.find(tank);
+    if (at == state.archives.end()) die(call, "the archive is not open");
+    at->second.log(call);
     return at->second;
-}
-
-Archive& archiveOf(std::int32_t tank, const char* call) {
-    Archive& archive = openArchive(tank, call);
-    archive.log(call);
-    return archive;
 }
 
 const Entry* entryOf(std::int32_t tank, std::int32_t child, const char* call) {
@@ -183,17 +158,12 @@ std::int32_t numberOf(std::int32_t tank, std::int32_t child, const char* call, c
     return entry == nullptr ? 0 : entry->number(field, 0);
 }
 
-// Memory of exactly the size needed, so that reading beyond it can be seen.
-const char* handOut(const std::string* text) {
-    if (text == nullptr) return nullptr;
-    state().text = std::make_unique<char[]>(text->size() + 1);
-    text->copy(state().text.get(), text->size());
-    return state().text.get();
-}
-
 const char* textOf(std::int32_t tank, std::int32_t child, const char* call, const char* field) {
     const Entry* entry = entryOf(tank, child, call);
-    return entry == nullptr ? nullptr : handOut(entry->text(field));
+    const std::string* text = entry == nullptr ? nullptr : entry->text(field);
+    if (text == nullptr) return nullptr;
+    state.text = copyOf({text->c_str(), text->size() + 1});
+    return state.text.get();
 }
 
 }  // namespace
@@ -204,13 +174,13 @@ std::int32_t KESTREL_TANK_CALL OpenTank(const char* path) {
     Archive archive(path);
     if (!archive.is("tank")) return 0;
     archive.log("OpenTank");
-    state().archives.emplace(state().next, std::move(archive));
-    return state().next++;
+    state.archives.emplace(state.next, std::move(archive));
+    return state.next++;
 }
 
 std::int32_t KESTREL_TANK_CALL CloseTank(std::int32_t tank) {
     archiveOf(tank, "CloseTank");
-    state().archives.erase(tank);
+    state.archives.erase(tank);
     return 7;
 }
 
@@ -226,11 +196,13 @@ std::int32_t KESTREL_TANK_CALL GetChildCount(std::int32_t tank, std::int32_t dir
 
 std::int32_t KESTREL_TANK_CALL GetChild(std::int32_t tank, std::int32_t directory,
                                         std::int32_t index, std::int32_t* child) {
-    Archive& archive = openArchive(tank, "GetChild");
-    archive.log("GetChild " + std::to_string(index));
-    const std::int32_t found = archive.childAt(directory, index);
-    if (found == 0) return -1;  // and what `child` points to stays as it was
-    *child = found;
+    const Archive& archive = archiveOf(tank, "GetChild " + std::to_string(index));
+    const Entry* entry = archive.find(directory, "GetChild");
+    if (index < 0) die("GetChild", "a negative index");
+    const auto at = static_cast<std::size_t>(index);
+    // No entry: what `child` points to stays as it was.
+    if (entry == nullptr || at >= entry->children.size()) return -1;
+    *child = entry->children[at];
     return 1;
 }
 
@@ -244,7 +216,7 @@ const char* KESTREL_TANK_CALL GetChildPath(std::int32_t tank, std::int32_t child
 
 std::int32_t KESTREL_TANK_CALL IsDirectory(std::int32_t tank, std::int32_t child) {
     const Entry* entry = entryOf(tank, child, "IsDirectory");
-    return entry == nullptr ? 0 : entry->number("isdir", entry->has("dir") ? 1 : 0);
+    return entry == nullptr ? 0 : entry->number("isdir", entry->text("dir") == nullptr ? 0 : 1);
 }
 
 std::int32_t KESTREL_TANK_CALL GetChildSize(std::int32_t tank, std::int32_t child) {
@@ -271,17 +243,20 @@ std::int32_t KESTREL_TANK_CALL OpenChild(std::int32_t tank, std::int32_t child, 
     const Entry* entry = entryOf(tank, child, "OpenChild");
     if (entry == nullptr) return 0;  // and what `data` points to stays as it was
     *data = nullptr;
-    if (!entry->has("data")) return entry->number("bytes", 0);
-    const std::string bytes = unescaped(*entry->text("data"));
-    auto copy = std::make_unique<char[]>(bytes.size());
+    const std::string* text = entry->text("data");
+    if (text == nullptr) return entry->number("bytes", 0);
+    std::string bytes = *text;
+    for (std::size_t at = 0; (at = bytes.find("\\0", at)) != bytes.npos; ++at) {
+        bytes.replace(at, 2, 1, '\0');
+    }
+    Bytes copy = copyOf(bytes);
     *data = copy.get();
-    bytes.copy(copy.get(), bytes.size());
-    state().opened[*data] = std::move(copy);
+    state.opened[*data] = std::move(copy);
     return entry->number("bytes", static_cast<std::int32_t>(bytes.size()));
 }
 
 std::int32_t KESTREL_TANK_CALL CloseChild(const char* data) {
-    if (state().opened.erase(data) == 0) die("CloseChild", "the data is not open");
+    if (state.opened.erase(data) == 0) die("CloseChild", "the data is not open");
     return 3;
 }
 

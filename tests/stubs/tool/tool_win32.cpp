@@ -1,56 +1,37 @@
 // A stand-in for a user's tool: writes its command line, as the system has it, to the
 // output and into the file PROGRAM.out beside it. With "--linger" it leaves a child
-// behind that keeps its streams open for some seconds.
+// behind that keeps its streams open until the file PROGRAM.go is there.
 #include <windows.h>
 
-#include <fcntl.h>
-#include <io.h>
+#include <process.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <string>
 
 namespace {
 
-std::string utf8(const std::wstring& text) {
-    std::string bytes(text.size() * 4, '\0');
-    const int length =
-        ::WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), bytes.data(),
-                              static_cast<int>(bytes.size()), nullptr, nullptr);
-    bytes.resize(static_cast<std::size_t>(length));
-    return bytes;
-}
-
-std::wstring ownFile() {
-    std::wstring name(32768, L'\0');
-    name.resize(::GetModuleFileNameW(nullptr, name.data(), static_cast<DWORD>(name.size())));
-    return name;
-}
-
-void startChild() {
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    std::wstring line = L"tool --sleep";
-    ::CreateProcessW(ownFile().c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                     &startup, &process);
+void write(std::FILE* file, const std::wstring& line) {
+    const std::u8string bytes = std::filesystem::path(line).u8string();
+    std::fwrite(bytes.data(), 1, bytes.size(), file);
+    std::fclose(file);
 }
 
 }  // namespace
 
 int main() {
     const std::wstring line = ::GetCommandLineW();
-    if (line.ends_with(L"--sleep")) {
-        ::Sleep(5000);
+    std::wstring own(32768, L'\0');
+    own.resize(::GetModuleFileNameW(nullptr, own.data(), static_cast<DWORD>(own.size())));
+    if (line.ends_with(L"--wait")) {
+        for (int i = 0; i < 2400 && !std::filesystem::exists(own + L".go"); ++i) ::Sleep(50);
         return 0;
     }
-    if (line.ends_with(L"--linger")) startChild();
-    const std::string bytes = utf8(line) + "\n";
-    ::_setmode(::_fileno(stdout), _O_BINARY);
-    std::fwrite(bytes.data(), 1, bytes.size(), stdout);
-    const std::wstring name = ownFile() + L".out";
-    std::FILE* file = ::_wfopen((name + L".part").c_str(), L"wb");
-    if (file == nullptr) return 1;
-    std::fwrite(bytes.data(), 1, bytes.size(), file);
-    std::fclose(file);
-    return ::MoveFileW((name + L".part").c_str(), name.c_str()) != 0 ? 0 : 1;
+    if (line.ends_with(L"--linger")) {
+        ::_wspawnl(_P_NOWAIT, own.c_str(), L"tool", L"--wait", nullptr);
+    }
+    write(stdout, line + L"\n");
+    const std::wstring part = own + L".part";
+    write(::_wfopen(part.c_str(), L"wb"), line + L"\n");
+    return ::MoveFileW(part.c_str(), (own + L".out").c_str()) != 0 ? 0 : 1;
 }
