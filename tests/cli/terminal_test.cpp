@@ -5,37 +5,14 @@
 #include <sstream>
 #include <thread>
 
+#include "cli/json.h"
 #include "services/errors.h"
 #include "services/progress.h"
 
 namespace kestrel::cli {
 namespace {
 
-class TerminalTest : public testing::Test {
-  protected:
-    ProgramScope program;
-    std::ostringstream err;
-};
-
-TEST_F(TerminalTest, IsTheHostForItsLifetime) {
-    {
-        Terminal terminal(err, false);
-        terminal.about(L"a\nb.gas");
-        tellUser(L"Done.\r\nReally.", Icon::information);
-        reportError(7, L"Out of memory");
-        EXPECT_EQ(askUser(L"Sure?", Icon::question, Buttons::yesNo), Answer::no);
-        EXPECT_EQ(askUser(L"Sure?", Icon::question, Buttons::okCancel), Answer::cancel);
-        EXPECT_EQ(terminal.errors(), 4U);
-    }
-    EXPECT_EQ(gProgram().host.messages, nullptr);
-    EXPECT_EQ(err.str(),
-              "kestrel-cli: a\\nb.gas: Done.\\r\\nReally.\n"
-              "kestrel-cli: a\\nb.gas: Error (7): Out of memory in 'Kestrel'\n"
-              "kestrel-cli: a\\nb.gas: Sure?\n"
-              "kestrel-cli: a\\nb.gas: Sure?\n");
-}
-
-TEST_F(TerminalTest, NoFileSendsCommandsToIt) {
+TEST(Texts, SendNoCommandsToATerminal) {
     const std::wstring text = L"a\x1B[2J\t\x7F\u009B\u00A0\u00E9\r\n\r\u202Eb";
     EXPECT_EQ(oneLine(text),
               "a\x1B[2J\\t\x7F\xC2\x9B\xC2\xA0\xC3\xA9\\r\\n\\r\xE2\x80\xAE"
@@ -44,49 +21,41 @@ TEST_F(TerminalTest, NoFileSendsCommandsToIt) {
     EXPECT_EQ(visibleText(text), "a\\x1B[2J\t\\x7F\\u009B\xC2\xA0\xC3\xA9\r\n\\r\\u202Eb");
 }
 
-// `text` with "9" for each digit and "a" for each run of letters.
-std::string shapeOf(std::wstring_view text) {
-    std::string shape;
-    for (const wchar_t c : text) {
-        const bool letter = (c >= L'A' && c <= L'Z') || (c >= L'a' && c <= L'z');
-        if (letter && shape.ends_with('a')) continue;
-        shape += letter ? 'a' : c >= L'0' && c <= L'9' ? '9' : static_cast<char>(c);
-    }
-    return shape;
+TEST(Texts, AreValidJson) {
+    const std::pair<std::wstring, const char*> cases[] = {
+        {L"a \"b\" \\c/", R"("a \"b\" \\c/")"},
+        {L"\r\n\t\x01\x1F\x7F", R"("\r\n\u0009\u0001\u001f\u007f")"},
+        {std::wstring(L"a\0b", 3), R"("a\u0000b")"},
+        {L"caf\xE9 \x20AC\x81", "\"caf\xC3\xA9 \xE2\x82\xAC\xC2\x81\""},
+        {L"\xD7FF\xD800", "\"\xED\x9F\xBF\\ud800\""},
+        {L"x\xDC80y\xDFFF\xE000", "\"x\\udc80y\\udfff\xEE\x80\x80\""},
+    };
+    for (const auto& [text, json] : cases) EXPECT_EQ(jsonText(text), json);
 }
 
-TEST_F(TerminalTest, TheClockDoesNotDependOnTheLocale) {
-    const Terminal terminal(err, false);
-    EXPECT_EQ(shapeOf(terminal.longTime()), "99:99:99");
-    EXPECT_EQ(shapeOf(terminal.longDate()), "a, 99 a 9999");
-}
-
-TEST_F(TerminalTest, ProgressIsShownOnATerminalAlone) {
-    for (const bool shows : {false, true}) {
-        err.str({});
-        Terminal terminal(err, shows);
-        {
-            ProgressScope progress(nullptr, nullptr, L"Processing: ");
-            EXPECT_EQ(progress.dialog() != nullptr, shows);
-            EXPECT_EQ(err.str(), "") << "quick work shows nothing";
-            std::this_thread::sleep_for(std::chrono::milliseconds(110));
-            progress.process(L"Processing: a\x1B.gas");
-            progress.show(50, L"");
-            EXPECT_FALSE(progress.didCancel());
-        }
-        const std::string line = R"(Processing: a\x1B.gas 0%)";
-        const std::string blanks(line.size(), ' ');
-        EXPECT_EQ(err.str(), shows ? '\r' + line + '\r' + blanks + '\r' : "");
-    }
-}
-
-TEST_F(TerminalTest, AMessageTakesTheLineOfTheProgress) {
+TEST(TerminalTest, AMessageTakesTheLineOfTheProgress) {
+    const ProgramScope program;
+    std::ostringstream err;
+    EXPECT_EQ(Terminal(err, false).makeProgress(), nullptr);
+    EXPECT_EQ(gProgram().host.messages, nullptr);
     Terminal terminal(err, true);
+    {
+        ProgressScope progress(nullptr, nullptr, L"Processing: ");
+        EXPECT_EQ(err.str(), "") << "quick work shows nothing";
+        std::this_thread::sleep_for(std::chrono::milliseconds(110));
+        progress.process(L"Processing: a\x1B.gas");
+        progress.show(50, L"");
+        EXPECT_FALSE(progress.didCancel());
+    }
+    terminal.about(L"a\nb.gas");
     terminal.showProgress(L"abc");
     terminal.showProgress(L"d");
-    terminal.error(L"x");
-    terminal.showProgress({});
-    EXPECT_EQ(err.str(), "\rabc\rd  \r \rkestrel-cli: x\n");
+    EXPECT_EQ(askUser(L"One\r\n?", Icon::question, Buttons::yesNo), Answer::no);
+    EXPECT_EQ(askUser(L"Two?", Icon::question, Buttons::okCancel), Answer::cancel);
+    EXPECT_EQ(terminal.errors(), 2U);
+    EXPECT_EQ(err.str(), "\rProcessing: a\\x1B.gas 0%\r" + std::string(24, ' ') +
+                             "\r\rabc\rd  \r \r"
+                             "kestrel-cli: a\\nb.gas: One\\r\\n?\nkestrel-cli: a\\nb.gas: Two?\n");
 }
 
 }  // namespace

@@ -1,79 +1,67 @@
+// The texts of templates and of lists.
 #include "text/render.h"
 
 #include <gtest/gtest.h>
 
 #include "support/recordinghost.h"
+#include "text/listtext.h"
 
 namespace kestrel {
 namespace {
 
-const std::wstring kEquals(50, L'=');
-const std::wstring kMinus(50, L'-');
-const std::wstring kStars(50, L'*');
+const std::wstring kEquals = std::wstring(50, L'=') + L"\r\n";
+const std::wstring kMinus = std::wstring(50, L'-') + L"\r\n";
+const std::wstring kComments = kMinus + L"Comments:\r\n";
+const std::wstring kStars = std::wstring(50, L'*') + L"\r\n";
+constexpr const wchar_t* kFormat = L"Format: TAB Delimited with CR+LF\r\n";
 
-GasTemplate crate() {
-    return {L"Template0",
-            L"Template",
-            {{L"name", L"box", {}, false, 0}, {L"mass", L"2", L"physics", false, 1}},
-            L"",
-            L"Line 3:\t crate\r\n"};
+std::wstring headed(const std::wstring& name, const std::wstring& rows) {
+    return L"DS Template for: " + name + L"\r\n" + kFormat + kEquals + L"Name\tValue\tGroup\r\n" +
+           kMinus + rows;
 }
 
-std::wstring crateHeader() {
-    return L"DS Template for: Template0\r\nFormat: TAB Delimited with CR+LF\r\n" + kEquals +
-           L"\r\nName\tValue\tGroup\r\n" + kMinus + L"\r\n";
-}
-
+const GasTemplate kCrate{L"Template0",
+                         L"Template",
+                         {{L"name", L"box", {}, false, 0}, {L"mass", L"2", L"physics", false, 1}},
+                         L"",
+                         L"Line 3:\t crate\r\n"};
 const std::wstring kNameRow = L"name\tbox\tTemplate0\\\r\n";
 const std::wstring kMassRow = L"mass\t2\tTemplate0\\physics_1\\\r\n";
+const std::wstring kCrateText =
+    headed(L"Template0", kNameRow + kMassRow) + kComments + kCrate.Comments + kStars;
 
-std::wstring crateText() {
-    return crateHeader() + kNameRow + kMassRow + kMinus + L"\r\nComments:\r\nLine 3:\t crate\r\n" +
-           kStars + L"\r\n";
-}
-
-class Render : public testing::Test {
-  protected:
-    test::RecordingHost host_;
-    std::wstring filter_;
-};
-
-TEST_F(Render, WholeTemplate) {
-    EXPECT_EQ(gstrMakeText(crate(), nullptr, filter_, false, nullptr), crateText());
-    EXPECT_EQ(filter_, L"Template0\\");
-    filter_ = L"nothing like it";
-    EXPECT_EQ(gstrMakeText(crate(), nullptr, filter_, false, nullptr), crateText());
-}
-
-TEST_F(Render, FilteredTemplateHasNoComments) {
+TEST(Render, AFilterTakesRowsAndTheComments) {
+    const test::RecordingHost host;
+    const GasTemplate slash{L"a\\", L"Template", {{L"x", L"1", {}, false, 0}}, L"", L""};
+    const GasTemplate empty{L"Info0", L"Info", {}, L"", L""};
     const struct {
-        const wchar_t* filter;
-        std::wstring rows;
-        const wchar_t* after;
+        const GasTemplate& record;
+        std::wstring filter;
+        bool filterOnly;
+        std::wstring text;
+        std::wstring after;
     } cases[] = {
-        {L"", kNameRow, L"Template0\\"},
-        {L"Template0", kNameRow, L"Template0\\"},
-        {L"Template0\\physics_1", kMassRow, L"Template0\\physics_1\\"},
-        {L"Template0\\physics_1\\", kMassRow, L"Template0\\physics_1\\"},
-        {L"Template0\\Physics_1", L"", L"Template0\\Physics_1\\"},
+        {kCrate, L"", false, kCrateText, L"Template0\\"},
+        {kCrate, L"not like it", false, kCrateText, L"not like it\\"},
+        {kCrate, L"", true, headed(L"Template0", kNameRow) + kStars, L"Template0\\"},
+        {kCrate, L"Template0\\physics_1", true, headed(L"Template0", kMassRow) + kStars,
+         L"Template0\\physics_1\\"},
+        {kCrate, L"Template0\\Physics_1", true, headed(L"Template0", L"") + kStars,
+         L"Template0\\Physics_1\\"},
+        {slash, L"", true, headed(L"a\\", L"x\t1\ta\\\\\r\n") + kStars, L"a\\\\"},
+        {empty, L"", false, headed(L"Info0", L"") + kComments + kStars, L"Info0\\"},
     };
     for (const auto& c : cases) {
-        filter_ = c.filter;
-        EXPECT_EQ(gstrMakeText(crate(), nullptr, filter_, true, nullptr),
-                  crateHeader() + c.rows + kStars + L"\r\n");
-        EXPECT_EQ(filter_, c.after);
+        std::wstring filter = c.filter;
+        EXPECT_EQ(gstrMakeText(c.record, nullptr, filter, c.filterOnly, nullptr), c.text);
+        EXPECT_EQ(filter, c.after);
     }
+    EXPECT_EQ(gstrMakeFileText(L"a.gas", {}, nullptr, 0, nullptr), L"") << "no heading alone";
 }
 
-TEST_F(Render, OddTemplates) {
-    const GasTemplate slash{L"a\\", L"Template", {{L"x", L"1", {}, false, 0}}, L"", L""};
-    EXPECT_NE(gstrMakeText(slash, nullptr, filter_, true, nullptr).find(L"x\t1\ta\\\\\r\n"),
-              std::wstring::npos);
-    const GasTemplate empty{L"Info0", L"Info", {}, L"", L""};
-    EXPECT_TRUE(gstrMakeText(empty, nullptr, filter_, false, nullptr)
-                    .ends_with(L"Group\r\n" + kMinus + L"\r\n" + kMinus + L"\r\nComments:\r\n" +
-                               kStars + L"\r\n"));
-    GasTemplate big = crate();
+TEST(Render, PartsAreTheWhole) {
+    const test::RecordingHost host;
+    GasTemplate big = kCrate;
     big.Properties.assign(10000, {L"x", L"1", L"a\\b", false, 1});
     std::wstring whole;
     std::size_t longest = 0;
@@ -81,50 +69,56 @@ TEST_F(Render, OddTemplates) {
         whole += part;
         longest = std::max(longest, part.size());
     });
-    filter_.clear();
-    EXPECT_EQ(whole, gstrMakeText(big, nullptr, filter_, false, nullptr));
+    std::wstring filter;
+    EXPECT_EQ(whole, gstrMakeText(big, nullptr, filter, false, nullptr));
     EXPECT_LT(longest, 100000U);
 }
 
-TEST_F(Render, WholeFile) {
-    EXPECT_EQ(gstrMakeFileText(L"C:\\mods\\a.gas", {crate(), crate()}, nullptr, 0, nullptr),
-              L"Filename: C:\\mods\\a.gas\r\nTime:10:20:30\r\nDate:Friday, 1 March 2002\r\n"
-              L"Template count: 2\r\n" +
-                  kStars + L"\r\n" + crateText() + crateText());
-    EXPECT_EQ(gstrMakeFileText(L"C:\\mods\\a.gas", {}, nullptr, 0, nullptr), L"");
-}
-
-TEST_F(Render, OwnDialogIsShownAndPutAwayOnEveryWayOut) {
-    host_.logsProgressSteps = true;
+TEST(Render, TheDialogTellsTheLastRowWrittenAndCancels) {
+    test::RecordingHost host;
+    host.logsProgressSteps = true;
     for (const std::size_t cancelAt : {std::size_t{100}, std::size_t{1}}) {
-        host_.log.clear();
-        host_.progressSteps = 0;
-        host_.cancelAt = cancelAt;
-        const std::wstring text = gstrMakeText(crate(), &host_, filter_, false, nullptr);
-        EXPECT_EQ(text.empty(), cancelAt == 1);  // a cut text is never handed out
-        EXPECT_EQ(host_.liveDialogs, 0u);
+        host.log.clear();
+        host.progressSteps = 0;
+        host.cancelAt = cancelAt;
+        std::wstring filter;
+        const std::wstring text = gstrMakeText(kCrate, &host, filter, true, nullptr);
+        EXPECT_EQ(text.empty(), cancelAt == 1) << "a cut text is never handed out";
+        EXPECT_EQ(host.log, (std::vector<std::string>{
+                                "disable", "Process: Processing: Template0",
+                                "SubProcess: ", "show: owner", "ShowProgress: 0 | Property: name",
+                                "ShowProgress: 50 | Property: name", "unload", "enable", "focus"}));
         EXPECT_FALSE(gProgram().progressShowing);
-        ASSERT_GE(host_.log.size(), 2u);
-        EXPECT_EQ(host_.log[host_.log.size() - 2], host_.logged("enable").back());
-        EXPECT_EQ(host_.log.back(), host_.logged("focus").back());
     }
-    const std::unique_ptr<Progress> dialog = host_.makeProgress();
-    EXPECT_EQ(gstrMakeFileText(L"a.gas", {crate()}, &host_, 0, dialog.get()), L"");
-    EXPECT_EQ(host_.liveDialogs, 1u) << "a borrowed one stays";
 }
 
-TEST_F(Render, StepsTellThePercentageAndTheLastRowWritten) {
-    host_.logsProgressSteps = true;
-    GasTemplate record = crate();
-    record.Properties.resize(8, record.Properties[0]);
-    record.Properties[7].Name = L"last";
-    filter_ = L"Template0\\physics_1\\";
-    gstrMakeText(record, nullptr, filter_, true, nullptr);
-    const std::vector<std::string> steps = host_.logged("ShowProgress");
-    ASSERT_EQ(steps.size(), 8u);
-    EXPECT_TRUE(steps[1].starts_with("ShowProgress: 12 ")) << steps[1];  // 12.5: halves to even
-    EXPECT_TRUE(steps[7].starts_with("ShowProgress: 88 ")) << steps[7];
-    EXPECT_NE(steps[7].find("Property: mass"), std::string::npos) << steps[7];
+TEST(ListText, HeadsSortsAndNumbersTheRowsAsShown) {
+    const ProgramScope program;
+    const struct {
+        ListShot list;
+        std::wstring sorted;
+        std::wstring table;
+    } cases[] = {
+        {{L"C:\\a.gas",
+          true,
+          0,
+          0,
+          {L"Property", L"Value", L"Group"},
+          {{L"mass", L"2", L"T\\p_1\\"}, {L"name", L"box", L"T\\"}, {L"short"}, {}}},
+         L"Yes  (Property, Asc)",
+         L"#\tProperty\tValue\tGroup\r\n-\t--------\t-----\t-----\t\r\n"
+         L"1\tmass\t2\tT\\p_1\\\r\n2\tname\tbox\tT\\\r\n3\tshort\t\t\r\n4\t\t\t\r\n"},
+        {{L"", false, 0, 0, {L"Template"}, {}}, L"No", L"#\tTemplate\r\n-\t--------\t\r\n"},
+        {{L"", true, 1, 1, {L"A", L"Bc"}, {}}, L"Yes  (Bc, Desc)", L"#\tA\tBc\r\n-\t-\t--\t\r\n"},
+        {{L"", true, 1, 0, {L"A"}, {}}, L"Yes  (, Asc)", L"#\tA\r\n-\t-\t\r\n"},
+        {{L"", false, 0, 0, {}, {}}, L"No", L"#\r\n-\t\r\n"},
+    };
+    for (const auto& [list, sorted, table] : cases) {
+        EXPECT_EQ(gstrMakeListText(list), L"DS Template for: " + list.tag + L"\r\n" + kFormat +
+                                              L"Sorted: " + sorted + L"\r\n" + kEquals + table +
+                                              kStars);
+    }
+    EXPECT_EQ(gProgram().routine, L"gstrMakeText");
 }
 
 }  // namespace
