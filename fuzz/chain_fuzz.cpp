@@ -1,12 +1,9 @@
 // Chains of templates over files of any bytes.
 #include <filesystem>
-#include <vector>
 
 #include "fuzz/fuzz.h"
-#include "gas/chain.h"
 #include "gas/modGas.h"
 #include "services/files.h"
-#include "support/recordinghost.h"
 
 namespace kestrel::fuzz {
 namespace {
@@ -17,18 +14,13 @@ constexpr std::size_t kMostClicks = 12;
 
 // The parts of the input, each as a file; the first two are listed in "spec.his".
 std::vector<std::wstring> putFiles(Input input) {
-    const std::filesystem::path folder = workFolder().native();
-    std::filesystem::current_path(folder);
+    std::filesystem::current_path(workFolder().native());
     std::vector<std::wstring> files;
-    std::string_view rest = input.rest();
-    while (files.size() < kMostFiles && (files.empty() || !rest.empty())) {
-        const std::string_view part = rest.substr(0, rest.find(kNextFile));
-        files.push_back(workFolder().put(std::to_wstring(files.size()) + L".gas", part));
-        rest.remove_prefix(std::min(part.size() + 1, rest.size()));
-    }
     std::wstring list;
-    for (std::size_t i = 0; i < std::min<std::size_t>(files.size(), 2); ++i) {
-        list += files[i] + L"\r\n";
+    while (files.size() < kMostFiles && (files.empty() || !input.empty())) {
+        const std::wstring name = std::to_wstring(files.size()) + L".gas";
+        files.push_back(workFolder().put(name, input.line(kNextFile)));
+        if (files.size() <= 2) list += files.back() + L"\r\n";
     }
     workFolder().put(L"spec.his", narrow(list));
     return files;
@@ -63,9 +55,7 @@ void walk(test::RecordingHost& host, const std::wstring& name,
 
 }  // namespace
 
-void run(Input input) {
-    test::RecordingHost host;
-    gProgram().folder = workFolder().path();
+void run(Input input, test::RecordingHost& host) {
     const std::vector<std::wstring> files = putFiles(input);
     std::vector<GasTemplate> templates;
     std::wstring path = files.front();

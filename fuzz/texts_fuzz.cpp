@@ -1,0 +1,220 @@
+// Texts of many uses: the input's first byte tells which of them the others are.
+#include <array>
+#include <functional>
+
+#include "cli/arguments.h"
+#include "cli/json.h"
+#include "cli/terminal.h"
+#include "fuzz/fuzz.h"
+#include "gas/browse.h"
+#include "services/commandfile.h"
+#include "services/errors.h"
+#include "services/keys.h"
+#include "services/process.h"
+#include "services/text.h"
+#include "services/viewtext.h"
+#include "tank/build.h"
+#include "tank/launcher.h"
+
+namespace kestrel::fuzz {
+namespace {
+
+using Words = std::vector<std::wstring>;
+
+// Some texts name files, the same ones each time.
+bool isFile(std::wstring_view path) {
+    return !path.empty() && std::hash<std::wstring_view>()(path) % 4 == 0;
+}
+
+// No word is lost, and the longest file at the end is one of them.
+void checkWords(const std::wstring& line) {
+    const Words words = splitArguments(line, isFile);
+    std::wstring joined;
+    for (const std::wstring& word : words) {
+        const bool hasBlank = word.find(L' ') != word.npos;
+        require(!word.empty() && (!hasBlank || (&word == &words.back() && isFile(word))));
+        joined += word;
+    }
+    std::wstring whole = line;
+    std::erase(joined, L' ');
+    std::erase(whole, L' ');
+    require(joined == whole);
+}
+
+void checkStart(const std::wstring& line, const std::wstring& configured) {
+    const CommandParts parts = splitCommandLine(line, configured);
+    const std::wstring_view whole = trim(line);
+    const std::wstring_view chosen = configured.empty() ? whole : trim(configured);
+    require(chosen.starts_with(parts.program) && whole.ends_with(parts.arguments));
+    require(parts.program.empty() == chosen.empty());
+    // Only a bare name is less than what was chosen.
+    const std::wstring name = parts.program + L' ';
+    require(parts.program == chosen || (chosen.starts_with(name) && name.find(L'/') == name.npos));
+}
+
+void checkCommandLine(Input input) {
+    const std::wstring configured = input.text();
+    const std::wstring line = input.text();
+    if (const auto file = gvarCommandFile(line)) {
+        require(!trim(*file).empty() && line.find(*file) != line.npos);
+        require(file->find(L'"') == file->npos);
+    }
+    plainPath(line);
+    checkStart(line, configured);
+    checkStart(configured + L' ' + line, configured);
+    checkWords(line);
+}
+
+void checkArguments(Input input) try {
+    Words words;
+    while (!input.empty()) words.push_back(input.text());
+    if (const auto file = gvarCommandFile(words)) require(!trim(*file).empty());
+    const cli::Arguments arguments(words);
+    require(arguments.operands().size() + arguments.options().size() <= words.size());
+    for (const auto& [option, value] : arguments.options()) {
+        require(option.starts_with(L"--") && arguments.value(option) == value);
+    }
+} catch (const cli::WrongUsage& wrong) {
+    require(!wrong.text().empty());
+}
+
+void checkCleaning(const std::wstring& text) {
+    const std::wstring clean = cleanValue(text);
+    require(cleanValue(clean) == clean && clean.find_first_of(L"\";[]{}\t") == clean.npos);
+    const std::wstring squeezed = squeezeBlankLines(text);
+    require(squeezed.find(L"\r\n\r\n") == squeezed.npos && !squeezed.starts_with(kLineEnd));
+    require(removeCommentMarks(text).find(L"//") == text.npos);
+    require(compareWithoutCase(text, lowerCase(text)) == 0);
+    require(makeKey(static_cast<std::size_t>(gintKeyIndex(text))).starts_with(L"K"));
+    chainText(text);
+}
+
+// The search of a pane against the plain one over characters.
+void checkSearch(const std::wstring& text, const std::wstring& what, std::size_t caret) {
+    const auto bytesTo = [&](std::size_t at) { return toUtf8(text.substr(0, at)).size(); };
+    caret = std::min(caret, text.size());
+    const auto found = findText(toUtf8(text), what, bytesTo(caret));
+    const std::wstring folded = lowerCase(text);
+    const std::wstring wanted = lowerCase(what);
+    std::size_t at = folded.find(wanted, caret > 0 ? caret - 1 : 0);
+    if (at == folded.npos) at = folded.find(wanted);
+    if (what.empty() || at == folded.npos) return require(!found);
+    require(found == TextRange{bytesTo(at), bytesTo(at + what.size())});
+}
+
+void checkPane(const std::wstring& raw, const std::wstring& what, std::size_t caret) {
+    const auto stand = standIn(raw);
+    const std::wstring text = stand ? stand->text : raw;
+    require(!stand || stand->toWhole(text.size()) == raw.size());
+    require(fromUtf8(toUtf8(text)) == text && characterCount(toUtf8(text)) == text.size());
+    checkSearch(text, standIn(what).value_or(StandIn{what, {}}).text, caret);
+}
+
+void checkShown(const std::wstring& text) {
+    const std::string json = cli::jsonText(text);
+    for (const std::string& line : {toUtf8(lineText(text)), cli::visibleLine(text), json}) {
+        require(std::ranges::none_of(line,
+                                     [](char c) { return (c >= '\0' && c < ' ') || c == '\x7F'; }));
+    }
+    require(cli::oneLine(text).find_first_of("\r\n") == std::string::npos);
+    require(lineText(text).size() <= 1001 && !standIn(fromUtf8(json)));
+    bool escaped = false;
+    for (std::size_t i = 1; i + 1 < json.size(); ++i) {
+        require(escaped || json[i] != '"');
+        escaped = !escaped && json[i] == '\\';
+    }
+    require(!escaped && json.size() >= 2 && json.front() == '"' && json.back() == '"');
+}
+
+void checkText(Input input) {
+    const std::size_t caret = input.byte();
+    const std::wstring what = input.text();
+    const std::string_view bytes = input.rest();
+    const std::wstring text = fromUtf8(bytes);
+    require(toUtf8(text) == bytes && fileText(fileBytes(text)) == text);
+    checkCleaning(text);
+    checkPane(text, what, caret);
+    checkShown(text);
+}
+
+// Any text is a priority of 16 bits, or overflows.
+void checkPriority(Input input) {
+    const std::wstring text = input.text();
+    try {
+        const std::int16_t priority = priorityOf(text);
+        require(isNumber(text) || priority == 0);
+    } catch (const RunTimeError& error) {
+        require(isNumber(text) && error.number() == kOverflow);
+    }
+}
+
+// The builder gets each value as it was typed, unless that looks like more than a value.
+void checkBuilder(Input input) {
+    BuildRequest request;
+    request.priority = static_cast<std::int16_t>(input.byte() * 257 - 32768);
+    request.devFlag = kFlagDev;
+    Words typed;
+    bool plain = true;
+    for (std::wstring* path : {&request.source, &request.target}) {
+        *path = typed.emplace_back(input.text());
+        plain = plain && !path->empty() && trim(*path) == *path && path->front() != L'-' &&
+                path->find(L" -") == path->npos;
+    }
+    for (std::wstring* text :
+         {&request.author, &request.copyright, &request.build, &request.title}) {
+        *text = kestrel::quoted(typed.emplace_back(input.text()));
+    }
+    const Words words = optionWords(zeltorCommandLine(request, L"").substr(1));
+    for (const std::wstring& one : typed) plain = plain && one.find(L'"') == one.npos;
+    if (!plain) return;
+    require(words.size() == 15 && words[10] == kFlagDev);
+    require(words[12] == std::to_wstring(request.priority) && words[14] == trim(typed[5]));
+    for (std::size_t i = 0; i < 5; ++i) require(words[2 * i + 1] == trim(typed[i]));
+}
+
+// A builder's output in pieces of `step` bytes.
+std::wstring decoded(std::string_view bytes, std::size_t step) {
+    OutputDecoder decoder;
+    std::wstring text;
+    for (; !bytes.empty(); bytes.remove_prefix(std::min(step, bytes.size()))) {
+        text += decoder.decode(bytes.substr(0, step));
+    }
+    return text += decoder.rest();
+}
+
+// It gives the same text wherever it is cut, and as a log loses nothing of it.
+void checkOutput(Input input) {
+    constexpr std::size_t kMostCuts = 64;
+    const std::string_view bytes = input.rest();
+    const std::wstring text = decoded(bytes, bytes.npos);
+    for (std::size_t step = bytes.size() / kMostCuts + 1; step < bytes.size();
+         step += bytes.size() / kMostCuts + 1) {
+        require(decoded(bytes, step) == text);
+    }
+    LogLines lines;
+    std::size_t length = 0;
+    std::size_t at = 0;
+    for (const wchar_t c : lines.add(text)) {
+        const bool ends = c == L'\r' || c == L'\n';
+        length = ends ? 0 : length + 1;
+        require(length <= LogLines::kLongest + 1);  // no pair is cut
+        // What is more are the breaks.
+        const bool more = at == text.size() || c != text[at];
+        require(!more || ends);
+        at += more ? 0 : 1;
+    }
+    require(at == text.size());
+}
+
+constexpr std::array kFormats{checkCommandLine, checkArguments, checkText,
+                              checkBuilder,     checkPriority,  checkOutput};
+
+}  // namespace
+
+// Of digits the first one is "0".
+void run(Input input, test::RecordingHost& host) {
+    kFormats[input.byte() % kFormats.size()](input);
+    require(host.log.empty());
+}
+
+}  // namespace kestrel::fuzz
