@@ -21,7 +21,6 @@
 #include "table.h"
 #include "ui/common/host_wx.h"
 #include "ui/common/strings.h"
-#include "ui/events.h"
 #include "ui/frmMain/frmMain.h"
 #include "ui/frmView/frmView.h"
 #include "ui/frmZeltor/frmZeltor.h"
@@ -236,7 +235,9 @@ class Windows {
         });
         logged_ = 0;
         timer.Start(1);
-        test::send(*dialog.cmdCommands[frmZeltor::kCreate], wxEVT_BUTTON);
+        wxButton& create = *dialog.cmdCommands[frmZeltor::kCreate];
+        wxCommandEvent press(wxEVT_BUTTON, create.GetId());
+        create.ProcessWindowEvent(press);
         closing_ = since(escape);
         return took;
     }
@@ -247,7 +248,9 @@ class Windows {
 
     static void pressEscape(wxWindow& window) {
         for (const wxEventType type : {wxEVT_CHAR_HOOK, wxEVT_KEY_DOWN, wxEVT_KEY_UP}) {
-            wxKeyEvent event = test::keyEvent(window, type, WXK_ESCAPE);
+            wxKeyEvent event(type);
+            event.m_keyCode = WXK_ESCAPE;
+            event.SetEventObject(&window);
             window.ProcessWindowEvent(event);
         }
     }

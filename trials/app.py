@@ -5,15 +5,14 @@ import os
 import re
 import shutil
 import subprocess
-import time
 
 from controls import Bus
 from desk import LIMIT, Desk, wait
 
 
 def needs(**what):
-    """Marks a trial with what it needs: desk={...} for Desk, installed=True, windows=True for one
-    that can be tried there, too, or windows="only"."""
+    """Marks a trial with what it needs: desk={...} for Desk, installed=True, opened=False for one that
+    starts the program itself, windows=True for one that can be tried there, too, or windows="only"."""
     def mark(trial):
         trial.needs = what
         return trial
@@ -81,38 +80,41 @@ class Kestrel:
 
     def settings(self, **paths):
         """The program's settings before it starts."""
-        os.makedirs(self.folder, exist_ok=True)
-        with open(os.path.join(self.folder, "settings.set"), "w", newline="", encoding="cp1252") as file:
-            file.write("".join(f"{name}={path}\r\n" for name, path in paths.items()))
+        text = "".join(f"{name}={path}\r\n" for name, path in paths.items())
+        self.write(os.path.join(self.folder, "settings.set"), text)
+
+    def write(self, path, text, mode=0o644):
+        """A file of a text, or of bytes, in a folder that may be new; its path."""
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "wb") as file:
+            file.write(text if isinstance(text, bytes) else text.encode())
+        os.chmod(path, mode)
+        return path
 
     def read(self, *names):
         """The bytes of a file."""
         with open(os.path.join(*names), "rb") as file:
             return file.read()
 
-    def open(self, name="harbour.gas", **more):
-        self.file = self.sample(name)
-        return self.start(self.file, **more)
+    def open(self, env=None, **settings):
+        """Starts it over a sample, with all that it knows beside it."""
+        self.settings(zeltor=self.stub("builder/kestrel_stub_builder"), **settings)
+        shutil.copy(self.stub(self.tank), self.folder)
+        self.file = self.sample()
+        return self.start(self.file, env=env)
 
     def ended(self, limit=LIMIT):
         """The exit code, once it has ended."""
         wait(lambda: self.process.poll() is not None, "the program's end", limit)
         return self.process.returncode
 
-    def quit(self):
-        self.keys("Escape", on=self.main)
-        assert self.ended() == 0, f"ended with {self.process.returncode}"
-
     def finish(self):
-        """What holds after every trial."""
+        """What holds after every trial: it ends as its user ends it, in order and in silence."""
         if self.process.poll() is None:
             assert not self.find_windows("*Debug Alert*"), "an assert"
-            self.process.terminate()
+            self.keys("Escape", on=self.window("Kestrel Template Browser (*"))
             self.ended()
         assert self.process.returncode == 0, f"ended with {self.process.returncode}"
-        self.said_nothing()
-
-    def said_nothing(self):
         lines = [line for line in self.error_lines()
                  if not REMARKS.search(line)
                  and not (self.expected_errors and re.search(self.expected_errors, line))]
@@ -194,6 +196,16 @@ class Kestrel:
         if text.endswith("\n"):
             self.keys("Return")
 
+    def press(self, button, title):
+        """Presses what opens a window; the window."""
+        self.click(button)
+        return self.window(title)
+
+    def reply(self, title, text):
+        """Types into the box that asks for a text."""
+        self.window(title)
+        self.type(text)
+
     def move(self, x, y):
         self.desk.input("mousemove", x, y)
 
@@ -211,6 +223,35 @@ class Kestrel:
             x, y = what
         self.move(x, y)
         self.desk.input("click", "--repeat", times, "--delay", 60, button)
+
+    def fill(self, name, text):
+        """Types into a text box, in the place of what it holds."""
+        self.click(self.find(name, "text"), at=(20, 8))
+        self.keys("ctrl+a")
+        self.type(text)
+
+    def load(self, path):
+        self.fill("Path of the .gas file", path + "\n")
+
+    def load_text(self, text):
+        self.load(self.write(self.sample("info.gas"), text.replace("\n", "\r\n").encode("cp1252")))
+
+    def select(self, name, text):
+        """Clicks the row that begins with the text."""
+        self.click(self.find(name).select(text))
+        self.selected_is(name, text)
+
+    def selected_is(self, name, text):
+        wait(lambda: self.find(name).selected()[0] == text, f"{text!r} selected")
+
+    def close(self, window):
+        self.keys("Escape", on=window)
+        self.gone(window)
+
+    def discard(self, window):
+        self.keys("Escape", on=window)
+        self.answer("Source has been changed. Exit anyway and discard changes?", "Yes", "Question")
+        self.gone(window)
 
     def drag(self, start, end, button=1, pause=0):
         self.move(*start)
@@ -235,6 +276,10 @@ class Kestrel:
             return None
         return wait(item, f"the menu entry {name!r}")
 
+    def main_window(self):
+        """Its number for the window manager."""
+        return self.desk.run("xdotool", "search", "--name", "^Kestrel Template").split()[0]
+
     # Boxes.
 
     def box(self):
@@ -245,12 +290,12 @@ class Kestrel:
         return " ".join(" ".join(texts).split()), icons[0] if icons else ""
 
     def answer(self, text, button, icon=None):
-        """Answers the message box whose text fits."""
+        """Answers the message box whose text fits: by the button, or by its default."""
         wait(lambda: fnmatch.fnmatchcase(self.box()[0], text), f"the box {text!r}")
         if icon:
             assert self.box()[1] == icon, f"the icon is {self.box()[1]!r}"
         box = self.active()
-        self.click(self.find(button, "push button"))
+        self.click(self.find(button, "push button")) if button else self.keys("Return")
         wait(lambda: self.process.poll() is not None or not box.has("active"),
              f"the end of the box {text!r}")
 
@@ -273,13 +318,13 @@ class Kestrel:
     def clipboard(self):
         return self.desk.run("xclip", "-o", "-selection", "clipboard").replace("\r\n", "\n")
 
-    def menu_key(self, what):
-        """Opens the menu of a control by the key for it."""
-        self.click(what)
-        self.keys("Menu")
-
-    def answers(self):
-        """How long the program takes to answer, in seconds."""
-        start = time.monotonic()
+    def effort(self):
+        """The seconds that it has computed until it answers: others' load does not count."""
         self.main.name
-        return time.monotonic() - start
+        with open(f"/proc/{self.process.pid}/stat", encoding="utf-8") as stat:
+            return sum(map(int, stat.read().split(")")[-1].split()[11:13])) / os.sysconf("SC_CLK_TCK")
+
+    def other(self, *words):
+        """Starts a program of others.py; it is ready when this returns."""
+        return self.desk.start_with_answer(
+            "/usr/bin/python3", os.path.join(self.top, "trials/others.py"), "{fd}", *words)

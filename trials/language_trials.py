@@ -2,11 +2,12 @@
 
 import os
 import re
+import shutil
 import subprocess
 import urllib.parse
 
 from app import needs
-from dialog_trials import ARCHIVE, fill, shutil
+from dialog_trials import ARCHIVE, convert, open_archive
 from desk import wait
 from save_trials import in_place
 from tools_trials import said, tool
@@ -48,47 +49,26 @@ def own_text(k, *path):
     return data[3:] if data.startswith(MARK) else data.decode(k.page).encode()
 
 
-def convert(k, folder):
-    k.menu("Edit", "Convert Multiple Files...")
-    dialog = k.window("Convert*")
-    fill(k, "Source Folder", address(folder))
-    for single in (False, True):
-        if single:
-            k.click("Single output file?")
-        k.click("Convert")
-        k.answer("File conversion complete. Files processed: 1 Files converted: 1 Output *", "OK", "Information")
-    k.keys("Escape", on=dialog)
-    k.gone(dialog)
-
-
 def list_archive(k, archive, word):
-    with open(archive, "wb") as file:
-        file.write(ARCHIVE.replace("A.GAS", word).encode(k.page))
-    k.click("Repeat Orvane")
-    dialog = k.window("Mini-Orvane")
-    fill(k, "Selected Tank Filename", address(archive))
+    k.write(archive, ARCHIVE.replace("A.GAS", word).encode(k.page))
+    dialog = open_archive(k, address(archive))
     k.click("Generate a list (Name or Full)")
     k.answer("Which list do you want?*", "Yes", "Question")
     view = k.window("Tank List: *")
     assert word in k.find("Text", "text").text()
-    k.keys("Escape", on=view)
-    k.gone(view)
-    k.keys("Escape", on=dialog)
-    k.gone(dialog)
+    k.close(view)
+    k.close(dialog)
 
 
 def edit(k, word):
     """Doubles the line of the word, so that it is pasted as well."""
-    k.click("Source")
-    view = k.window("Edit Source: boat")
+    view = k.press("Source", "Edit Source: boat")
     text = k.find("Text", "text")
     k.click(text.place(text.text().index("screen_name")))
     k.keys("Home", "shift+End", "ctrl+c", "End", "ctrl+v")
     wait(lambda: text.text().count(word) == 2, "the pasted word")
     in_place(k, view)
-    wait(lambda: not view.name.endswith(" *"), "no mark")
-    k.keys("Escape", on=view)
-    k.gone(view)
+    k.close(view)
 
 
 def work(k, locale, page, word, folder, file, date):
@@ -100,14 +80,10 @@ def work(k, locale, page, word, folder, file, date):
     k.program = os.path.join(k.folder, "kestrel")
     shutil.copy(k.stub(k.tank), k.folder)
     mod = k.desk.path("mod", folder)
-    os.makedirs(mod)
-    path = os.path.join(mod, file)
-    with open(path, "wb") as source:
-        source.write(TEXT.format(word).encode(k.page))
+    path = k.write(os.path.join(mod, file), TEXT.format(word).encode(k.page))
     program = tool(k, "run", os.path.join("tools", folder))
     settings = MARK + os.fsencode(f"tool1=Run|{program}\r\n")
-    with open(os.path.join(k.folder, "settings.set"), "wb") as own:
-        own.write(settings)
+    k.write(os.path.join(k.folder, "settings.set"), settings)
 
     k.start(path, env=env)
     wait(lambda: k.status()[2] == "2 Templates", "the file")
@@ -116,15 +92,20 @@ def work(k, locale, page, word, folder, file, date):
     line = f'screen_name = "{word}";'
     assert k.read(path) == TEXT.format(word).replace("\t" + line, "    " + line * 2).encode(k.page)
     assert [one for one in os.listdir(mod) if one.endswith(".bak")]
-    convert(k, mod)
+    dialog = convert(k, address(mod))
+    for more in ((), ("Single output file?", "Convert")):
+        for name in more:
+            k.click(name)
+        k.answer("File conversion complete. Files processed: 1 Files converted: 1 Output *", "OK", "Information")
+    k.close(dialog)
     for name in (file.replace(".gas", ".tab"), "Converted.tab"):
         text = own_text(k, mod, name)
         assert word.encode() in text and os.fsencode(path) in text, text
         assert re.search(f"\nDate:{date}\r", text.decode("utf-8", "surrogateescape")), text.decode("utf-8", "replace")
     list_archive(k, os.path.join(mod, "a.dsres"), word)
     k.menu("Tools", "Run")
-    assert said(program) == "<>"
-    k.quit()
+    assert said(k, program) == "<>"
+    k.finish()
     assert own_text(k, k.folder, "settings.set") == settings[3:]
     assert own_text(k, k.folder, "info.his") == os.fsencode(path) + b"\r\n"
 
@@ -132,12 +113,12 @@ def work(k, locale, page, word, folder, file, date):
     k.focus_is("Path of the .gas file")
     k.keys("Down", "Return")
     wait(lambda: k.status()[2] == "2 Templates", "the file of the history")
-    k.quit()
+    k.finish()
     assert own_text(k, k.folder, "info.his") == os.fsencode(path) + b"\r\n"
 
 
 def trial_of(row):
-    return lambda k: work(k, *row)
+    return needs(opened=False)(lambda k: work(k, *row))
 
 
 for each in ROWS:
@@ -146,9 +127,8 @@ for each in ROWS:
 
 def try_another_encoding_is_chosen_for_a_file(k):
     path, word = k.sample("party.gas"), "Лодка"
-    with open(path, "wb") as source:
-        source.write(TEXT.format(word).encode("cp1251"))
-    k.start(path)
+    k.load(k.write(path, TEXT.format(word).encode("cp1251")))
+    wait(lambda: k.status()[2] == "2 Templates", "the file")
 
     def chosen():
         k.menu("View", "Text Encoding")
@@ -164,37 +144,30 @@ def try_another_encoding_is_chosen_for_a_file(k):
     assert k.read(path).count(word.encode("cp1251")) == 3
     wait(lambda: k.find("Properties").rows()[-1][1] == word, "the word once more")
     assert chosen() == ["Cyrillic (1251)"]
-    k.click("Path of the .gas file", at=(60, 10))
-    k.keys("ctrl+a")
-    k.type(address(k.sample()) + "\n")
+    k.load(address(k.sample()))
     wait(lambda: k.status()[2] == "40 Templates", "the other file")
     assert chosen() == ["Western European (1252)"]
-    k.quit()
 
 
+@needs(opened=False)
 def try_an_unknown_code_page_is_told(k):
     k.start(k.sample(), env={"KESTREL_CODEPAGE": "932"}, ready=False)
-    wait(lambda: k.windows(), "a box")
     k.answer('KESTREL_CODEPAGE: There is no code page "932"; there are 874, 1250, *', "OK", "Warning")
     k.main = k.window("Kestrel Template Browser (*")
     wait(lambda: k.status()[2] == "40 Templates", "the file all the same")
-    k.quit()
 
 
-@needs(windows="only")
+@needs(windows="only", opened=False)
 def try_windows_of_every_code_page(k):
     """Windows takes its code page from the locale here: 1252, 1250, 1251, 1254, 1253, 1256 and 932."""
     for locale, page, word, folder, file, _ in ROWS[2:]:
         k.page = f"cp{page}"
         env = locale_of(k, locale)
-        path = k.desk.path("mod", folder, file[-20:])
-        os.makedirs(os.path.dirname(path))
-        with open(path, "wb") as source:
-            source.write(TEXT.format(word).encode(k.page))
+        path = k.write(k.desk.path("mod", folder, file[-20:]), TEXT.format(word).encode(k.page))
         for _ in range(2):
             k.start(path, env=env)
             wait(lambda: k.status()[2] == "2 Templates", "the file")
             wait(lambda: word in k.find("Properties").content, word)
-            k.quit()
+            k.finish()
             assert own_text(k, k.folder, "info.his").decode() == k.path_there(path) + "\r\n"
         os.remove(os.path.join(k.folder, "info.his"))

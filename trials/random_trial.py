@@ -4,7 +4,9 @@ import os
 import random
 import shutil
 
+from app import needs
 from desk import wait
+from dialog_trials import ARCHIVE
 
 KEYS = ("Tab", "shift+Tab", "Return", "space", "Escape", "Up", "Down", "Left", "Right", "Home", "End",
         "Prior", "Next", "Delete", "BackSpace", "Menu", "shift+F10", "F1", "F3", "F5", "F6", "F10",
@@ -16,28 +18,28 @@ LOOKS = ({}, {"GDK_SCALE": "2"}, {"GTK_THEME": "Adwaita:dark"}, {"GTK_THEME": "H
 
 
 class Random:
-    def __init__(self, k, steps, seed):
-        self.k, self.steps, self.random = k, steps, random.Random(seed)
-        self.log = []
-        self.starts = 0
+    def __init__(self, k, seed):
+        self.k, self.random = k, random.Random(seed)
+        self.starts, self.log, real = 0, [], k.desk.input
+
+        def input_and_tell(*words):
+            self.log.append(" ".join(map(str, words)))
+            real(*words)
+        k.desk.input = input_and_tell
 
     def start(self):
-        k = self.k
-        samples = k.desk.path("mod")
-        if not os.path.exists(samples):
-            shutil.copytree(os.path.join(k.top, "samples"), samples)
+        k, look = self.k, LOOKS[self.starts % len(LOOKS)]
+        self.starts += 1
+        mod = os.path.dirname(k.sample())
+        shutil.copytree(os.path.join(k.top, "samples"), mod, dirs_exist_ok=True)
         shutil.copy(k.stub(k.tank), k.folder)
         k.settings(zeltor=k.stub("builder/kestrel_stub_builder"), skritpad="/bin/true",
                    orvane="/bin/true", tool1="True|/bin/true")
-        with open(os.path.join(samples, "a.dsres"), "w", encoding="ascii") as file:
-            file.write("tank\ndir|name=art|path=\\\n.file|name=A.GAS|path=\\art|size=5|data=abc\n")
+        k.write(os.path.join(mod, "a.dsres"), ARCHIVE)
         for name, path in (("mor", "a.dsres"), ("zeltor1", "folder"), ("zeltor2", "b.dsres"), ("cnv1", "folder")):
-            with open(os.path.join(k.folder, name + ".his"), "w", encoding="ascii") as file:
-                file.write(os.path.join(samples, path) + "\r\n")
-        files = sorted(one for one in os.listdir(samples) if one.endswith(".gas"))
-        look = LOOKS[self.starts % len(LOOKS)]
-        self.starts += 1
-        k.start(os.path.join(samples, self.random.choice(files)), env=look, ready=False)
+            k.write(os.path.join(k.folder, name + ".his"), os.path.join(mod, path) + "\r\n")
+        files = sorted(one for one in os.listdir(mod) if one.endswith(".gas"))
+        k.start(os.path.join(mod, self.random.choice(files)), env=look, ready=False)
         wait(k.windows, "a window")
 
     def place(self):
@@ -54,40 +56,30 @@ class Random:
                 max(0, y + self.random.randrange(max(1, height))))
 
     def step(self):
-        k, choose = self.k, self.random.random()
-        if choose < 0.45:
-            key = self.random.choice(KEYS)
-            self.tell("key", key)
-            k.keys(key)
-        elif choose < 0.75:
-            place, button = self.place(), self.random.choice((1, 1, 1, 1, 2, 3, 3))
-            self.tell("click", button, *place)
-            k.click(place, button=button, times=self.random.choice((1, 1, 1, 2)))
-        elif choose < 0.82:
-            self.tell("wheel")
-            k.click(self.place(), button=self.random.choice((4, 5, 6, 7)), times=3)
-        elif choose < 0.92:
-            start, end, key = self.place(), self.place(), self.random.choice(KEYS)
-            self.tell("drag", *start, *end, "and", key)
-            k.move(*start)
+        k, one_of, number = self.k, self.random.choice, self.random.randrange
+        choose = number(100)
+        if choose < 45:
+            k.keys(one_of(KEYS))
+        elif choose < 75:
+            k.click(self.place(), button=one_of((1, 1, 1, 1, 2, 3, 3)), times=one_of((1, 1, 1, 2)))
+        elif choose < 82:
+            k.click(self.place(), button=one_of((4, 5, 6, 7)), times=3)
+        elif choose < 92:
+            k.move(*self.place())
             k.desk.input("mousedown", 1)
             try:
-                k.move(*end)
-                if self.random.random() < 0.3:
-                    k.keys(key)
+                k.move(*self.place())
+                if number(10) < 3:
+                    k.keys(one_of(KEYS))
             finally:
                 k.desk.input("mouseup", 1)
-        elif choose < 0.95:
-            size = self.random.randrange(200, 1300), self.random.randrange(200, 1000)
-            self.tell("size", *size)
-            k.desk.input("getactivewindow", "windowsize", *size)
-        elif choose < 0.97:
-            self.tell("minimise")
+        elif choose < 95:
+            k.desk.input("getactivewindow", "windowsize", number(200, 1300), number(200, 1000))
+        elif choose < 97:
             k.desk.input("getactivewindow", "windowminimize")
             self.come_back()
         else:
-            self.tell("type")
-            k.type(self.random.choice(("crate", "[x] { a = 1; }", k.desk.path("mod", "party.gas"))))
+            k.type(one_of(("crate", "[x] { a = 1; }", k.desk.path("mod", "party.gas"))))
 
     def come_back(self):
         """By the icon, or by the window manager."""
@@ -100,16 +92,12 @@ class Random:
         for window in k.desk.run("xdotool", "search", "--name", "^Kestrel Template").split():
             k.desk.input("windowactivate", window)
 
-    def tell(self, *words):
-        self.log.append(" ".join(map(str, words)))
-
-    def run(self):
+    def run(self, steps):
         k = self.k
         self.start()
-        for i in range(self.steps):
+        for i in range(steps):
             if k.process.poll() is not None:
-                assert k.process.returncode == 0, f"ended with {k.process.returncode} in step {i}"
-                k.said_nothing()
+                k.finish()
                 self.start()
             try:
                 self.step()
@@ -122,7 +110,6 @@ class Random:
             if i % 500 == 499:
                 self.leave()
         self.leave()
-        k.finish()
 
     def leave(self):
         """Closes window after window as a user does; each has a way out, and the last ends it all."""
@@ -143,14 +130,17 @@ class Random:
         raise AssertionError("there is no way out")
 
 
-def run(k, steps, seed):
-    one = Random(k, steps, seed)
-    # GTK says much of its own widgets, its file dialog above all, when one goes in the midst of
-    # what it does. What it says in ordinary use is for the other trials.
-    k.expected_errors = "Gtk-(CRITICAL|WARNING)"
-    try:
-        one.run()
-    except BaseException:
-        print("The last steps:\n" + "\n".join(one.log[-40:]))
-        raise
-    print(f"{steps} steps, {one.starts} starts")
+def trial_of(steps, seed):
+    @needs(opened=False)
+    def use_at_random(k):
+        one = Random(k, seed)
+        # GTK says much of its own widgets, its file dialog above all, when one goes in the midst of
+        # what it does. What it says in ordinary use is for the other trials.
+        k.expected_errors = "Gtk-(CRITICAL|WARNING)"
+        try:
+            one.run(steps)
+        except BaseException:
+            print("The last steps:\n" + "\n".join(one.log[-40:]))
+            raise
+        print(f"{steps} steps, {one.starts} starts")
+    return use_at_random

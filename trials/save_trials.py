@@ -6,101 +6,96 @@ import time
 
 from app import needs
 from desk import wait
-from start_trials import other
 
 REPLACE = "File already exists. Replace existing file?"
 IN_PLACE = "This text is one of the * blocks of this file. Put it in its place and keep the others?"
 
 
-def save(k, view, *answers):
+def save(k, view):
     """Ctrl+S, and the file that is proposed. The desktop's buttons are in its own language."""
     k.keys("ctrl+s", on=view)
-    chooser = k.window("Select Save As Filename and Location")
-    k.keys("Return", on=chooser)
-    for text, answer in answers:
-        k.answer(text, answer, "Question")
-    wait(lambda: view.has("active"), "the view")
+    k.keys("Return", on=k.window("Select Save As Filename and Location"))
 
 
 def in_place(k, view):
-    save(k, view, (REPLACE, "Yes"), (IN_PLACE, "Yes"))
+    save(k, view)
+    for text in (REPLACE, IN_PLACE):
+        k.answer(text, "Yes", "Question")
+    wait(lambda: view.has("active") and not view.name.endswith(" *"), "no mark")
+
+
+def changed(before, now):
+    """The lines that differ."""
+    return [line for was, line in zip(before.split(b"\r\n"), now.split(b"\r\n"), strict=True) if was != line]
 
 
 def try_a_template_is_edited_all_day(k):
-    k.open()
     before = k.read(k.file)
     k.click(k.find("Templates").select("Small crate"))
-    k.click("Source")
-    view = k.window("Edit Source: Small crate")
+    view = k.press("Source", "Edit Source: Small crate")
     text = k.find("Text", "text")
-    for number, (old, new) in enumerate(((b"weight = 12.5", b"weight = 99"), (b"slots = 4", b"slots = 77"))):
-        at = text.text().index(old.decode())
-        k.click(text.place(at + 1))
+    for number, (old, new) in enumerate((("weight = 12.5", "weight = 99"), ("slots = 4", "slots = 77"))):
+        k.click(text.place(text.text().index(old) + 1))
         k.keys("Home", "shift+End")
-        k.type(new.decode() + ";")
+        k.type(new + ";")
         wait(lambda: view.name.endswith(" *"), "the mark")
         in_place(k, view)
-        wait(lambda: not view.name.endswith(" *"), "no mark")
-        lines, saved = before.split(b"\r\n"), k.read(k.file).split(b"\r\n")
-        changed = [i for i, (one, other) in enumerate(zip(lines, saved)) if one != other]
-        assert len(lines) == len(saved) and len(changed) == number + 1, changed
-        assert saved[changed[-1]] == b"        " + new + b";", saved[changed[-1]]
+        lines = changed(before, k.read(k.file))
+        assert len(lines) == number + 1 and lines[-1] == f"        {new};".encode(), lines
         assert k.read(k.file + ".bak") == before
-    k.keys("Escape", on=view)
-    k.gone(view)
-    wait(lambda: k.find("Templates").selected() == ["Small crate"], "the same template")
+    k.close(view)
+    k.selected_is("Templates", "Small crate")
     assert k.status()[2] == "40 Templates"
-    k.quit()
 
 
 def try_losing_is_never_the_default(k):
-    k.open()
     before = k.read(k.file)
-    k.click("Source")
-    view = k.window("Edit Source: Base prop")
+    view = k.press("Source", "Edit Source: Base prop")
     k.type("x")
-    k.keys("Escape", on=view)
-    k.box()
-    k.keys("Return")
-    wait(lambda: view.has("active"), "the view")
-    k.keys("ctrl+s", on=view)
-    chooser = k.window("Select Save As Filename and Location")
-    k.keys("Return", on=chooser)
-    wait(lambda: k.box()[0] == REPLACE, "the question")
-    k.keys("Return")
-    wait(lambda: view.has("active"), "the view")
+    for ask, question in ((lambda: k.keys("Escape", on=view), "Source has been changed. *"),
+                          (lambda: save(k, view), REPLACE)):
+        ask()
+        k.answer(question, None, "Question")
+        wait(lambda: view.has("active"), "the view")
     assert k.read(k.file) == before and view.name.endswith(" *")
-    k.keys("Escape", on=view)
-    k.answer("Source has been changed. Exit anyway and discard changes?", "Yes", "Question")
-    k.gone(view)
-    k.quit()
+    k.discard(view)
 
 
 def try_a_parent_is_saved_to_its_own_file(k):
-    other = k.sample("chain-b.gas")
-    k.open("chain-a.gas")
-    before, parent = k.read(k.file), k.read(other)
+    """The chain grows over files; each parent goes back to the one that it came from."""
+    files = [k.sample(name) for name in ("chain-b.gas", "chain-c.gas")]
+    first = k.sample("chain-a.gas")
+    k.load(first)
+    before, parent = k.read(first), k.read(files[0])
     k.menu("View", "Specializes Chain")
     browser = k.window("Specializes Browser")
-    pane = k.find("Text", "text")
+    chain, pane = k.find("Chain"), k.find("Text", "text")
     k.keys("End", on=browser)
     k.window("Select the node's source file")
-    k.choose(other)
-    wait(lambda: pane.text().startswith("[t:template,n:dinghy_painted]"), "its source")
-    assert browser.find("chain-b.gas"), "the file's name"
-    at = pane.text().index("doc")
-    k.click(pane.place(at))
+    k.keys("Escape")
+    wait(lambda: pane.text() == "Source not available.", "nothing")
+    for key, path, start in (("Return", files[0], "[t:template,n:dinghy_painted]"),
+                             ("End", files[1], "[t:template,n:dinghy_plain]")):
+        k.keys(key, on=browser)
+        k.window("Select the node's source file")
+        k.choose(path)
+        wait(lambda: pane.text().startswith(start), "its source")
+        assert chain.row_count() == 3 and browser.find(os.path.basename(path)), "the file's name"
+    k.keys("Up", on=browser)
+    wait(lambda: pane.text().startswith("[t:template,n:dinghy_painted]"), "the one before")
+    k.click(pane.place(pane.text().index("doc")))
     k.keys("Home")
     k.type("q = 1; ")
     wait(lambda: browser.name.endswith(" *"), "the mark")
-    save(k, browser, (REPLACE, "Yes"), (IN_PLACE, "Yes"))
-    assert k.read(k.file) == before
-    lines, saved = parent.split(b"\r\n"), k.read(other).split(b"\r\n")
-    changed = [one for one, was in zip(saved, lines) if one != was]
-    assert len(lines) == len(saved) and len(changed) == 1 and b"q = 1;" in changed[0], changed
-    k.keys("Escape", on=browser)
-    k.gone(browser)
-    k.quit()
+    in_place(k, browser)
+    assert k.read(first) == before
+    lines = changed(parent, k.read(files[0]))
+    assert len(lines) == 1 and b"q = 1;" in lines[0], lines
+    k.click("Reset File List")
+    k.answer("Really reset the list of files that are searched for source?", "No", "Question")
+    k.close(browser)
+    k.finish()
+    assert k.read(k.folder, "spec.his").decode().split("\r\n") == [first, *files]
 
 
 OFFER = "Changes that were not saved are kept from an earlier run: Edit Source: Small crate *"
@@ -111,8 +106,9 @@ def drafts(k):
     return [name for name in files if os.path.getsize(name) or name.endswith(".lock")]
 
 
-def has_draft(k):
-    return any(name.endswith(".draft") for name in drafts(k))
+def kept(k, text):
+    """Whether a draft holds the text."""
+    return any(text in k.read(name) for name in drafts(k) if name.endswith(".draft"))
 
 
 def shows(k, typed):
@@ -133,7 +129,6 @@ def end_by(k, how):
 
 
 def try_a_draft_outlives_every_end(k):
-    k.open()
     k.click(k.find("Templates").select("Small crate"))
     k.click("Source")
     typed = ""
@@ -144,7 +139,7 @@ def try_a_draft_outlives_every_end(k):
         typed += "lost"
         shows(k, typed)
         if how == signal.SIGKILL:
-            time.sleep(5)
+            wait(lambda: kept(k, typed.encode()), "a draft")
         assert end_by(k, how) == code, how
         assert how == signal.SIGKILL or k.read(k.folder, "info.his").decode() == k.file + "\r\n"
         k.start(k.file, ready=False)
@@ -154,58 +149,51 @@ def try_a_draft_outlives_every_end(k):
     in_place(k, view)
     assert k.read(k.file).count(b"n:crate_small]\r\n{" + typed.encode() + b"\r\n") == 1
     assert not drafts(k), drafts(k)
+    k.close(view)
 
 
-@needs(windows=True)
+@needs(windows=True, opened=False)
 def try_logging_out_keeps_a_draft(k):
     if not k.on_windows:
-        k.desk.env["SESSION_MANAGER"] = other(k, "session")
-
-    def kept(text):
-        return any(text in k.read(name) for name in drafts(k) if name.endswith(".draft"))
+        k.desk.env["SESSION_MANAGER"] = k.other("session")
     k.open()
     k.click("Source")
     k.keys("ctrl+Home", "Down", "End", on=k.window("Edit Source: Base prop"))
     k.type("lost")
-    wait(lambda: kept(b"{lost\r\n"), "a draft")
+    wait(lambda: kept(k, b"{lost\r\n"), "a draft")
     k.type("more")
     time.sleep(0.5)
     assert end_by(k, "session") == 0
-    assert kept(b"{lostmore\r\n")
+    assert kept(k, b"{lostmore\r\n")
     k.start(ready=False)
     k.answer("Changes that were not saved*", "Open", "Question")
-    view = k.window("Edit Source: Base prop [*]")
-    k.keys("Escape", on=view)
-    k.answer("Source has been changed. Exit anyway and discard changes?", "Yes", "Question")
-    k.main = k.window("Kestrel Template Browser (*")
+    k.discard(k.window("Edit Source: Base prop [*]"))
     # Two windows that go at once take the keyboard from Wine's.
+    k.window("Kestrel Template Browser (*")
     k.click("Templates")
-    k.quit()
+    k.finish()
     assert not drafts(k), drafts(k)
 
 
 def try_a_draft_waits_for_its_user(k):
-    k.open()
-    k.click("Source")
-    view = k.window("Edit Source: Base prop")
+    view = k.press("Source", "Edit Source: Base prop")
     k.type("x")
-    wait(lambda: has_draft(k), "a draft")
+    wait(lambda: kept(k, b""), "a draft")
     assert all(os.stat(name).st_mode & 0o777 == 0o600 for name in drafts(k))
     k.keys("ctrl+z", on=view)
     wait(lambda: not drafts(k), "no draft of an unchanged text")
     k.type("y")
-    wait(lambda: has_draft(k), "a draft")
-    k.process.kill()
-    k.ended()
+    wait(lambda: kept(k, b""), "a draft")
+    end_by(k, signal.SIGKILL)
     for answer in ("Later", "Later", "Discard"):
         k.start(ready=False)
         k.answer("*" + k.file + "*", answer)
-        k.main = k.window("Kestrel Template Browser (*")
-        k.quit()
+        k.finish()
     assert not drafts(k), drafts(k)
     k.start()
 
 
+@needs(opened=False)
 def try_whatever_is_open_ends_with_the_program(k):
     for menu, key in ((("Edit",), None), (("Edit", "Open..."), None), (("Tools", "Print"), None),
                       (("View", "Source"), "ctrl+s")):
@@ -218,4 +206,4 @@ def try_whatever_is_open_ends_with_the_program(k):
             k.keys(key)
             k.window("Select Save As*")
         assert end_by(k, signal.SIGTERM) == 0, menu
-    assert has_draft(k)
+    assert kept(k, b"x")

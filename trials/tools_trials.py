@@ -1,43 +1,36 @@
 """Other programs, and the text that Kestrel writes for them."""
 
 import os
-import stat
 
-from browse_trials import select
+from app import needs
 from desk import wait
-from start_trials import other
 
 
 def tool(k, name, folder="tools"):
     """A program that writes down what it was started with; and where it writes."""
-    path = k.desk.path(folder, name)
-    os.makedirs(os.path.dirname(path), exist_ok=True)
-    with open(path, "w", encoding="utf-8") as script:
-        script.write('#!/bin/sh\nprintf "<%s>" "$@" >"$0.said"\n')
-    os.chmod(path, os.stat(path).st_mode | stat.S_IXUSR)
-    return path
+    return k.write(k.desk.path(folder, name), '#!/bin/sh\nprintf "<%s>" "$@" >"$0.said"\n', 0o755)
 
 
-def said(path):
-    return wait(lambda: os.path.exists(path + ".said") and open(path + ".said", encoding="utf-8").read(),
-                "the program to run")
+def said(k, path):
+    """What it was started with, once."""
+    words = wait(lambda: k.read(path + ".said").decode(), "the program to run")
+    os.remove(path + ".said")
+    return words
 
 
 def try_tools_are_asked_for_once_and_repeated(k):
-    k.open()
     program = tool(k, "Edit.EXE", "my tools")
     k.click("External Tools (Click to repeat last Tool): choices")
     k.menu("Tool3")
     k.choose(program)
-    assert said(program) == "<>"
-    os.remove(program + ".said")
+    assert said(k, program) == "<>"
     k.click("External Tools (Click to repeat last Tool)")
-    said(program)
+    assert said(k, program) == "<>"
     k.menu("Tools")
     assert [one for one in k.main.all() if one.role == "menu item" and one.name == "Edit"]
     k.menu("Reset Tools")
     k.answer("Reset ALL User Tool Settings?", "No", "Question")
-    k.quit()
+    k.finish()
     assert f"tool3=Edit|{program}\r\n".encode() in k.read(k.folder, "settings.set")
     k.start(k.file)
     k.menu("Tools", "Reset Tools")
@@ -46,78 +39,68 @@ def try_tools_are_asked_for_once_and_repeated(k):
     k.find_item("Tool3")
     k.keys("Escape")
     wait(lambda: k.main.has("active"), "a closed menu")
-    k.quit()
 
 
+@needs(opened=False)
 def try_the_script_editor_gets_the_file_or_the_text(k):
     program = tool(k, "skritpad")
-    k.settings(skritpad=program)
-    k.open()
+    k.open(skritpad=program)
     k.click("Open .GAS file in SkritPad")
-    assert said(program) == f"<{k.file}>"
-    os.remove(program + ".said")
-    select(k, "Templates", "Small crate")
-    k.click("Source")
-    view = k.window("Edit Source: Small crate")
+    assert said(k, program) == f"<{k.file}>"
+    k.select("Templates", "Small crate")
+    view = k.press("Source", "Edit Source: Small crate")
     text = k.find("Text", "text").text()
     k.type("x")
     k.keys("ctrl+e")
     k.answer("Source has been changed. ScritPad will open with the original file loaded.", "OK",
              "Question")
-    copy = said(program)[1:-1]
+    copy = said(k, program)[1:-1]
     assert os.path.basename(copy).startswith("gsv")
-    assert k.read(copy).decode("cp1252").replace("\r\n", "\n") == "x" + text.replace("\r\n", "\n")
-    k.keys("Escape", on=view)
-    k.answer("Source has been changed. Exit anyway and discard changes?", "Yes", "Question")
-    k.quit()
+    assert k.read(copy).decode("cp1252") == "x" + text
+    k.discard(view)
 
 
+@needs(opened=False)
 def try_another_is_offered_for_a_program_that_is_not_there(k):
-    k.settings(orvane="/nowhere/orvane")
     program = tool(k, "browser")
-    k.open()
+    k.open(orvane="/nowhere/orvane")
     k.menu("Tools", "Full Orvane")
     k.answer("Cannot start '/nowhere/orvane': *Do you wish to choose another program?", "Yes", "Question")
     k.choose(program)
-    assert said(program) == "<>"
-    k.quit()
+    assert said(k, program) == "<>"
+    k.finish()
     assert f"orvane={program}\r\n".encode() in k.read(k.folder, "settings.set")
 
 
 def try_what_was_copied_stays(k):
-    other(k, "keep")
-    k.open()
-    k.click("Repeat Copy  (to clipboard)")
-    wait(lambda: "Property\tValue\tGroup" in k.clipboard(), "the properties")
-    k.quit()
-    wait(lambda: "Property\tValue\tGroup" in k.clipboard(), "them still there")
+    """It can be repeated, and outlives the program where something takes it over."""
+    k.other("keep")
+    repeat = "Repeat Copy  (to clipboard)"
+    listed, row = "#\tTemplate\n", "Property\tValue\tGroup"
+    for copy, text in ((lambda: k.click(repeat), row),
+                       (lambda: (k.click(repeat + ": choices"), k.menu("Copy Template List")), listed),
+                       (lambda: k.menu("Edit", "Copy Row"), "name\tbase_prop\t"),
+                       (lambda: (k.click("Templates"), k.keys("ctrl+a")), listed),
+                       (lambda: k.menu("Edit", "Copy Property List"), row)):
+        copy()
+        wait(lambda: text in k.clipboard(), text)
+    k.finish()
+    wait(lambda: row in k.clipboard(), "it still there")
 
 
-def try_copies_are_repeated(k):
-    k.open()
-    k.click("Repeat Copy  (to clipboard)")
-    wait(lambda: "Property\tValue\tGroup" in k.clipboard(), "the properties")
-    k.click("Repeat Copy  (to clipboard): choices")
-    k.menu("Copy Template List")
-    wait(lambda: "#\tTemplate\n" in k.clipboard(), "the templates")
-    k.click("Templates")
-    k.keys("ctrl+a")
-    wait(lambda: k.clipboard().count("\n") > 40, "the templates again")
-    k.menu("Edit", "Copy Property List")
-    wait(lambda: "Property\tValue\tGroup" in k.clipboard(), "the properties again")
-    k.quit()
-
-
-def try_views_of_a_template(k):
-    k.open()
-    select(k, "Templates", "Small crate")
+def try_views_of_a_template_cannot_be_edited(k):
+    k.select("Templates", "Small crate")
     for button, title, start in (("Parsed", "View Parsed Text: Small crate", "DS Template for: Small crate"),
                                  ("As Listed", "View Listed Text: Small crate", "[t:template,n:crate_small]"),
                                  ("View Template (Tab Delimited)", "View All Templates", "Filename: ")):
         k.click(button)
         view = k.window(title)
         pane = k.find("Text", "text")
-        assert pane.text().startswith(start) and not pane.has("editable"), pane.text()[:80]
-        k.keys("Escape", on=view)
-        k.gone(view)
-    k.quit()
+        text = pane.text()
+        assert text.startswith(start) and not pane.has("editable"), text[:80]
+        k.keys("ctrl+a", "ctrl+c", "ctrl+x", "ctrl+v", "Delete", "BackSpace", "Return", "x")
+        wait(lambda: k.clipboard() == text.replace("\r\n", "\n"), "the text")
+        assert pane.text() == text and view.name == title
+        k.keys("Tab")
+        wait(lambda: k.focus().role == "push button", "the next control")
+        k.close(view)

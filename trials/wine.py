@@ -94,11 +94,11 @@ class KestrelOnWindows(Kestrel):
     def path_there(path):
         return "Z:" + path.replace("/", "\\")
 
-    def finish(self):
-        if self.process.poll() is None:
-            self.keys("alt+F4")
-            self.ended(30)
-        assert self.process.returncode == 0, f"ended with {self.process.returncode}"
+    def ended(self, limit=30):
+        return super().ended(limit)
+
+    def error_lines(self):
+        return []  # Wine says much of itself
 
     def app(self):
         return self.windows()

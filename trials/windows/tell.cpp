@@ -94,15 +94,6 @@ class There {
         return text.substr(0, text.find(L'\0'));
     }
 
-    // Where a row of a list stands in it.
-    RECT row(HWND list, int row) {
-        RECT place{LVIR_LABEL, 0, 0, 0};
-        WriteProcessMemory(process_, memory_, &place, sizeof place, nullptr);
-        ask(list, LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(memory_));
-        ReadProcessMemory(process_, memory_, &place, sizeof place, nullptr);
-        return place;
-    }
-
   private:
     static constexpr int kText = 500;
     static constexpr std::size_t kSize = 8192;
@@ -128,9 +119,7 @@ std::wstring contentOf(HWND window, const std::wstring& kind) {
                   std::to_wstring(ask(window, LVM_GETNEXTITEM, static_cast<WPARAM>(-1),
                                       MAKELPARAM(LVNI_SELECTED, 0)));
         for (int row = 0; row < rows && row < 100; ++row) {
-            const RECT place = there.row(window, row);
-            content += L'\n' + std::to_wstring((place.left + place.right) / 2) + L' ' +
-                       std::to_wstring((place.top + place.bottom) / 2);
+            content += L'\n';
             for (int column = 0; column < columns; ++column)
                 content += L'|' + there.cell(window, row, column);
         }
