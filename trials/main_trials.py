@@ -112,6 +112,18 @@ for each, *row in (
     globals()["try_" + each] = trial_of(*row)
 
 
+def try_the_systems_dialog_comes_back_with_its_window(k):
+    k.keys("ctrl+o")
+    chooser = k.window("Select a Gas File")
+    for minimised in (k.desk.run("xdotool", "getactivewindow").strip(), k.main_window()):
+        k.desk.input("windowminimize", minimised)
+        wait(lambda: not chooser.has("active"), "it to go")
+        k.desk.input("windowactivate", k.main_window())
+        wait(lambda: chooser.has("active"), "it again")
+    k.keys("Escape")
+    k.gone(chooser)
+
+
 @needs(windows=True)
 def try_keys_work_after_saving(k):
     """Whatever was answered, and though the mouse chose the command."""

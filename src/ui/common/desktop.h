@@ -24,8 +24,11 @@ void startIn(wxDirDialog& dialog, const std::wstring& folder);
 std::wstring chosenPath(const wxFileDialog& dialog);
 std::wstring chosenPath(const wxDirDialog& dialog);
 
-// Cancels the system's own dialog for a file or folder that is in front; false when
-// there is none.
+// The system's own dialog for a file or folder, which the toolkit does not know as a window:
+// whether one is open; brings it back where it was minimised; cancels it, false when there is
+// none. On Windows it needs none of this, and none is found.
+bool systemDialogIsOpen();
+void restoreSystemDialog();
 bool cancelSystemDialog();
 
 // Waits until the desktop has put a window that was just shown in its place; half a

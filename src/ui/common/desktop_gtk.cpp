@@ -30,6 +30,20 @@ struct Free {
     void operator()(gpointer text) const { g_free(text); }
 };
 
+// The system's dialog for a file or folder, which stands in no list of the toolkit's windows.
+GtkWindow* openChooser() {
+    GtkWindow* chooser = nullptr;
+    GList* const windows = gtk_window_list_toplevels();
+    for (const GList* one = windows; one != nullptr; one = one->next) {
+        if (GTK_IS_FILE_CHOOSER_DIALOG(one->data) &&
+            gtk_widget_get_visible(GTK_WIDGET(one->data))) {
+            chooser = GTK_WINDOW(one->data);
+        }
+    }
+    g_list_free(windows);
+    return chooser;
+}
+
 }  // namespace
 
 bool showDesktopProperties(const std::wstring& path) {
@@ -49,16 +63,16 @@ bool showDesktopProperties(const std::wstring& path) {
     return true;
 }
 
+bool systemDialogIsOpen() {
+    return openChooser() != nullptr;
+}
+
+void restoreSystemDialog() {
+    if (GtkWindow* const chooser = openChooser()) gtk_window_deiconify(chooser);
+}
+
 bool cancelSystemDialog() {
-    GtkWindow* chooser = nullptr;
-    GList* const windows = gtk_window_list_toplevels();
-    for (const GList* one = windows; one != nullptr; one = one->next) {
-        if (GTK_IS_FILE_CHOOSER_DIALOG(one->data) &&
-            gtk_widget_get_visible(GTK_WIDGET(one->data))) {
-            chooser = GTK_WINDOW(one->data);
-        }
-    }
-    g_list_free(windows);
+    GtkWindow* const chooser = openChooser();
     if (chooser != nullptr) gtk_dialog_response(GTK_DIALOG(chooser), GTK_RESPONSE_CANCEL);
     return chooser != nullptr;
 }

@@ -38,6 +38,12 @@ void openTextEditor(const std::wstring& path) {
 }
 
 // It is only asked for when the user logs out, which waits for none.
+bool systemDialogIsOpen() {
+    return false;
+}
+
+void restoreSystemDialog() {}
+
 bool cancelSystemDialog() {
     return false;
 }

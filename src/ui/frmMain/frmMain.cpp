@@ -193,12 +193,13 @@ bool frmMain::busy() const {
 // A dialog in front could not come back with a window that hides. The two go and come
 // back together.
 void frmMain::iconized(bool now) {
-    bool inFront = false;
+    bool inFront = systemDialogIsOpen();
     for (wxWindow* window : wxTopLevelWindows) {
         wxDialog* dialog = asModal(window);
         inFront |= dialog != nullptr;
         if (dialog != nullptr && !now) dialog->Iconize(false);
     }
+    if (!now) restoreSystemDialog();
     if (now && !inFront && !busy()) tray_->add(GetIcon(), GetTitle());
 }
 
