@@ -237,6 +237,8 @@ void frmMain::leave() {
     if (loop != nullptr && loop->IsYielding()) return;
     if (loop == nullptr || loop->IsMain()) {
         Destroy();
+        // A window that is told to go while nothing happens goes when something does.
+        wxWakeUpIdle();
     } else if (!ending_) {
         endFrontDialog();
     }
