@@ -1,4 +1,4 @@
-"""Kestrel as its user meets it: windows and controls by their accessible names, real keys and mouse."""
+"""Kestrel as its user meets it: windows and controls by their names, real keys and mouse."""
 
 import fnmatch
 import os
@@ -11,8 +11,8 @@ from desk import LIMIT, Desk, wait
 
 
 def needs(**what):
-    """Marks a trial with what it needs: desk={...} for Desk, installed=True, opened=False for one that
-    starts the program itself, windows=True for one that can be tried there, too, or windows="only"."""
+    """Marks a trial with what it needs: desk={...} for Desk, installed=True, opened=False for one
+    that starts the program itself, windows=True for one that can be tried there, too, or "only"."""
     def mark(trial):
         trial.needs = what
         return trial
@@ -29,10 +29,6 @@ NEAR = re.compile(r"(?: +#\d .*\n){2,8}? +#\d .*(?: kestrel::|/libwx_)")
 LEAKS = re.compile(r"^=+\n.*LeakSanitizer: detected.*\n\s*SUMMARY: .* leaked in .*\n", re.MULTILINE)
 
 
-def without_leaks_of_the_desktop(said):
-    return LEAKS.sub("", LEAK.sub(lambda leak: leak[0] if NEAR.search(leak[0]) else "", said))
-
-
 class Kestrel:
     """The program under trial and the desk that it runs on."""
 
@@ -40,9 +36,8 @@ class Kestrel:
     tank = "tank/kestrel_stub_tank/libtank.so"
 
     def __init__(self, build, top, installed=None, **desk):
-        self.top = top
+        self.build, self.top, self.installed = build, top, installed
         self.desk = Desk(**desk)
-        self.installed = installed
         if installed:
             self.folder = self.desk.env["XDG_CONFIG_HOME"] + "/kestrel"
             self.program = os.path.join(installed, "usr/bin/kestrel")
@@ -50,7 +45,6 @@ class Kestrel:
             self.folder = self.desk.path("app")
             os.mkdir(self.folder)
             self.program = shutil.copy(os.path.join(build, "src/ui/kestrel"), self.folder)
-        self.build = build
         self.errors = self.desk.path("errors")
         self.bus = Bus()
         self.process = None
@@ -79,7 +73,6 @@ class Kestrel:
         return os.path.join(self.build, "tests/stubs", name)
 
     def settings(self, **paths):
-        """The program's settings before it starts."""
         text = "".join(f"{name}={path}\r\n" for name, path in paths.items())
         self.write(os.path.join(self.folder, "settings.set"), text)
 
@@ -92,16 +85,15 @@ class Kestrel:
         return path
 
     def read(self, *names):
-        """The bytes of a file."""
         with open(os.path.join(*names), "rb") as file:
             return file.read()
 
-    def open(self, env=None, **settings):
+    def open(self, sample="harbour.gas", env=None, ready=True, **settings):
         """Starts it over a sample, with all that it knows beside it."""
         self.settings(zeltor=self.stub("builder/kestrel_stub_builder"), **settings)
         shutil.copy(self.stub(self.tank), self.folder)
-        self.file = self.sample()
-        return self.start(self.file, env=env)
+        self.file = self.sample(sample)
+        return self.start(self.file, env=env, ready=ready)
 
     def ended(self, limit=LIMIT):
         """The exit code, once it has ended."""
@@ -115,25 +107,21 @@ class Kestrel:
             self.keys("Escape", on=self.window("Kestrel Template Browser (*"))
             self.ended()
         assert self.process.returncode == 0, f"ended with {self.process.returncode}"
-        lines = [line for line in self.error_lines()
-                 if not REMARKS.search(line)
+        lines = [line for line in self.error_lines() if not REMARKS.search(line)
                  and not (self.expected_errors and re.search(self.expected_errors, line))]
         assert not lines, "on stderr:\n" + "\n".join(lines)
 
     def error_lines(self):
         with open(self.errors, encoding="utf-8", errors="replace") as errors:
-            said = without_leaks_of_the_desktop(errors.read())
-        return [line for line in said.splitlines() if line.strip()]
+            said = LEAK.sub(lambda leak: leak[0] if NEAR.search(leak[0]) else "", errors.read())
+        return [line for line in LEAKS.sub("", said).splitlines() if line.strip()]
 
     def leave_traces(self, path):
         """What a failure looked like: a picture, and the controls as text."""
-        os.makedirs(os.path.dirname(path), exist_ok=True)
-        self.desk.picture(path + ".png")
-        lines = []
-        if self.process and self.process.poll() is None:
-            lines = [line for window in self.windows() for line in window.tree()]
-        with open(path + ".txt", "w", encoding="utf-8") as text:
-            text.write("\n".join(lines))
+        runs = self.process and self.process.poll() is None
+        lines = [line for one in self.windows() for line in one.tree()] if runs else []
+        self.write(path + ".txt", "\n".join(lines))
+        self.desk.run("import", "-window", "root", path + ".png")
         print(f"See {path}.png and {path}.txt")
         if os.path.exists(self.errors):
             shutil.copy(self.errors, path + ".err")
@@ -153,34 +141,38 @@ class Kestrel:
 
     def window(self, title, limit=LIMIT):
         """The window with that title, once it is there and active."""
-        return wait(lambda: next((one for one in self.find_windows(title) if one.has("active")),
-                                 None), f"the window {title!r}", limit)
+        return wait(lambda: next(one for one in self.find_windows(title) if one.has("active")),
+                    f"the window {title!r}", limit)
 
     def gone(self, window):
         wait(lambda: window not in self.windows(), "the end of a window")
 
     def find(self, name=None, role=None, window=None):
         """The one control of the active window that fits, once it is there."""
-        def one():
-            found = (window or self.active()).find(name, role)
-            return found[0] if found else None
-        return wait(one, f"{role or 'a control'} {name!r}")
+        return wait(lambda: (window or self.active()).find(name, role)[0],
+                    f"{role or 'a control'} {name!r}")
 
     def active(self):
-        return wait(lambda: next((one for one in self.windows() if one.has("active")), None),
+        return wait(lambda: next(one for one in self.windows() if one.has("active")),
                     "an active window")
 
     def focus(self):
-        """The control that has the keyboard."""
-        return wait(lambda: next((one for one in self.active().all() if one.has("focused")), None),
+        return wait(lambda: next(one for one in self.active().all() if one.has("focused")),
                     "a focused control")
 
     def focus_is(self, name):
         wait(lambda: self.focus().name == name, f"the focus in {name!r}")
 
     def status(self):
-        bar = self.find(role="statusbar")
-        return [one.name for one in bar.find(role="label")]
+        return [one.name for one in self.find(role="statusbar").find(role="label")]
+
+    def loaded(self, templates):
+        """Waits for a file of so many."""
+        wait(lambda: self.status()[2] == f"{templates} Templates", "the file")
+
+    def pane(self):
+        """The text in front."""
+        return self.find("Text", "text")
 
     # Keys and mouse.
 
@@ -196,18 +188,26 @@ class Kestrel:
         if text.endswith("\n"):
             self.keys("Return")
 
+    def walk(self, *steps):
+        """Presses a key, and waits for what it gives the keyboard, again and again."""
+        for key, name in steps:
+            self.keys(key)
+            self.focus_is(name)
+
     def press(self, button, title):
         """Presses what opens a window; the window."""
         self.click(button)
+        return self.window(title)
+
+    def open_by(self, title, *menu):
+        """Chooses what opens a window; the window."""
+        self.menu(*menu)
         return self.window(title)
 
     def reply(self, title, text):
         """Types into the box that asks for a text."""
         self.window(title)
         self.type(text)
-
-    def move(self, x, y):
-        self.desk.input("mousemove", x, y)
 
     def click(self, what, button=1, times=1, at=None):
         """A press in the middle of a control, or `at` a place in it (from the right and the
@@ -221,7 +221,7 @@ class Kestrel:
                     else (x + width // 2, y + height // 2))
         else:
             x, y = what
-        self.move(x, y)
+        self.desk.input("mousemove", x, y)
         self.desk.input("click", "--repeat", times, "--delay", 60, button)
 
     def fill(self, name, text):
@@ -253,13 +253,11 @@ class Kestrel:
         self.answer("Source has been changed. Exit anyway and discard changes?", "Yes", "Question")
         self.gone(window)
 
-    def drag(self, start, end, button=1, pause=0):
-        self.move(*start)
-        self.desk.input("mousedown", button)
-        middle = [(a + b) // 2 for a, b in zip(start, end)]
-        for place in (middle, end, end):
+    def drag(self, start, end, pause=0):
+        self.desk.input("mousemove", *start, "sleep", 0.02, "mousedown", 1)
+        for place in ([(a + b) // 2 for a, b in zip(start, end)], end, end):
             self.desk.input("sleep", pause, "mousemove", *place)
-        self.desk.input("sleep", pause, "mouseup", button)
+        self.desk.input("sleep", pause, "mouseup", 1)
 
     def menu(self, *names):
         """Chooses an entry of the menu bar, or of a menu that is open."""
@@ -267,27 +265,17 @@ class Kestrel:
             self.click(self.find_item(name))
 
     def find_item(self, name):
-        def item():
-            for window in self.windows():
-                found = [one for one in window.find(name)
-                         if "menu" in one.role and one.box[0] >= 0]
-                if found:
-                    return found[0]
-            return None
-        return wait(item, f"the menu entry {name!r}")
-
-    def main_window(self):
-        """Its number for the window manager."""
-        return self.desk.run("xdotool", "search", "--name", "^Kestrel Template").split()[0]
+        return wait(lambda: next(one for window in self.windows() for one in window.find(name)
+                                 if "menu" in one.role and one.box[0] >= 0),
+                    f"the menu entry {name!r}")
 
     # Boxes.
 
     def box(self):
         """The text of the message box in front, in one line, and its icon's name."""
         box = self.active()
-        texts = [one.name for one in box.find(role="label")]
-        icons = [one.name for one in box.find(role="icon")]
-        return " ".join(" ".join(texts).split()), icons[0] if icons else ""
+        texts, icons = ([one.name for one in box.find(role=role)] for role in ("label", "icon"))
+        return " ".join(" ".join(texts).split()), "".join(icons[:1])
 
     def answer(self, text, button, icon=None):
         """Answers the message box whose text fits: by the button, or by its default."""
@@ -301,8 +289,8 @@ class Kestrel:
 
     def choose(self, path):
         """Names a file or folder in the system's dialog for it."""
-        chooser = wait(lambda: next((one for one in self.windows()
-                                     if one.role == "file chooser"), None), "a file dialog")
+        chooser = wait(lambda: next(one for one in self.windows() if one.role == "file chooser"),
+                       "a file dialog")
         self.keys("ctrl+a", on=chooser)
         self.type(path)
         self.click(next(one for one in chooser.find(role="push button")
@@ -311,18 +299,22 @@ class Kestrel:
 
     def icon(self):
         """Where the small window is that the notification area took in."""
-        x, y, width, height = wait(lambda: next((box for box in self.desk.geometries(
-            "^Kestrel Template") if box[2] < 50), None), "the icon")
+        x, y, width, height = wait(lambda: next(
+            box for box in self.desk.geometries("^Kestrel Template") if box[2] < 50), "the icon")
         return x + width // 2, y + height // 2
 
     def clipboard(self):
         return self.desk.run("xclip", "-o", "-selection", "clipboard").replace("\r\n", "\n")
 
-    def effort(self):
-        """The seconds that it has computed until it answers: others' load does not count."""
-        self.main.name
-        with open(f"/proc/{self.process.pid}/stat", encoding="utf-8") as stat:
-            return sum(map(int, stat.read().split(")")[-1].split()[11:13])) / os.sysconf("SC_CLK_TCK")
+    def effort(self, act):
+        """The seconds that it computes for it until it answers: others' load does not count."""
+        def spent():
+            self.main.name
+            ticks = self.read(f"/proc/{self.process.pid}/stat").split(b")")[-1].split()[11:13]
+            return sum(map(int, ticks)) / os.sysconf("SC_CLK_TCK")
+        before = spent()
+        act()
+        return spent() - before
 
     def other(self, *words):
         """Starts a program of others.py; it is ready when this returns."""

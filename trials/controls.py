@@ -1,8 +1,9 @@
 """Windows and controls as assistive programs know them, over the accessibility bus.
 
-Asked directly, call by call: the usual client library keeps a cache that can wait for itself for ever.
+Asked directly, call by call: the usual client library's cache can wait for itself for ever.
 """
 
+import contextlib
 import fnmatch
 
 import gi
@@ -16,8 +17,8 @@ SPI = "org.a11y.atspi."
 ROOT = "/org/a11y/atspi/accessible/root"
 NULL = "/org/a11y/atspi/null"
 SCREEN = 0  # coordinates of the screen
-STATES = {"active": 1, "checked": 4, "editable": 7, "expanded": 10, "focusable": 11, "focused": 12,
-          "selected": 23, "sensitive": 24, "showing": 25, "visible": 30}
+STATES = {"active": 1, "checked": 4, "editable": 7, "focused": 12, "sensitive": 24,
+          "showing": 25, "visible": 30}
 # What only holds others.
 SILENT = ("filler", "panel", "scroll pane", "split pane", "viewport")
 # Roles whose children are cells by the thousand.
@@ -43,15 +44,11 @@ class Bus:
 
     def application(self, process):
         """The program of that number; nothing while it is not on the bus."""
-        registry = Node(self, SPI + "Registry", ROOT)
-        for one in registry.children():
-            try:
-                number = self.call("org.freedesktop.DBus", "/", "org.freedesktop.DBus",
-                                   "GetConnectionUnixProcessID", "(s)", one.owner)
-            except GLib.Error:
-                continue
-            if number == process:
-                return one
+        for one in Node(self, SPI + "Registry", ROOT).children():
+            with contextlib.suppress(GLib.Error):
+                if process == self.call("org.freedesktop.DBus", "/", "org.freedesktop.DBus",
+                                        "GetConnectionUnixProcessID", "(s)", one.owner):
+                    return one
         return None
 
     def listen(self, *kinds):
@@ -61,12 +58,9 @@ class Bus:
 
         def hear(_bus, owner, path, _interface, event, words):
             _, place, _, what, *_ = words.unpack()
-            try:
-                moved = event == "ActiveDescendantChanged"
-                node = Node(self, *what) if moved else Node(self, owner, path)
-                heard.append((event, node.name) if moved else (event, node.name, place))
-            except GLib.Error:
-                pass  # it has gone
+            with contextlib.suppress(GLib.Error):  # it has gone
+                heard.append((event, Node(self, *what).name) if event == "ActiveDescendantChanged"
+                             else (event, Node(self, owner, path).name, place))
         for kind in kinds:
             self.call(SPI + "Registry", "/org/a11y/atspi/registry", SPI + "Registry",
                       "RegisterEvent", "(sass)", kind, [], "")
@@ -80,8 +74,6 @@ class Bus:
 
 
 class Node:
-    """A control, by its accessible object."""
-
     def __init__(self, bus, owner, path):
         self.bus, self.owner, self.path = bus, owner, path
 
@@ -95,23 +87,21 @@ class Node:
         return self.bus.call(self.owner, self.path, "org.freedesktop.DBus.Properties", "Get",
                              "(ss)", SPI + interface, name)
 
-    def node(self, reference):
-        return Node(self.bus, *reference)
-
     name = property(lambda self: self.get("Accessible", "Name"))
     role = property(lambda self: self.call("Accessible", "GetRoleName"))
     box = property(lambda self: tuple(
         number * self.bus.scale for number in self.call("Component", "GetExtents", "(u)", SCREEN)))
 
     def states(self):
-        low, high = self.call("Accessible", "GetState")
-        return {name for name, bit in STATES.items() if (high << 32 | low) >> bit & 1}
+        low, _high = self.call("Accessible", "GetState")
+        return {name for name, bit in STATES.items() if low >> bit & 1}
 
     def has(self, state):
         return state in self.states()
 
     def children(self):
-        return [self.node(one) for one in self.call("Accessible", "GetChildren") if one[1] != NULL]
+        return [Node(self.bus, *one) for one in self.call("Accessible", "GetChildren")
+                if one[1] != NULL]
 
     def all(self):
         yield self
@@ -153,10 +143,10 @@ class Node:
         return self.get("Table", "NRows")
 
     def cell(self, row, column=0):
-        return self.node(self.call("Table", "GetAccessibleAt", "(ii)", row, column))
+        return Node(self.bus, *self.call("Table", "GetAccessibleAt", "(ii)", row, column))
 
     def header(self, column):
-        return self.node(self.call("Table", "GetColumnHeader", "(i)", column))
+        return Node(self.bus, *self.call("Table", "GetColumnHeader", "(i)", column))
 
     def row(self, row):
         return [self.cell(row, column).name for column in range(self.get("Table", "NColumns"))]
@@ -171,15 +161,14 @@ class Node:
 
     def select(self, text):
         """The cell in the first column that reads so."""
-        return wait(lambda: next((self.cell(row) for row in range(self.row_count())
-                                  if self.cell(row).name == text), None), f"the row {text!r}")
+        return wait(lambda: next(self.cell(row) for row in range(self.row_count())
+                                 if self.cell(row).name == text), f"the row {text!r}")
 
     def tree(self, depth=0):
         """The control and those below it, a line each: role, name, content, tooltip, states.
         What has neither a name nor more than one control in it is left out."""
-        role, name, states, children = self.role, self.name, self.states(), []
-        if role not in LEAVES:
-            children = self.children()
+        role, name, states = self.role, self.name, self.states()
+        children = [] if role in LEAVES else self.children()
         if role in ("scroll bar", "separator") or "visible" not in states:
             return []
         if role in SILENT and not name:

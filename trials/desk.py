@@ -12,7 +12,8 @@ import tempfile
 import time
 
 # Only what a desktop session needs of whoever starts the trials.
-KEPT = ("KESTREL_WINEPREFIX", "KESTREL_WRITE", "WINEDLLPATH", "WINEDEBUG", "WINEDLLOVERRIDES", "PATH", "LANG", "TMPDIR", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS")
+KEPT = ("KESTREL_WINEPREFIX", "KESTREL_WRITE", "WINEDLLPATH", "WINEDEBUG", "WINEDLLOVERRIDES",
+        "PATH", "LANG", "TMPDIR", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS")
 LIMIT = 15  # seconds for anything that a user would wait for
 
 
@@ -49,12 +50,18 @@ class Desk:
             "XDG_DATA_HOME": home + "/.local/share", "XDG_STATE_HOME": home + "/.local/state",
             "XDG_CACHE_HOME": home + "/.cache", "GDK_BACKEND": "x11", "GTK_THEME": "Adwaita",
             "GTK_USE_PORTAL": "0", "GSETTINGS_BACKEND": "memory", "LC_ALL": "C.UTF-8", "TZ": "UTC"}
-        self.start_display()
+        self.env["DISPLAY"] = ":" + self.start_with_answer(
+            "Xvfb", "-displayfd", "{fd}", "-screen", "0", "1280x1024x24", "-noreset", "-nolisten",
+            "tcp")
         self.env["DBUS_SESSION_BUS_ADDRESS"] = self.start_with_answer(
             "dbus-daemon", "--session", "--nofork", "--print-address={fd}")
-        self.manager = self.start(*manager.split())
+        self.start(manager)
         wait(lambda: "# 0x" in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"), manager)
-        self.tray = self.start_tray() if tray else None
+        if tray:
+            self.tray = self.start("trayer", "--edge", "bottom", "--align", "left",
+                                   "--SetPartialStrut", "true", "--height", "24")
+            wait(lambda: "_NET_SYSTEM_TRAY" in self.run("xprop", "-root")
+                 or self.run("xdotool", "search", "--class", "trayer"), "the notification area")
         os.environ.clear()
         os.environ.update(self.env)
 
@@ -76,18 +83,6 @@ class Desk:
         with open(read, encoding="utf-8") as answer:
             return answer.readline().strip()
 
-    def start_display(self):
-        number = self.start_with_answer("Xvfb", "-displayfd", "{fd}", "-screen", "0",
-                                        "1280x1024x24", "-noreset", "-nolisten", "tcp")
-        self.env["DISPLAY"] = ":" + number
-
-    def start_tray(self):
-        tray = self.start("trayer", "--edge", "bottom", "--align", "left", "--SetPartialStrut",
-                          "true", "--height", "24")
-        wait(lambda: "_NET_SYSTEM_TRAY" in self.run("xprop", "-root")
-             or self.run("xdotool", "search", "--class", "trayer"), "the notification area")
-        return tray
-
     def run(self, *command):
         """What the program says; nothing where it fails."""
         return subprocess.run(command, env=self.env, stdin=subprocess.DEVNULL,
@@ -106,9 +101,6 @@ class Desk:
                          self.run("xdotool", "getwindowgeometry", "--shell", window).split())
             boxes.append(tuple(int(place[one]) for one in ("X", "Y", "WIDTH", "HEIGHT")))
         return boxes
-
-    def picture(self, path):
-        self.run("import", "-window", "root", path)
 
     def end(self):
         for process in reversed(self.processes):

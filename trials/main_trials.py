@@ -16,8 +16,8 @@ def try_commands_that_can_do_nothing_are_disabled(k):
         assert not k.find(name, "push button").has("sensitive"), name
     k.focus_is("Path of the .gas file")
     k.type(k.sample() + "\n")
-    wait(lambda: k.status() == ["Template K0 is Base prop", "Template", "40 Templates", "14 Properties"],
-         "the file")
+    wait(lambda: k.status() == ["Template K0 is Base prop", "Template", "40 Templates",
+                                "14 Properties"], "the file")
     assert k.find("Templates").row_count() == 40
     for name in idle:
         assert k.find(name, "push button").has("sensitive"), name
@@ -44,29 +44,6 @@ def try_usual_and_large_text_show_as_much(k):
         k.finish()
 
 
-def try_right_clicks_in_a_text(k):
-    """Away from the caret, many times: the pane paints there at once."""
-    k.select("Templates", "Small crate")
-    for button, title in (("Source", "Edit Source: Small crate"), ("Source", "Edit Source: Small crate"),
-                          ("View Specializes Chain", "Specializes Browser")):
-        k.click(button)
-        view = k.window(title)
-        text = k.find("Text", "text")
-        for line in (3, 9, 14, 5):
-            k.click(text.place(text.text().index("\n", line * 20)), button=3)
-            k.find_item("Select All")
-            k.keys("Escape")
-        k.close(view)
-
-
-def is_hidden(k, _window):
-    return k.main.name not in [one.name for one in k.windows()]
-
-
-def is_minimised(k, window):
-    return "Iconic" in k.desk.run("xprop", "-id", window, "WM_STATE")
-
-
 def activate(k, window):
     k.desk.input("windowactivate", window)
 
@@ -80,16 +57,18 @@ def restore(k, _window):
     k.menu("Restore")
 
 
-def trial_of(what, begin, gone, bring_back):
+def trial_of(what, bring_back, begin=lambda k: None):
     @needs(opened=False, **what)
     def minimise(k):
-        if begin:
-            begin(k)
+        begin(k)
         k.open()
-        wait(lambda: "Kestrel Template" in k.desk.run("xdotool", "getactivewindow", "getwindowname"), "it in front")
+        wait(lambda: "Kestrel Template" in k.desk.run("xdotool", "getactivewindow",
+                                                      "getwindowname"), "it in front")
         window = k.desk.run("xdotool", "getactivewindow").strip()
         k.desk.input("windowminimize", window)
-        wait(lambda: gone(k, window), "no window")
+        # It is hidden where an icon brings it back.
+        wait(lambda: "Iconic" in k.desk.run("xprop", "-id", window, "WM_STATE")
+             if bring_back == activate else not k.find_windows(k.main.name), "no window")
         bring_back(k, window)
         k.main = k.window("Kestrel Template Browser (*")
         k.focus_is("Templates")
@@ -98,27 +77,28 @@ def trial_of(what, begin, gone, bring_back):
     return minimise
 
 
-BARE = {"tray": False}
+BARE = {"desk": {"tray": False}}
 for each, *row in (
-        ("icon_brings_the_window_back", {"windows": True}, None, is_hidden, click_icon),
-        ("icon_brings_the_window_back_in_another_desktop", {"desk": {"manager": "icewm", **BARE}}, None,
-         is_hidden, click_icon),
-        ("menu_of_the_icon_brings_the_window_back", {}, None, is_hidden, restore),
-        ("end_of_the_notification_area_brings_the_window_back", {}, None, is_hidden,
+        ("icon_brings_the_window_back", {"windows": True}, click_icon),
+        ("icon_brings_the_window_back_in_another_desktop",
+         {"desk": {"manager": "icewm", "tray": False}}, click_icon),
+        ("menu_of_the_icon_brings_the_window_back", {}, restore),
+        ("end_of_the_notification_area_brings_the_window_back", {},
          lambda k, _: k.desk.tray.kill()),
-        ("without_a_notification_area_the_window_is_minimised", {"desk": BARE}, None, is_minimised, activate),
-        ("an_area_that_refuses_the_icon_hides_nothing", {"desk": BARE}, lambda k: k.other("refuse"),
-         is_minimised, activate)):
+        ("without_a_notification_area_the_window_is_minimised", BARE, activate),
+        ("an_area_that_refuses_the_icon_hides_nothing", BARE, activate,
+         lambda k: k.other("refuse"))):
     globals()["try_" + each] = trial_of(*row)
 
 
 def try_the_systems_dialog_comes_back_with_its_window(k):
+    main = k.desk.run("xdotool", "getactivewindow").strip()
     k.keys("ctrl+o")
     chooser = k.window("Select a Gas File")
-    for minimised in (k.desk.run("xdotool", "getactivewindow").strip(), k.main_window()):
+    for minimised in (k.desk.run("xdotool", "getactivewindow").strip(), main):
         k.desk.input("windowminimize", minimised)
         wait(lambda: not chooser.has("active"), "it to go")
-        k.desk.input("windowactivate", k.main_window())
+        activate(k, main)
         wait(lambda: chooser.has("active"), "it again")
     k.keys("Escape")
     k.gone(chooser)
@@ -127,17 +107,9 @@ def try_the_systems_dialog_comes_back_with_its_window(k):
 @needs(windows=True)
 def try_keys_work_after_saving(k):
     """Whatever was answered, and though the mouse chose the command."""
-    for answer in ("cancel", "No"):
-        if k.on_windows:
-            k.menu("Edit", "Save Current Only...")
-        else:
-            k.click("Save Template (Tab Delimited): choices")
-            k.menu("Current Only")
-        k.window("Please specify a filename")
-        if answer == "cancel":
-            k.keys("Escape")
-        else:
-            k.keys("Return")
+    for key in ("Escape", "Return"):
+        k.keys(key, on=k.open_by("Please specify a filename", "Edit", "Save Current Only..."))
+        if key == "Return":
             k.answer("File saved successfully. Do you wish to edit the file?", "No", "Information")
         wait(lambda: k.main.has("active"), "the main window")
         k.keys("F3", "Down")
@@ -148,22 +120,18 @@ def try_keys_work_after_saving(k):
 
 def try_typing_after_opening_goes_to_the_list(k):
     second = k.sample("tides.gas")
-
-    def chosen():
-        k.keys("ctrl+o", on=k.main)
-        k.choose(second)
-
-    def recent():
-        k.click(k.find("Path of the .gas file", "combo box"), at=(-12, 10))
-        k.click(k.find_item("*tides.gas"))
-    for way in (lambda: k.load(second), chosen, recent):
+    for way in (lambda: k.load(second),
+                lambda: (k.keys("ctrl+o", on=k.main), k.choose(second)),
+                lambda: (k.click(k.find("Path of the .gas file", "combo box"), at=(-12, 10)),
+                         k.click(k.find_item("*tides.gas")))):
         way()
         wait(lambda: k.status()[2] != "40 Templates", "the other file")
         k.focus_is("Templates")
         k.keys("End")
-        wait(lambda: k.find("Templates").selected()[0] != k.find("Templates").row(0)[0], "the end")
+        rows = k.find("Templates")
+        wait(lambda: rows.selected() == rows.row(rows.row_count() - 1), "the end")
         k.load(k.file)
-        wait(lambda: k.status()[2] == "40 Templates", "the first file")
+        k.loaded(40)
 
 
 def try_columns_and_panes_are_remembered(k):
@@ -174,28 +142,28 @@ def try_columns_and_panes_are_remembered(k):
     def header(number):
         return k.find("Properties").header(number).box
 
-    def again():
-        k.finish()
-        k.start(k.file)
+    def widths():
+        return [k.find(name).box[2] for name in ("Templates", "Blocks", "Properties")]
     x, y = header(1)[:2]
     k.drag((x + 1, y + 8), (x + 31, y + 8))
     last = header(2)[2]
     size(1200, 800)
     wait(lambda: header(2)[2] > last + 150, "a wide column")
-    width = k.find("Properties").box[2]
-    assert width - 4 <= sum(header(i)[2] for i in range(3)) <= width
-    shared = [k.find(name).box[2] for name in ("Templates", "Blocks", "Properties")]
-    assert shared[0] > 170 and shared[1] > 250, shared
+    templates, blocks, properties = widths()
+    assert properties - 4 <= sum(header(i)[2] for i in range(3)) <= properties
+    assert templates > 170 and blocks > 250, widths()
     first = header(0)[2]
     x, y, width, _ = k.find("Blocks").box
     k.drag((x + width + 4, y + 50), (x + width + 64, y + 50))
-    wait(lambda: k.find("Blocks").box[2] >= shared[1] + 50, "a wider tree")
-    again()
+    wait(lambda: widths()[1] >= blocks + 50, "a wider tree")
+    k.finish()
+    k.start(k.file)
     assert header(0)[2] == first
     assert k.main.box[2] == 600, "as large as always"
     k.menu("View", "Remember Window")
     size(900, 700)
-    again()
+    k.finish()
+    k.start(k.file)
     wait(lambda: k.main.box[2] > 850, "the size of before")
 
 
@@ -204,27 +172,24 @@ def try_system_boxes_open_where_the_user_is(k):
     (x, y), (left, top) = k.main.middle(), sheet.middle()
     assert abs(left - x) < 30 and abs(top - y) < 60
     k.close(sheet)
-    for entry, title, shown, name in (
-            (("Edit", "Open..."), "Select a Gas File", "Gas File (?.gas)", ""),
-            (("Edit", "Save Current Only..."), "Please specify a filename", "Text files (?.tab)", "harbour.tab"),
-            (("Tools", "Tool1"), "Please specify *", "All files (?.?)", "")):
-        k.menu(*entry)
-        chooser = k.window(title)
-        assert k.find(role="combo box", window=chooser).name == shown.replace("?", "*")
-        if name:
-            wait(lambda: k.focus().text() == name, "a proposed name")
-        if entry[1] == "Open...":
-            assert k.find("mod", "toggle button", chooser).has("checked")
+    for title, shown, name, *menu in (
+            ("Select a Gas File", "Gas File (*.gas)", "", "Edit", "Open..."),
+            ("Please specify a filename", "Text files (*.tab)", "harbour.tab", "Edit",
+             "Save Current Only..."),
+            ("Please specify *", "All files (*.*)", "", "Tools", "Tool1")):
+        chooser = k.open_by(title, *menu)
+        assert k.find(role="combo box", window=chooser).name == shown
+        wait(lambda: not name or k.focus().text() == name, "a proposed name")
+        assert menu[1] != "Open..." or k.find("mod", "toggle button", chooser).has("checked")
         k.close(chooser)
 
 
 @needs(opened=False)
 def try_without_a_display_a_line_tells_so(k):
+    k.expected_errors = 'kestrel: there is no display to show its windows on .DISPLAY is ":77".$'
     k.start(env={"DISPLAY": ":77"}, ready=False)
     assert k.ended() == 1
-    assert k.error_lines() == [
-        'kestrel: there is no display to show its windows on (DISPLAY is ":77")']
-    k.expected_errors = "there is no display"
+    assert len(k.error_lines()) == 1
     k.start()
     k.finish()
     assert k.read(k.folder, "settings.set").count(b"=\r\n") == 8
@@ -236,6 +201,6 @@ def try_the_window_closes_though_nothing_can_be_written(k):
         os.mkdir(os.path.join(k.folder, name))
     k.start(k.sample())
     k.keys("Escape", on=k.main)
-    k.answer("*/info.his*", "OK", "Warning")
-    k.answer("*/settings.set*", "OK", "Warning")
+    for name in ("info.his", "settings.set"):
+        k.answer(f"*/{name}*", "OK", "Warning")
     assert k.ended() == 0

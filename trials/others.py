@@ -20,6 +20,8 @@ import gi
 gi.require_version("Gtk", "3.0")
 from gi.repository import Gdk, Gtk  # noqa: E402  (the version comes first)
 
+POINTER, INT = ctypes.c_void_p, ctypes.c_int
+
 
 def refuse():
     owner = Gtk.Invisible()
@@ -35,7 +37,7 @@ def offer(*files):
     box = Gtk.EventBox()
     box.drag_source_set(Gdk.ModifierType.BUTTON1_MASK, [], Gdk.DragAction.COPY)
     box.drag_source_add_uri_targets()
-    box.connect("drag-data-get", lambda _box, _context, data, _info, _time: data.set_uris([left.pop(0)]))
+    box.connect("drag-data-get", lambda _box, _context, data, *_: data.set_uris([left.pop(0)]))
     window.add(box)
     window.show_all()
 
@@ -48,15 +50,11 @@ def keep():
 
     def save(_owner, event):
         kept.append(clipboard.wait_for_text())
-        Gdk.selection_send_notify(event.requestor, event.selection, event.target, event.property, event.time)
+        Gdk.selection_send_notify(event.requestor, event.selection, event.target, event.property,
+                                  event.time)
         return True
-
-    def step_in(*_):
-        if kept:
-            clipboard.set_text(kept.pop(), -1)
-
     owner.connect("selection-request-event", save)
-    clipboard.connect("owner-change", step_in)
+    clipboard.connect("owner-change", lambda *_: kept and clipboard.set_text(kept.pop(), -1))
     assert Gtk.selection_owner_set(owner, Gdk.atom_intern("CLIPBOARD_MANAGER", False), 0)
 
 
@@ -67,66 +65,60 @@ class Session:
         self.ice, self.sm = ctypes.CDLL("libICE.so.6"), ctypes.CDLL("libSM.so.6")
         for call in (self.ice.IceComposeNetworkIdList, self.ice.IceAcceptConnection,
                      self.sm.SmsGetIceConnection):
-            call.restype = ctypes.c_void_p
+            call.restype = POINTER
         self.kept, self.clients, self.connections = [], [], {}
-        pointer, call = ctypes.c_void_p, self.call
-        new_client = call(self.new_client, pointer, pointer, ctypes.POINTER(ctypes.c_ulong),
-                          ctypes.POINTER(pointer * 20), pointer)
-        anybody = call(lambda name: 1, ctypes.c_char_p)
-        self.ice.IceSetIOErrorHandler(call(self.nothing, pointer))
-        self.callbacks = [call(one, pointer, pointer, pointer, pointer, pointer, pointer) for one in (
-            self.register, self.nothing, self.nothing, self.nothing, self.nothing, self.done,
-            self.nothing, self.nothing, self.nothing, self.nothing)]
+        new_client = self.call(self.new_client, POINTER, POINTER, ctypes.POINTER(ctypes.c_ulong),
+                               ctypes.POINTER(POINTER * 20), POINTER)
+        anybody = self.call(lambda name: 1, ctypes.c_char_p)
+        self.ice.IceSetIOErrorHandler(self.call(lambda *_: 1, POINTER))
         said = ctypes.create_string_buffer(100)
-        assert self.sm.SmsInitialize(b"trial", b"1", new_client, None, anybody, 100, said), said.value
-        count, self.listening = ctypes.c_int(), ctypes.POINTER(pointer)()
-        assert self.ice.IceListenForConnections(ctypes.byref(count), ctypes.byref(self.listening), 100, said)
-        self.count = count.value
-        for one in self.listening[:self.count]:
-            self.ice.IceSetHostBasedAuthProc(pointer(one), anybody)
-        names = ctypes.string_at(self.ice.IceComposeNetworkIdList(count, self.listening))
+        assert self.sm.SmsInitialize(b"trial", b"1", new_client, None, anybody, 100, said)
+        count, listening = INT(), ctypes.POINTER(POINTER)()
+        assert self.ice.IceListenForConnections(ctypes.byref(count), ctypes.byref(listening), 100,
+                                                said)
+        self.listening = [POINTER(one) for one in listening[:count.value]]
+        for one in self.listening:
+            self.ice.IceSetHostBasedAuthProc(one, anybody)
+        names = ctypes.string_at(self.ice.IceComposeNetworkIdList(count, listening))
         self.address = next(name for name in names.split(b",") if name.startswith(b"local/"))
 
     def call(self, body, *arguments):
-        self.kept.append(ctypes.CFUNCTYPE(ctypes.c_int, *arguments)(body))
+        self.kept.append(ctypes.CFUNCTYPE(INT, *arguments)(body))
         return self.kept[-1]
 
     def new_client(self, client, _data, mask, callbacks, _reason):
+        """Of what a client may say, the first tells of itself, the sixth that it has saved."""
         mask[0] = 0x3FF
-        for i, one in enumerate(self.callbacks):
-            callbacks[0][2 * i] = ctypes.cast(one, ctypes.c_void_p).value
-        self.clients.append(ctypes.c_void_p(client))
+        for i in range(10):
+            body = {0: self.register, 5: self.done}.get(i, lambda *_: 1)
+            callbacks[0][2 * i] = ctypes.cast(self.call(body, *[POINTER] * 6), POINTER).value
+        self.clients.append(POINTER(client))
         return 1
 
     def register(self, client, *_):
-        self.sm.SmsRegisterClientReply(ctypes.c_void_p(client), b"1")
-        self.sm.SmsSaveYourself(ctypes.c_void_p(client), 1, 0, 0, 0)
+        self.sm.SmsRegisterClientReply(POINTER(client), b"1")
+        self.sm.SmsSaveYourself(POINTER(client), 1, 0, 0, 0)
         self.leaving = False
         return 1
 
     def done(self, client, *_):
         if self.leaving:
-            self.sm.SmsDie(ctypes.c_void_p(client))
-        return 1
-
-    @staticmethod
-    def nothing(*_):
+            self.sm.SmsDie(POINTER(client))
         return 1
 
     def log_out(self, *_):
         self.leaving = True
         self.sm.SmsSaveYourself(self.clients[-1], 2, 1, 0, 0)
-        self.ice.IceFlush(ctypes.c_void_p(self.sm.SmsGetIceConnection(self.clients[-1])))
+        self.ice.IceFlush(POINTER(self.sm.SmsGetIceConnection(self.clients[-1])))
 
     def run(self):
-        doors = {self.ice.IceGetListenConnectionNumber(ctypes.c_void_p(one)): one
-                 for one in self.listening[:self.count]}
+        doors = {self.ice.IceGetListenConnectionNumber(one): one for one in self.listening}
         while True:
             for file in select.select([*doors, *self.connections], [], [])[0]:
                 if file in doors:
-                    one = self.ice.IceAcceptConnection(ctypes.c_void_p(doors[file]), ctypes.byref(ctypes.c_int()))
-                    self.connections[self.ice.IceConnectionNumber(ctypes.c_void_p(one))] = one
-                elif self.ice.IceProcessMessages(ctypes.c_void_p(self.connections[file]), None, None):
+                    one = POINTER(self.ice.IceAcceptConnection(doors[file], ctypes.byref(INT())))
+                    self.connections[self.ice.IceConnectionNumber(one)] = one
+                elif self.ice.IceProcessMessages(self.connections[file], None, None):
                     del self.connections[file]
 
 

@@ -1,4 +1,5 @@
-"""Random real use of all windows: buttons, wheel, drags, keys, menus, resizing, minimising, themes."""
+"""Random real use of all windows: keys, buttons, wheel, drags, menus, sizes, minimising, themes,
+and requests to end in the midst of it."""
 
 import os
 import random
@@ -8,11 +9,10 @@ from app import needs
 from desk import wait
 from dialog_trials import ARCHIVE
 
-KEYS = ("Tab", "shift+Tab", "Return", "space", "Escape", "Up", "Down", "Left", "Right", "Home", "End",
-        "Prior", "Next", "Delete", "BackSpace", "Menu", "shift+F10", "F1", "F3", "F5", "F6", "F10",
-        "ctrl+a", "ctrl+c", "ctrl+e", "ctrl+f", "ctrl+o", "ctrl+s", "ctrl+v", "ctrl+x", "ctrl+z",
-        "ctrl+shift+z", "ctrl+Home", "ctrl+End", "shift+Down", "shift+End", "alt+f", "alt+e", "alt+v",
-        "alt+t", "alt+h", "alt+s", "alt+p", "alt+l", "alt+d", "alt+c", "a", "x", "7", "bracketleft")
+KEYS = """Tab shift+Tab Return space Escape Up Down Left Right Home End Prior Next Delete BackSpace
+    Menu shift+F10 F1 F3 F5 F6 F10 ctrl+a ctrl+c ctrl+e ctrl+f ctrl+o ctrl+s ctrl+v ctrl+x ctrl+z
+    ctrl+shift+z ctrl+Home ctrl+End shift+Down shift+End alt+f alt+e alt+v alt+t alt+h alt+s alt+p
+    alt+l alt+d alt+c a x 7 bracketleft""".split()
 LOOKS = ({}, {"GDK_SCALE": "2"}, {"GTK_THEME": "Adwaita:dark"}, {"GTK_THEME": "HighContrast"},
          {"GDK_DPI_SCALE": "1.75"})
 
@@ -20,26 +20,28 @@ LOOKS = ({}, {"GDK_SCALE": "2"}, {"GTK_THEME": "Adwaita:dark"}, {"GTK_THEME": "H
 class Random:
     def __init__(self, k, seed):
         self.k, self.random = k, random.Random(seed)
-        self.starts, self.log, real = 0, [], k.desk.input
+        self.starts, self.log, self.input = 0, [], k.desk.input
+        k.desk.input = self.input_and_tell
 
-        def input_and_tell(*words):
-            self.log.append(" ".join(map(str, words)))
-            real(*words)
-        k.desk.input = input_and_tell
+    def input_and_tell(self, *words):
+        self.log.append(" ".join(map(str, words)))
+        self.input(*words)
+
+    def ended(self):
+        return self.k.process.poll() is not None
 
     def start(self):
         k, look = self.k, LOOKS[self.starts % len(LOOKS)]
         self.starts += 1
         mod = os.path.dirname(k.sample())
         shutil.copytree(os.path.join(k.top, "samples"), mod, dirs_exist_ok=True)
-        shutil.copy(k.stub(k.tank), k.folder)
-        k.settings(zeltor=k.stub("builder/kestrel_stub_builder"), skritpad="/bin/true",
-                   orvane="/bin/true", tool1="True|/bin/true")
         k.write(os.path.join(mod, "a.dsres"), ARCHIVE)
-        for name, path in (("mor", "a.dsres"), ("zeltor1", "folder"), ("zeltor2", "b.dsres"), ("cnv1", "folder")):
+        for name, path in (("mor", "a.dsres"), ("zeltor1", "folder"), ("zeltor2", "b.dsres"),
+                           ("cnv1", "folder")):
             k.write(os.path.join(k.folder, name + ".his"), os.path.join(mod, path) + "\r\n")
         files = sorted(one for one in os.listdir(mod) if one.endswith(".gas"))
-        k.start(os.path.join(mod, self.random.choice(files)), env=look, ready=False)
+        k.open(self.random.choice(files), env=look, ready=False, skritpad="/bin/true",
+               orvane="/bin/true", tool1="True|/bin/true")
         wait(k.windows, "a window")
 
     def place(self):
@@ -65,10 +67,9 @@ class Random:
         elif choose < 82:
             k.click(self.place(), button=one_of((4, 5, 6, 7)), times=3)
         elif choose < 92:
-            k.move(*self.place())
-            k.desk.input("mousedown", 1)
+            k.desk.input("mousemove", *self.place(), "mousedown", 1)
             try:
-                k.move(*self.place())
+                k.desk.input("mousemove", *self.place())
                 if number(10) < 3:
                     k.keys(one_of(KEYS))
             finally:
@@ -93,11 +94,10 @@ class Random:
             k.desk.input("windowactivate", window)
 
     def run(self, steps):
-        k = self.k
         self.start()
         for i in range(steps):
-            if k.process.poll() is not None:
-                k.finish()
+            if self.ended():
+                self.k.finish()
                 self.start()
             try:
                 self.step()
@@ -106,21 +106,23 @@ class Random:
             except Exception:  # a window that has just gone
                 continue
             if i % 20 == 0:
-                wait(lambda: k.process.poll() is not None or k.app(), "an answer", 30)
-            if i % 500 == 499:
+                wait(lambda: self.ended() or self.k.app(), "an answer", 30)
+            if self.random.randrange(60) == 0:
+                self.k.process.terminate()
+                self.k.ended(30)
+            elif i % 500 == 499:
                 self.leave()
         self.leave()
 
     def leave(self):
-        """Closes window after window as a user does; each has a way out, and the last ends it all."""
+        """Closes window after window as a user does: each has a way out, and the last ends all."""
         k, told = self.k, len(self.log)
         for _ in range(60):
-            if k.process.poll() is not None:
+            if self.ended():
                 return
             try:
                 self.come_back()
-                yes = k.active().find("Yes", "push button")
-                if yes:
+                if yes := k.active().find("Yes", "push button"):
                     k.click(yes[0])
                 else:
                     k.keys("Escape")
@@ -140,8 +142,6 @@ def trial_of(steps, seed):
         k.expected_errors = "Gtk-(CRITICAL|WARNING)"
         try:
             one.run(steps)
-        except BaseException:
-            print("The last steps:\n" + "\n".join(one.log[-40:]))
-            raise
-        print(f"{steps} steps, {one.starts} starts")
+        finally:
+            print(f"{one.starts} starts; the last steps:\n" + "\n".join(one.log[-40:]))
     return use_at_random

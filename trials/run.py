@@ -1,20 +1,23 @@
 #!/usr/bin/python3
 """Runs trials: the built program on a real display, as its user would use it.
 
-    run.py [--build FOLDER] [NAME...]   names of trials or of their files; all without
-    run.py --windows [NAME...]          those that can be tried under Wine
-    run.py random [STEPS] [SEED]        real actions at random, over all windows
+    run.py [--windows] [--build FOLDER] [NAME...]
+                                  names of trials or of their files; all without, or those for Wine
+    run.py random [STEPS] [SEED]  real actions at random, over all windows
 """
 
 import argparse
 import concurrent.futures
 import importlib
-import inspect
 import os
 import subprocess
 import sys
 import time
 import traceback
+
+from app import Kestrel
+from random_trial import trial_of
+from wine import KestrelOnWindows
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 TOP = os.path.dirname(HERE)
@@ -23,22 +26,18 @@ SECONDS = 120  # at most, for a trial
 
 def trials():
     """All trials by their names: the functions of the files *_trials.py that begin with "try_"."""
-    modules = [importlib.import_module(file[:-3]) for file in sorted(os.listdir(HERE))
-               if file.endswith("_trials.py")]
-    return {name[4:]: body for module in modules for name, body in inspect.getmembers(module, inspect.isfunction)
-            if name.startswith("try_") and body.__module__ == module.__name__}
+    files = [file[:-3] for file in sorted(os.listdir(HERE)) if file.endswith("_trials.py")]
+    return {name[4:]: body for file in files for name, body in
+            vars(importlib.import_module(file)).items() if name.startswith("try_")}
 
 
 def run_here(name, options):
     """Runs one trial in this process, which is its own."""
-    from app import Kestrel
-    from random_trial import trial_of
-    if options.windows:
-        from wine import KestrelOnWindows as Kestrel
     body = trials().get(name) or trial_of(*map(int, name.split()[1:]))
     needs = getattr(body, "needs", {})
     installed = options.installed if needs.get("installed") else None
-    kestrel = Kestrel(options.build, TOP, installed, **needs.get("desk", {}))
+    program = KestrelOnWindows if options.windows else Kestrel
+    kestrel = program(options.build, TOP, installed, **needs.get("desk", {}))
     try:
         if needs.get("opened", True):
             kestrel.open()
@@ -74,14 +73,13 @@ def run_apart(name, options):
 
 def chosen(options):
     """The names of the trials that are asked for."""
-    if options.names[:1] == ["random"]:
-        return [" ".join(["random", *options.names[1:], *["1000", "1"][len(options.names) - 1:]])]
-    names = []
-    for name, body in trials().items():
-        there = getattr(body, "needs", {}).get("windows")
-        asked = not options.names or {name, body.__module__.removesuffix("_trials")} & {*options.names}
-        names += [name] if asked and (there if options.windows else there != "only") else []
-    return names
+    asked = {*options.names}
+    if "random" in asked:
+        return [" ".join([*options.names, *["1000", "1"][len(options.names) - 1:]])]
+    there = {name: getattr(body, "needs", {}).get("windows") for name, body in trials().items()}
+    return [name for name, body in trials().items()
+            if (not asked or {name, body.__module__.removesuffix("_trials")} & asked)
+            and (there[name] if options.windows else there[name] != "only")]
 
 
 def main():
@@ -92,7 +90,6 @@ def main():
     parser.add_argument("--one")
     parser.add_argument("names", nargs="*")
     options = parser.parse_args()
-    sys.path.insert(0, HERE)
     if options.one:
         return run_here(options.one, options)
     names = chosen(options)

@@ -1,4 +1,4 @@
-"""Kestrel for Windows under Wine: the same trials, over what a program beside it tells of its windows."""
+"""Kestrel for Windows under Wine: the same trials, over what a program beside it tells."""
 
 import fnmatch
 import os
@@ -8,9 +8,8 @@ import subprocess
 from app import Kestrel
 from desk import Desk, wait
 
-ROLES = {"Static": "label", "SysListView32": "table", "SysTreeView32": "tree table", "Edit": "text",
-         "ComboBox": "combo box", "msctls_statusbar32": "statusbar", "Button": "push button",
-         "#32768": "menu"}
+ROLES = {"Static": "label", "SysListView32": "table", "Edit": "text", "ComboBox": "combo box",
+         "msctls_statusbar32": "statusbar", "Button": "push button", "#32768": "menu"}
 STATES = {"visible": "v", "showing": "v", "sensitive": "e", "focused": "f", "active": "a"}
 
 
@@ -20,9 +19,9 @@ def shown(text):
 
 
 class Control:
-    def __init__(self, line, parent):
+    def __init__(self, line):
         _, self.kind, self.caption, *box, self.told, self.content = line.split("\t")
-        self.box, self.parent, self.below = tuple(map(int, box)), parent, []
+        self.box, self.below = tuple(map(int, box)), []
         self.name, self.role = shown(self.caption), ROLES.get(self.kind, "panel")
 
     def __eq__(self, other):
@@ -44,8 +43,6 @@ class Control:
         return int(self.content.split()[0])
 
     def selected(self):
-        if self.role == "tree table":
-            return [self.content]
         number = int(self.content.split("\\n")[0].split(", ")[1])
         return self.content.split("\\n")[number + 1].split("|")[1:] if number >= 0 else None
 
@@ -57,7 +54,7 @@ class Control:
 class KestrelOnWindows(Kestrel):
     on_windows = True
     tank = "tank/kestrel_stub_tank/tank.dll"
-    NAMES = {"Templates": ("table", 0), "Properties": ("table", 1), "Blocks": ("tree table", 0),
+    NAMES = {"Templates": ("table", 0), "Properties": ("table", 1),
              "Path of the .gas file": ("text", 0)}
 
     def __init__(self, build, top, _installed=None, **desk):
@@ -83,9 +80,9 @@ class KestrelOnWindows(Kestrel):
     def start(self, *words, env=None, ready=True):
         words = [self.path_there(one) for one in words]
         with open(self.errors, "ab") as errors:
-            self.process = subprocess.Popen(["wine", self.program, *words], stdin=subprocess.DEVNULL,
-                                            env=self.desk.env | (env or {}), stdout=errors,
-                                            stderr=errors, cwd=self.desk.env["HOME"])
+            self.process = subprocess.Popen(
+                ["wine", self.program, *words], env=self.desk.env | (env or {}),
+                stdin=subprocess.DEVNULL, stdout=errors, stderr=errors, cwd=self.desk.env["HOME"])
         if ready:
             self.main = self.window("Kestrel Template Browser (*", 60)
         return self
@@ -104,15 +101,13 @@ class KestrelOnWindows(Kestrel):
         return self.windows()
 
     def windows(self):
-        self.teller.stdin.write(b"0\n")
+        self.teller.stdin.write(b"\n")
         self.teller.stdin.flush()
         tops, above = [], []
         while line := self.teller.stdout.readline().decode("utf-8", "replace").rstrip("\r\n"):
             depth = int(line.split("\t")[0])
-            control = Control(line, above[depth - 1] if depth else None)
-            del above[depth:]
-            above.append(control)
-            (above[depth - 1].below if depth else tops).append(control)
+            above[depth:] = [Control(line)]
+            (above[depth - 1].below if depth else tops).append(above[depth])
         return [one for one in tops if one.name or one.kind == "#32768"]
 
     def window(self, title, limit=30):

@@ -1,6 +1,6 @@
-// Tells a trial of another program's windows on Windows: for each line of its input, which
-// is a process's number or 0 for all, the controls of its windows, a line each, and an
-// empty line. The fields of a line, with tabs between them:
+// Tells a trial of the windows of other programs on Windows: for each line of its input
+// the controls of all windows, a line each, and an empty line. The fields of a line, with
+// tabs between them:
 //
 //     depth, class, text, left, top, width, height, states, content
 //
@@ -82,18 +82,6 @@ class There {
         return read(0, length);
     }
 
-    std::wstring node(HWND tree, LRESULT item) {
-        TVITEMW asked{};
-        asked.mask = TVIF_TEXT | TVIF_HANDLE;
-        asked.hItem = reinterpret_cast<HTREEITEM>(item);
-        asked.cchTextMax = kText;
-        asked.pszText = reinterpret_cast<wchar_t*>(memory_ + sizeof asked);
-        WriteProcessMemory(process_, memory_, &asked, sizeof asked, nullptr);
-        ask(tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(memory_));
-        const std::wstring text = read(sizeof asked, kText);
-        return text.substr(0, text.find(L'\0'));
-    }
-
   private:
     static constexpr int kText = 500;
     static constexpr std::size_t kSize = 8192;
@@ -127,9 +115,6 @@ std::wstring contentOf(HWND window, const std::wstring& kind) {
         There there(window);
         const auto count = ask(window, SB_GETPARTS);
         for (int i = 0; i < count; ++i) content += (i == 0 ? L"" : L"\n") + there.panel(window, i);
-    } else if (kind == L"SysTreeView32") {
-        There there(window);
-        content = there.node(window, ask(window, TVM_GETNEXTITEM, TVGN_CARET));
     }
     return content;
 }
@@ -153,13 +138,10 @@ void tell(HWND window, int depth, HWND focus) {
     }
 }
 
-BOOL CALLBACK tellTop(HWND window, LPARAM wanted) {
-    DWORD process = 0;
-    const DWORD thread = GetWindowThreadProcessId(window, &process);
-    if (wanted != 0 && process != static_cast<DWORD>(wanted)) return TRUE;
+BOOL CALLBACK tellTop(HWND window, LPARAM) {
     GUITHREADINFO info{};
     info.cbSize = sizeof info;
-    GetGUIThreadInfo(thread, &info);
+    GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &info);
     tell(window, 0, info.hwndFocus);
     return TRUE;
 }
@@ -167,9 +149,8 @@ BOOL CALLBACK tellTop(HWND window, LPARAM wanted) {
 }  // namespace
 
 int main() {
-    long process = 0;
-    while (std::scanf("%ld", &process) == 1) {
-        EnumWindows(tellTop, process);
+    while (std::getchar() == '\n') {
+        EnumWindows(tellTop, 0);
         std::puts("");
         std::fflush(stdout);
     }
