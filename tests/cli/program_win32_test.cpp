@@ -4,12 +4,6 @@
 
 #include <io.h>
 
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <string>
-
 #include "support/tempfolder.h"
 
 namespace kestrel::cli {

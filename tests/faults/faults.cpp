@@ -1,17 +1,11 @@
 #include "faults/faults.h"
 
 #include <fcntl.h>
-#include <sched.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <cerrno>
-#include <cstdarg>
-#include <utility>
 
 namespace kestrel::test {
 
@@ -29,11 +23,11 @@ bool isCounted(std::string_view call) {
 
 bool isStruck(std::string_view call) {
     if (armed == nullptr) return false;
-    Faults::calls.append(call).append(" ");
+    seenCalls.append(call).append(" ");
     if (armed->kind == Fault::Kind::none || !isCounted(call)) return false;
     ++count;
     if (count < armed->at || (count > armed->at && !armed->lasts)) return false;
-    Faults::struck = call;
+    struckCall = call;
     return true;
 }
 
@@ -47,39 +41,27 @@ bool changesFiles(int flags) {
     return (flags & (O_ACCMODE | O_DIRECTORY)) != O_RDONLY;
 }
 
-[[noreturn]] void runAndEnd(const std::function<int()>& work) noexcept {
+}  // namespace
+
+void under(const Fault& fault, const std::function<void()>& work) {
+    count = 0;
+    struckCall = {};
+    seenCalls.clear();
+    armed = &fault;
+    work();
+    armed = nullptr;
+}
+
+int startProcess(const std::function<int()>& work) noexcept {
+    const int process = ::fork();
+    if (process != 0) return process;
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     ::_exit(work());
 }
 
-}  // namespace
-
-Faults::Faults(const Fault& fault) : fault_(fault) {
-    armed = &fault_;
-    count = 0;
-    struck = {};
-    calls.clear();
-}
-
-Faults::~Faults() {
-    armed = nullptr;
-}
-
-Child::Child(const std::function<int()>& work, bool apart) {
-    constexpr unsigned long kApart = CLONE_NEWUSER | CLONE_NEWPID | SIGCHLD;
-    process_ = apart ? static_cast<int>(::syscall(SYS_clone, kApart, 0, 0, 0, 0)) : ::fork();
-    if (process_ == 0) runAndEnd(work);
-}
-
-Child::~Child() {
-    if (process_ < 0) return;
-    ::kill(process_, SIGKILL);
-    wait();
-}
-
-int Child::wait() {
+int endOf(int process) {
     int status = 0;
-    if (process_ < 0 || ::waitpid(std::exchange(process_, -1), &status, 0) < 0) return -1;
+    if (::waitpid(process, &status, 0) < 0) return -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
@@ -110,7 +92,7 @@ KESTREL_WRAP(syncfs, (int file), (file))
 KESTREL_WRAP(unlink, (const char* name), (name))
 
 int __real_close(int);
-int __real_open(const char*, int, ...);
+int __real_open(const char*, int, mode_t);
 ssize_t __real_read(int, void*, size_t);
 ssize_t __real_write(int, const void*, size_t);
 
@@ -120,11 +102,8 @@ int __wrap_close(int file) {
     return struck ? strike() : result;
 }
 
-int __wrap_open(const char* name, int flags, ...) {
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
+// Who makes no file gives no mode, and none is looked at.
+int __wrap_open(const char* name, int flags, mode_t mode) {
     if (changesFiles(flags) && isStruck("open")) return strike();
     return __real_open(name, flags, mode);
 }

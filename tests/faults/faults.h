@@ -1,9 +1,8 @@
 #pragma once
 
-#include <cstddef>
-#include <functional>
-#include <string>
-#include <string_view>
+#include <cerrno>
+
+#include "services/fixture.h"
 
 // Faults in the system calls of the code under test, which the linker leads through the
 // wrappers of faults.cpp, and processes that such a fault may end.
@@ -25,36 +24,17 @@ struct Fault {
     bool lasts = false;  // and at all that are counted after it
 };
 
-// Counts and strikes for its lifetime.
-class Faults {
-  public:
-    explicit Faults(const Fault& fault = {});
-    ~Faults();
-    Faults(const Faults&) = delete;
-    Faults& operator=(const Faults&) = delete;
+inline std::string_view struckCall;  // the last one that was; empty when none was
+inline std::string seenCalls;        // all so far, each followed by a blank
 
-    static inline std::string_view struck;  // the call that was; empty when none was
-    static inline std::string calls;        // all so far, each followed by a blank
+// Does `work`, which must not throw, under the fault.
+void under(const Fault& fault, const std::function<void()>& work);
 
-  private:
-    const Fault fault_;
-};
+// Starts a process that does `work` and ends with what that returns, with this one at the
+// latest.
+int startProcess(const std::function<int()>& work) noexcept;
 
-// A process that does `work` and ends with what that returns; killed, if it still runs, at
-// the end of its life. It is one of a number space of its own where it is `apart`.
-class Child {
-  public:
-    explicit Child(const std::function<int()>& work, bool apart = false);
-    ~Child();
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
-
-    // Waits for its end: the exit code, or the negative number of a signal; -1 where there
-    // is none, since the system lets this user have no number space.
-    int wait();
-
-  private:
-    int process_;
-};
+// Waits for its end: the exit code, or the negative number of a signal; -1 without one.
+int endOf(int process);
 
 }  // namespace kestrel::test

@@ -1,15 +1,13 @@
 // What the main window asks of a loaded file: its rows, its trees, its chains.
 #include "gas/browse.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 
 #include "gas/chain.h"
 #include "gas/query.h"
-#include "gas/tree.h"
 #include "gastest.h"
 #include "support/shown.h"
+#include "support/tempfolder.h"
 
 namespace kestrel {
 namespace {
@@ -124,48 +122,6 @@ TEST(Browse, LinesCanBeDrawnWhateverTheyHold) {
     EXPECT_EQ(lineText(most + L"b"), most + L"\u2026");
 }
 
-// The tree as "label path < label of the parent".
-std::string drawn(const GasTemplate& record, const std::vector<BlockNode>& nodes) {
-    std::string text;
-    for (const BlockNode& node : nodes) {
-        text += toUtf8(node.label + L" " + branchPath(record, node));
-        if (node.parent < nodes.size()) text += " < " + toUtf8(nodes[node.parent].label) + ", ";
-    }
-    return text;
-}
-
-TEST(Tree, NestsAsTheBlocksNest) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"x = 1;", "I0 I0\\"},
-        {"[a]|{|[b]|{|}|[c]|{|}|}|[a]|{|[b]|{|}|}",
-         "I0 I0\\a_1 I0\\a_1\\ < I0, b_2 I0\\a\\b_2\\ < a_1, c_3 I0\\a\\c_3\\ < a_1, "
-         "a_4 I0\\a_4\\ < I0, b_5 I0\\a\\b_5\\ < a_4, "},
-        {"[t:x,n:lid]|{|[hinge]{pin=2}|}|[t:x,n:lid]|{|}|",
-         "I0 I0\\lid_1 I0\\lid_1\\ < I0, hinge_2 I0\\lid\\hinge_2\\ < lid_1, "
-         "lid_3 I0\\lid_3\\ < I0, "},
-        {"[a\\b]|{|[c]|{|}|}", "I0 I0\\a\\b_1 I0\\a\\b_1\\ < I0, c_2 I0\\a\\b\\c_2\\ < a\\b_1, "},
-    };
-    for (const auto& [body, tree] : cases) {
-        const GasTemplate record = loaded(std::string("[I]|") + body).at(0);
-        const std::vector<BlockNode> nodes = blockTree(record);
-        EXPECT_EQ(drawn(record, nodes), tree);
-        const GasProperty& last = record.Properties.back();
-        EXPECT_EQ(fullPath(record, nodes.back()) + L'\\', groupPath(L"I0", last));
-        EXPECT_EQ(&*nodeOf(nodes, last), &nodes.back());
-    }
-    // Deeper ones than a window draws keep their paths.
-    std::string deep = "[I]|";
-    for (int i = 0; i < 5000; ++i) deep += "[a]|{|";
-    const GasTemplate record = loaded(deep).at(0);
-    const std::vector<BlockNode> nodes = blockTree(record);
-    ASSERT_EQ(nodes.size(), 5001U);
-    EXPECT_EQ(nodes[249].parent, 248U);
-    EXPECT_EQ(nodes[250].parent, 248U);
-    EXPECT_EQ(nodes.back().parent, 248U);
-    EXPECT_EQ(nodes.back().group.start(), nodes[128].group) << "256 characters";
-    EXPECT_EQ(branchPath(record, nodes.back()), groupPath(L"I0", record.Properties.back()));
-}
-
 std::vector<GasTemplate> chains() {
     auto templates = loaded(
         "[t:template,n:a]|doc = Alpha;|specializes = b;|[t:template,n:hidden]|specializes = c;|"
@@ -201,6 +157,22 @@ TEST(Query, FollowsTheChainOfOneFile) {
     EXPECT_EQ(gudtSearchForTemplate(templates, L"name", L"p").Name, L"Template6");
     EXPECT_EQ(gudtSearchForTemplate(templates, L"name", L"P").Name, L"");
     EXPECT_EQ(gudtSearchForTemplate(templates, L"", L"  Template4 ").Name, L"Template4");
+}
+
+// A walk over the file for each step would take minutes.
+TEST(Chain, ALongChainTakesNoWalkOverTheFileForEachStep) {
+    const test::TempFolder folder;
+    constexpr int kCount = 100000;
+    std::string text;
+    for (int i = 0; i < kCount; ++i) {
+        const std::string parent = "t" + std::to_string(i + 1);
+        text += "[t:template,n:t" + std::to_string(i) + "]\nspecializes = " + parent + ";\n";
+    }
+    ChainDocument document;
+    ASSERT_TRUE(document.load(folder.put(L"f", text)));
+    const std::wstring history = gstrGetTemplateHistory(document.templates(), L"t0");
+    EXPECT_TRUE(history.starts_with(L"t0|t1|t2|") && history.ends_with(L"|t99999|t100000"));
+    for (int i = 0; i < kCount; ++i) ASSERT_NE(document.find(L"t" + std::to_wstring(i)), nullptr);
 }
 
 }  // namespace

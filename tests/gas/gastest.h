@@ -1,14 +1,11 @@
 #pragma once
 
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
+#include <gtest/gtest.h>
 
 #include "gas/load.h"
 #include "services/bytes.h"
 
-// Texts and records as short lines, so that a table can hold them.
+// Texts and records as short lines, so that a table or a story can hold them.
 namespace kestrel {
 
 inline std::string replaced(std::string text, std::string_view from, std::string_view to) {
@@ -18,33 +15,27 @@ inline std::string replaced(std::string text, std::string_view from, std::string
     return text;
 }
 
-// `text` with CR LF for each "|", and the other way round.
-inline std::string lines(std::string_view text) {
-    return replaced(std::string(text), "|", "\r\n");
+// What stands in a flat text for bytes that end a line, or cannot be seen.
+inline constexpr std::pair<std::string_view, std::string_view> kMarks[] = {
+    {"|", "\r\n"}, {"␍", "\r"}, {"␊", "\n"}, {"␉", "\t"}, {"⌖", kUtf8Mark}};
+
+inline std::string lines(std::string text) {
+    for (const auto& [mark, bytes] : kMarks) text = replaced(text, mark, bytes);
+    return text;
 }
-inline std::string flat(std::string_view text) {
-    return replaced(std::string(text), "\r\n", "|");
+inline std::string flat(std::string text) {
+    for (const auto& [mark, bytes] : kMarks) text = replaced(text, bytes, mark);
+    return text;
 }
 inline std::string flat(std::wstring_view text) {
     return flat(toUtf8(text));
 }
 
-// The records of the flat text `file`.
-inline std::vector<GasTemplate> loaded(std::string_view file) {
+// The records of the flat text `file`, which outlive the array that they were loaded into.
+inline std::vector<GasTemplate> loaded(const std::string& file, TemplateList* list = nullptr) {
     std::vector<GasTemplate> templates;
-    loadGasText(fromUtf8(lines(file)), templates);
-    return templates;
-}
-
-// The lines of `log`, with a few words of each `second` for the text `first`.
-using Words = std::vector<std::pair<std::string, std::string>>;
-inline std::string inWords(const std::vector<std::string>& log, const Words& words) {
-    std::string told;
-    for (std::string line : log) {
-        for (const auto& [text, word] : words) line = replaced(line, text, word);
-        told += (told.empty() ? "" : ", ") + line;
-    }
-    return told;
+    EXPECT_TRUE(loadGasText(fromUtf8(lines(file)), templates, list));
+    return {templates.begin(), templates.end()};
 }
 
 // A property is `name=value @group#level`, a header of a sub-block `[name] @group#level`.

@@ -1,42 +1,22 @@
-#include "services/files.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-
 #include "services/bytes.h"
-#include "services/filesystem.h"
+#include "services/fixture.h"
 #include "services/settings.h"
-#include "support/recordinghost.h"
-#include "support/system.h"
-#include "support/tempfolder.h"
 
-namespace kestrel {
+namespace kestrel::test {
 namespace {
 
-class PosixFiles : public testing::Test {
-  protected:
-    test::RecordingHost host;
-    test::TempFolder folder;
-};
+namespace fs = std::filesystem;
 
-TEST_F(PosixFiles, NamesThatAreNoUtf8Work) {
-    const std::wstring name = fromUtf8("n\xFFme \xC3\xA9");
-    EXPECT_TRUE(writeFile(folder.path(name), L"text"));
-    EXPECT_EQ(gstrReadFile(folder.path(name)), L"text");
-    EXPECT_EQ(folder.names(), std::vector<std::string>{"n\xFFme \xC3\xA9"});
-    EXPECT_NE(gstrReadFile(L"/proc/self/status"), L"") << "a file that claims no length";
-}
+using PosixFiles = Services;
 
 TEST_F(PosixFiles, SettingsThatCouldNotBeReadAreNotWrittenOver) {
-    gProgram().folder = folder.path();
-    const std::filesystem::path settings = folder.native(L"settings.set");
+    const fs::path settings = folder.native(L"settings.set");
     for (const wchar_t* changed : {L"", L"s"}) {
         gProgram().settings = {};
-        std::filesystem::remove(settings);
-        std::filesystem::create_symlink("/proc/self/mem", settings);  // its begin cannot be read
+        fs::remove(settings);
+        fs::create_symlink("/proc/self/mem", settings);  // its begin cannot be read
         gReadSettings();
-        std::filesystem::remove(settings);
+        fs::remove(settings);
         folder.put(L"settings.set", "zeltor=z\r\n");
         gProgram().settings.skritpad = changed;
         gWriteSettings();
@@ -47,26 +27,24 @@ TEST_F(PosixFiles, SettingsThatCouldNotBeReadAreNotWrittenOver) {
 }
 
 TEST_F(PosixFiles, TemporaryFileIsPrivate) {
-    test::setTemporaryFolder(folder.native());
-    std::filesystem::create_directories(folder.native(L"kestrel/texts"));
-    const std::filesystem::path path(toUtf8(gstrTempFile()));
-    test::setTemporaryFolder({});
-    using std::filesystem::perms;
-    EXPECT_EQ(std::filesystem::status(path).permissions(), perms::owner_read | perms::owner_write);
-    EXPECT_EQ(std::filesystem::status(path.parent_path()).permissions(), perms::owner_all);
+    setTemporaryFolder(folder.native());
+    fs::create_directories(folder.native(L"kestrel/texts"));
+    const fs::path path(toUtf8(gstrTempFile()));
+    setTemporaryFolder({});
+    EXPECT_EQ(fs::status(path).permissions(), fs::perms{0600});
+    EXPECT_EQ(fs::status(path.parent_path()).permissions(), fs::perms{0700});
 }
 
-TEST_F(PosixFiles, Paths) {
-    EXPECT_EQ(folderOf(L"a\\b.gas"), L"");
+TEST_F(PosixFiles, PathsAndFilesOfTheSystem) {
+    EXPECT_NE(gstrReadFile(L"/proc/self/status"), L"") << "a file that claims no length";
     EXPECT_EQ(fileName(L"a\\b.gas"), L"a\\b.gas");
-    EXPECT_EQ(joinPath(L"/a", L"b"), L"/a/b");
     EXPECT_FALSE(filesystem::isWritableFolder(L"/proc/self"));
-    const std::filesystem::path before = std::filesystem::current_path();
-    std::filesystem::create_directories(folder.native(L"a/b"));
-    std::filesystem::create_directory_symlink("a/b", folder.native(L"link"));
+    const fs::path before = fs::current_path();
+    fs::create_directories(folder.native(L"a/b"));
+    fs::create_directory_symlink("a/b", folder.native(L"link"));
     folder.put(L"a/beside.gas", "");
     folder.put(L"here.gas", "");
-    std::filesystem::current_path(folder.native(L"a"));
+    fs::current_path(folder.native(L"a"));
     const std::pair<std::wstring, std::wstring> cases[] = {
         {L"beside.gas", folder.path(L"a/beside.gas")},
         {L"./b/..//./beside.gas", folder.path(L"a/beside.gas")},
@@ -79,7 +57,7 @@ TEST_F(PosixFiles, Paths) {
     for (const auto& [path, absolute] : cases) {
         EXPECT_EQ(filesystem::absolutePath(path), absolute);
     }
-    std::filesystem::current_path(before);
+    fs::current_path(before);
 }
 
 TEST_F(PosixFiles, CodePageOfTheLanguage) {
@@ -119,4 +97,4 @@ TEST_F(PosixFiles, FoldersOfTheUserFollowTheEnvironment) {
 }
 
 }  // namespace
-}  // namespace kestrel
+}  // namespace kestrel::test

@@ -4,7 +4,6 @@
 
 #include <functional>
 
-#include "services/errors.h"
 #include "services/files.h"
 #include "services/filesystem.h"
 #include "support/recordinghost.h"
@@ -24,6 +23,27 @@ class Services : public testing::Test {
 
     RecordingHost host;
     TempFolder folder;
+};
+
+// What the user is told and asked, but for what the test takes, stands in golden/TEST.txt, which
+// KESTREL_WRITE=1 writes.
+class ToldServices : public Services {
+  protected:
+    void TearDown() override {
+        const std::string test = testing::UnitTest::GetInstance()->current_test_info()->name();
+        const std::filesystem::path file = KESTREL_TOLD + test + ".txt";
+        std::string all;
+        const std::string here = shown(folder.path());
+        for (std::string line : host.log) {
+            const std::size_t at = line.find(here);
+            all += (at == line.npos ? line : line.replace(at, here.size(), "FOLDER")) + "\n";
+        }
+        const bool writes = std::getenv("KESTREL_WRITE") != nullptr && !all.empty();
+        if (writes) std::ofstream(file, std::ios::binary) << all;
+        std::ifstream golden(file, std::ios::binary);
+        EXPECT_EQ(all, std::string(std::istreambuf_iterator<char>(golden), {}));
+    }
+    Lines told() { return std::exchange(host.log, {}); }
 };
 
 // The error of `body` as "number: description"; empty when there is none.

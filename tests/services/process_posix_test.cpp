@@ -1,7 +1,5 @@
 #include <sys/wait.h>
 
-#include <cerrno>
-#include <cstdlib>
 #include <thread>
 
 #include "services/fixture.h"

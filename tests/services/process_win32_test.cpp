@@ -1,7 +1,5 @@
 #include <windows.h>
 
-#include <cstdlib>
-
 #include "services/fixture.h"
 #include "services/process.h"
 
@@ -44,7 +42,6 @@ TEST_F(WindowsProcess, TheToolSeesTheLineAsItIsAndNothingPlantedRuns) {
     startProgram(line, tool);
     EXPECT_EQ(told(L"my dir\\tool \u0436.exe"), shown(line) + "\n");
     const std::wstring none = folder.path(L"my dir\\none.exe");
-    EXPECT_EQ(refusal(none + L" x"), kFileNotFound);
     EXPECT_EQ(refusal(none + L" x", none), kFileNotFound);
     EXPECT_EQ(refusal(L"my x"), kFileNotFound);
     EXPECT_EQ(refusal(L".\\my x", L".\\my"), kFileNotFound);
@@ -55,7 +52,6 @@ TEST_F(WindowsProcess, TheToolSeesTheLineAsItIsAndNothingPlantedRuns) {
 TEST_F(WindowsProcess, BareNamesAreLookedForInTheSearchPath) {
     EXPECT_FALSE(isProgram(L"my"));
     EXPECT_TRUE(isProgram(L"cmd"));
-    EXPECT_TRUE(isProgram(L"cmd.exe"));
     wchar_t path[32767] = {};
     ::GetEnvironmentVariableW(L"PATH", path, std::size(path));
     ::SetEnvironmentVariableW(L"PATH", (L";" + folder.path() + L";" + path).c_str());

@@ -1,14 +1,8 @@
 #pragma once
 
-#include <cstddef>
 #include <deque>
-#include <memory>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <vector>
 
-#include "services/host.h"
+#include "services/errors.h"
 #include "services/program.h"
 #include "support/shown.h"
 
@@ -18,14 +12,13 @@ namespace kestrel::test {
 // answers from scripts and writes each call into `log`, one line a call.
 class RecordingHost final : public Messages,
                             public ProgressMaker,
-                            public FileDialog,
                             public FolderPicker,
                             public Shell,
                             public Clipboard,
                             public Clock,
                             public Owner {
   public:
-    RecordingHost();
+    RecordingHost() { gProgram().host = {this, this, &files_, this, this, this, this}; }
 
     std::vector<std::string> log;
 
@@ -46,42 +39,126 @@ class RecordingHost final : public Messages,
 
     std::wstring missingProgram;  // is not found, and cannot be run
 
-    std::wstring time = L"10:20:30";
-    std::wstring date = L"Friday, 1 March 2002";
-
     // The lines of the log that begin with `start`.
-    std::vector<std::string> logged(std::string_view start) const;
+    std::vector<std::string> logged(std::string_view start) const {
+        std::vector<std::string> lines = log;
+        std::erase_if(lines, [&](const std::string& line) { return !line.starts_with(start); });
+        return lines;
+    }
 
     Answer ask(std::wstring_view text, std::wstring_view title, Icon icon,
-               Buttons buttons) override;
+               Buttons buttons) override {
+        constexpr std::wstring_view kIcons[] = {L"none", L"information", L"question",
+                                                L"exclamation"};
+        constexpr std::wstring_view kButtons[] = {L"ok",          L"okCancel", L"yesNo",
+                                                  L"yesNoCancel", L"noYes",    L"openDiscardLater"};
+        write("ask", {text, title, kIcons[static_cast<std::size_t>(icon)],
+                      kButtons[static_cast<std::size_t>(buttons)]});
+        const bool plain = buttons == Buttons::ok || buttons == Buttons::okCancel;
+        return next(answers, plain ? Answer::ok : Answer::yes);
+    }
     std::optional<std::wstring> prompt(std::wstring_view text, std::wstring_view title,
-                                       std::wstring_view initial) override;
-    std::unique_ptr<Progress> makeProgress() override;
-    bool show(const FileQuestion& question) override { return answer(question, chosen_); }
-    std::wstring path() const override { return chosen_; }
-    std::unique_ptr<FileDialog> another() const override;
+                                       std::wstring_view initial) override {
+        write("prompt", {text, title, initial});
+        return next(prompts, {});
+    }
+    std::unique_ptr<Progress> makeProgress() override { return std::make_unique<Dialog>(*this); }
     std::optional<std::wstring> chooseFolder(std::wstring_view title, Owner* owner,
-                                             std::wstring_view start) override;
-    void perform(std::wstring_view file, std::wstring_view verb) override;
-    void properties(std::wstring_view path, Owner* owner) override;
-    void run(std::wstring_view commandLine, std::wstring_view configured) override;
+                                             std::wstring_view start) override {
+        write("folder", {title, nameOf(owner), start});
+        return next(folders, {});
+    }
+    void perform(std::wstring_view file, std::wstring_view verb) override {
+        write("perform", {verb, file});
+    }
+    void properties(std::wstring_view path, Owner* owner) override {
+        write("properties", {path, nameOf(owner)});
+    }
+    void run(std::wstring_view commandLine, std::wstring_view configured) override {
+        write("run", {commandLine, configured});
+        if (!missingProgram.empty() && commandLine.starts_with(missingProgram)) {
+            throw RunTimeError(kFileNotFound, L"File not found");
+        }
+    }
     bool finds(std::wstring_view name) const override { return name != missingProgram; }
-    void setText(std::wstring_view text) override;
-    std::wstring longTime() const override { return time; }
-    std::wstring longDate() const override { return date; }
-    void enable(bool enabled) override;
-    void focus() override;
-
-    // Logs the question and takes the next element of `files`; false, and `chosen`
-    // as it was, when that is a cancel.
-    bool answer(const FileQuestion& question, std::wstring& chosen);
+    void setText(std::wstring_view text) override { write("clipboard", {text}); }
+    std::wstring longTime() const override { return L"10:20:30"; }
+    std::wstring longDate() const override { return L"Friday, 1 March 2002"; }
+    void enable(bool enabled) override { write(enabled ? "enable" : "disable"); }
+    void focus() override { write("focus"); }
 
   private:
-    void write(std::string_view call, std::initializer_list<std::wstring_view> values);
+    class Dialog final : public Progress {
+      public:
+        explicit Dialog(RecordingHost& host) : host_(host) { ++host_.liveDialogs; }
+        ~Dialog() override {
+            --host_.liveDialogs;
+            host_.write("unload");
+        }
+
+        void show(Owner* owner) override { host_.write("show", {nameOf(owner)}); }
+        void Process(std::wstring_view text) override { host_.write("Process", {text}); }
+        void SubProcess(std::wstring_view text) override { host_.write("SubProcess", {text}); }
+        void ShowProgress(int percentage, std::wstring_view message) override {
+            cancelled_ = cancelled_ || ++host_.progressSteps > host_.cancelAt;
+            if (!host_.logsProgressSteps) return;
+            host_.write("ShowProgress", {std::to_wstring(percentage), message});
+        }
+        void breathe() override {
+            cancelled_ = cancelled_ || ++host_.breaths > host_.cancelAtBreath;
+        }
+        void Overall(std::wstring_view text) override { host_.write("Overall", {text}); }
+        void CanCancel(bool can) override { host_.write("CanCancel", {can ? L"true" : L"false"}); }
+        bool DidCancel() const override { return cancelled_; }
+
+      private:
+        RecordingHost& host_;
+        bool cancelled_ = false;
+    };
+
+    // Its others ask the same script, and keep their own choice.
+    class Files final : public FileDialog {
+      public:
+        explicit Files(RecordingHost& host) : host_(host) {}
+        bool show(const FileQuestion& question) override {
+            host_.write(question.save ? "save" : "open",
+                        {question.title, question.filter, question.start});
+            const auto file = next(host_.files, {});
+            chosen_ = file.value_or(chosen_);
+            return file.has_value();
+        }
+        std::wstring path() const override { return chosen_; }
+        std::unique_ptr<FileDialog> another() const override {
+            return std::make_unique<Files>(host_);
+        }
+
+      private:
+        RecordingHost& host_;
+        std::wstring chosen_;
+    };
+
+    template <class Value>
+    static Value next(std::deque<Value>& script, Value otherwise) {
+        if (script.empty()) return otherwise;
+        otherwise = std::move(script.front());
+        script.pop_front();
+        return otherwise;
+    }
+
+    static std::wstring_view nameOf(const Owner* owner) {
+        return owner == nullptr ? L"none" : L"owner";
+    }
+
+    void write(std::string line, std::initializer_list<std::wstring_view> values = {}) {
+        const char* separator = ": ";
+        for (const std::wstring_view value : values) {
+            line.append(std::exchange(separator, " | ")).append(shown(value));
+        }
+        log.push_back(std::move(line));
+    }
 
     ProgramScope program_;
-    std::wstring chosen_;
-    friend class RecordingProgress;
+    Files files_{*this};
 };
 
 }  // namespace kestrel::test

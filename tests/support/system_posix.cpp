@@ -1,7 +1,6 @@
 #include "support/system.h"
 
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,11 +13,7 @@ namespace kestrel::test {
 namespace {
 
 void setVariable(const char* name, const std::filesystem::path& value) {
-    if (value.empty()) {
-        ::unsetenv(name);
-    } else {
-        ::setenv(name, value.c_str(), 1);
-    }
+    value.empty() ? ::unsetenv(name) : ::setenv(name, value.c_str(), 1);
 }
 
 }  // namespace
@@ -28,8 +23,7 @@ void setSettingsFolder(const std::filesystem::path& folder) {
 }
 
 void setTemporaryFolder(const std::filesystem::path& folder) {
-    setVariable("TMPDIR", folder);
-    setVariable("XDG_CACHE_HOME", folder);
+    for (const char* name : {"TMPDIR", "XDG_CACHE_HOME"}) setVariable(name, folder);
 }
 
 int runProgram(const std::filesystem::path& program, const std::vector<std::wstring>& words,
@@ -39,17 +33,15 @@ int runProgram(const std::filesystem::path& program, const std::vector<std::wstr
     std::vector<char*> pointers;
     for (std::string& text : texts) pointers.push_back(text.data());
     pointers.push_back(nullptr);
-    posix_spawn_file_actions_t files;
-    posix_spawn_file_actions_init(&files);
-    constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC;
-    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, out.c_str(), kFlags, 0600);
-    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, err.c_str(), kFlags, 0600);
-    pid_t process = 0;
+    const pid_t process = ::fork();
+    if (process == 0) {
+        ::dup2(::creat(out.c_str(), 0600), STDOUT_FILENO);
+        ::dup2(::creat(err.c_str(), 0600), STDERR_FILENO);
+        ::execv(pointers[0], pointers.data());
+        ::_exit(127);
+    }
     int status = 0;
-    const bool started =
-        posix_spawn(&process, pointers[0], &files, nullptr, pointers.data(), environ) == 0;
-    posix_spawn_file_actions_destroy(&files);
-    const bool ended = started && ::waitpid(process, &status, 0) == process;
+    const bool ended = ::waitpid(process, &status, 0) == process;
     return ended && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <algorithm>
 #include <filesystem>
-#include <string>
-#include <string_view>
+#include <fstream>
+#include <random>
 #include <vector>
+
+#include "services/bytes.h"
 
 namespace kestrel::test {
 
@@ -11,25 +14,50 @@ namespace kestrel::test {
 // not read or write through the code under test.
 class TempFolder {
   public:
-    TempFolder();
-    ~TempFolder();
+    TempFolder() { std::filesystem::create_directory(folder_); }
+    ~TempFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder_, ignored);
+    }
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;
 
-    // The folder's path, and that of `name` in it.
-    std::wstring path() const;
-    std::wstring path(std::wstring_view name) const;
-    std::filesystem::path native(std::wstring_view name = {}) const;
+    // The folder's path, or that of `name` in it.
+    std::filesystem::path native(std::wstring_view name = {}) const {
+        const std::string bytes = toUtf8(name);
+        return bytes.empty() ? folder_ : folder_ / std::u8string(bytes.begin(), bytes.end());
+    }
+    std::wstring path(std::wstring_view name = {}) const { return fromUtf8(utf8(native(name))); }
 
     // Writes the file `name` and returns its path.
-    std::wstring put(std::wstring_view name, std::string_view bytes) const;
+    std::wstring put(std::wstring_view name, std::string_view bytes) const {
+        std::ofstream(native(name), std::ios::binary) << bytes;
+        return path(name);
+    }
     // The bytes of the file `name`; "(missing)" when it is not there.
-    std::string bytes(std::wstring_view name) const;
+    std::string bytes(std::wstring_view name) const {
+        std::ifstream file(native(name), std::ios::binary);
+        return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "(missing)";
+    }
     // The names in the folder, sorted.
-    std::vector<std::string> names() const;
+    std::vector<std::string> names() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
+            names.push_back(utf8(entry.path().filename()));
+        }
+        std::ranges::sort(names);
+        return names;
+    }
 
   private:
-    std::filesystem::path folder_;
+    static std::string utf8(const std::filesystem::path& path) {
+        const std::u8string bytes = path.u8string();
+        return {bytes.begin(), bytes.end()};
+    }
+
+    const std::filesystem::path folder_ = std::filesystem::temp_directory_path() /
+                                          ("kestrel-" + std::to_string(std::random_device()()) +
+                                           std::to_string(std::random_device()()));
 };
 
 }  // namespace kestrel::test

@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
-#include "services/bytes.h"
 #include "services/filesystem.h"
 #include "support/recordinghost.h"
 #include "support/tempfolder.h"
@@ -18,10 +15,6 @@ using Lines = std::vector<std::string>;
 // ends the process when one of them is left open.
 class Archives : public testing::Test {
   protected:
-    Archives() {
-        use({filesystem::absolutePath(fromUtf8(KESTREL_STUBS "tank/kestrel_stub_tank"))});
-    }
-
     void use(std::vector<std::wstring> folders) {
         library = makeTankLibrary(std::move(folders));
         gProgram().host.tank = library.get();
@@ -35,12 +28,9 @@ class Archives : public testing::Test {
                                    files.native(folder) / name);
     }
 
-    // Writes an archive file; tests/stubs/tank tells what its lines mean.
-    std::wstring put(std::string_view lines) const { return files.put(L"a.dsres", lines); }
-
     // Opens and closes an archive; false when it does not open.
     bool opens() const {
-        TankHandle tank = gOpenTank(put("tank\n"));
+        TankHandle tank = gOpenTank(files.put(L"a.dsres", "tank\n"));
         return tank != 0 && glngCloseTank(tank) == 7;
     }
 
@@ -56,20 +46,23 @@ class Archives : public testing::Test {
 
     // `text` with names in the place of what differs from run to run.
     std::string told(std::wstring_view text) const {
-        return replaced(shown(text), {{shown(files.path(L"a.dsres")), "ARCHIVE"},
-                                      {shown(files.path()), "FOLDER"},
-                                      {shown(dynamic::tankFileName()), "LIBRARY"},
-                                      {"FOLDER\\", "FOLDER/"},
-                                      {"\\LIBRARY", "/LIBRARY"}});
+        const std::string bits = std::to_string(8 * sizeof(void*));
+        return replaced(shown(text),
+                        {{shown(files.path(L"a.dsres")), "ARCHIVE"},
+                         {shown(files.path()), "FOLDER"},
+                         {shown(dynamic::tankFileName()), "LIBRARY"},
+                         {shown(filesystem::executableFolder()), "PROGRAM"},
+                         {"invalid ELF header", "no library"},
+                         {"it is no library for a " + bits + "-bit program", "no library"}});
     }
 
     // The error reports since the last time, without the box around them.
     Lines errors() {
-        Lines errors;
-        for (const std::string& line : std::exchange(host.log, {})) {
-            const std::size_t end = line.find(" | Kestrel | exclamation | ok");
-            if (line.starts_with("ask: "))
-                errors.push_back(told(fromUtf8(line.substr(5, end - 5))));
+        Lines errors = host.logged("ask: ");
+        host.log.clear();
+        for (std::string& line : errors) {
+            line = replaced(told(fromUtf8(line)),
+                            {{"ask: ", ""}, {" | Kestrel | exclamation | ok", ""}});
         }
         return errors;
     }

@@ -1,9 +1,7 @@
 #include "tank/build.h"
 
-#include <gtest/gtest.h>
-
-#include "services/errors.h"
 #include "support/recordinghost.h"
+#include "tank/launching.h"
 
 namespace kestrel {
 namespace {
@@ -12,18 +10,17 @@ using test::shown;
 using Lines = std::vector<std::string>;
 
 TEST(BuildCommand, HasEveryItemInItsPlace) {
-    BuildRequest request;
-    request.source = L"a b";
-    request.target = L"c d.dsres";
-    request.author = quoted(L"Me");
-    request.copyright = quoted(L"  ");
-    request.build = quoted(L" 1 ");
-    request.title = quoted(L"a \"b\" -");
-    request.priority = -7;
-    request.protectedFlag = kFlagProtected;
-    request.devFlag = kFlagDev;
-    request.multiPlayerFlag = kFlagMultiPlayer;
-    request.extra = L"-more";
+    const BuildRequest request{.source = L"a b",
+                               .target = L"c d.dsres",
+                               .copyright = quoted(L"  "),
+                               .build = quoted(L" 1 "),
+                               .title = quoted(L"a \"b\" -"),
+                               .author = quoted(L"Me"),
+                               .priority = -7,
+                               .devFlag = std::wstring(kFlagDev),
+                               .multiPlayerFlag = std::wstring(kFlagMultiPlayer),
+                               .protectedFlag = std::wstring(kFlagProtected),
+                               .extra = L"-more"};
     EXPECT_EQ(shown(zeltorCommandLine(request, L"z")),
               R"(z -source a b -out c d.dsres -author "Me" -copyright "" -build "1" -flagdev)"
               R"( -flagmpxfer -flagprotected -priority -7 -title "a "b" -" -more)");
@@ -31,45 +28,41 @@ TEST(BuildCommand, HasEveryItemInItsPlace) {
               " -source  -out  -author  -copyright  -build  -priority 0 -title ");
 }
 
-class ScriptedLauncher final : public Launcher {
-  public:
-    Result start(std::wstring_view commandLine, std::wstring_view configured) override {
-        started.push_back(shown(commandLine) + " | " + shown(configured));
-        return result;
-    }
-    std::wstring errorText() const override { return L"Cannot start 'x': no such file"; }
-    ProgramOutput poll() override { return {}; }
+using Build = test::Launching;
 
-    Result result = kStarted;
-    Lines started;
-};
-
-TEST(Build, StartsTheConfiguredBuilderOrReportsWhatKeepsItFromStarting) {
+TEST_F(Build, StartsTheConfiguredBuilderOrAnother) {
     test::RecordingHost host;
-    gProgram().settings.zeltor = L"/my dir/zeltor";
-    ScriptedLauncher launcher;
     BuildRequest request;
     request.source = L"S";
+    request.target = target;
+    request.title = L"words";
     request.extra = L"-left";
-    const std::string line = " -source S -out  -author  -copyright  -build  -priority 0 -title ";
-    const std::string mine = "/my dir/zeltor" + line + " | /my dir/zeltor";
-    gExecZeltor(request, launcher);
+    std::filesystem::copy_file(builder, folder.native(L"my builder.exe"));
+    gProgram().settings.zeltor = folder.path(L"my builder.exe");
+    gExecZeltor(request, *launcher);
+    // Windows hands over the line as it stands: to the program, its own name ends at the blank.
+    const std::string name = sizeof(wchar_t) == 2 ? R"(<builder.exe>\n)" : "";
+    EXPECT_EQ(written(), name + R"(<-source>\n<S>\n<-out>\n<)" + shown(target) +
+                             R"(>\n<-author>\n<-copyright>\n<-build>\n)"
+                             R"(<-priority>\n<0>\n<-title>\n<words>\n)");
+    EXPECT_EQ(last.exitCode, 7);
     EXPECT_EQ(request.extra, L"");
-    launcher.result = Launcher::kStillRunning;
-    gExecZeltor(request, launcher);
-    launcher.result = Launcher::kRefused;
-    gExecZeltor(request, launcher);
-    host.files = {L"/other"};
-    gExecZeltor(request, launcher);
-    EXPECT_EQ(launcher.started, (Lines{mine, mine, mine, mine, "/other" + line + " | /other"}));
-    const std::string refused =
-        R"(ask: Cannot start 'x': no such file\r\n\r\nDo you wish to choose another program? | )"
-        "Kestrel Template Browser | question | yesNo";
+    request.title = L"wait";
+    const std::wstring missing = gProgram().settings.zeltor = folder.path(L"missing");
+    gExecZeltor(request, *launcher);
+    host.files = {missing, builder};
+    gExecZeltor(request, *launcher);
+    const std::string refused = "ask: " + shown(launcher->errorText()) +
+                                R"(\r\n\r\nDo you wish to choose another program? | )"
+                                "Kestrel Template Browser | question | yesNo";
+    gExecZeltor(request, *launcher);
     EXPECT_EQ(
         host.logged("ask: "),
-        (Lines{"ask: Error (-2147219504): App is already running! in 'gExecZeltor' | Kestrel | "
-               "exclamation | ok",
-               refused, refused, refused}));
+        (Lines{refused, refused, refused,
+               "ask: Error (-2147219504): App is already running! in 'gExecZeltor' | Kestrel | "
+               "exclamation | ok"}));
+    folder.put(L"archive.dsres.go", "");
+    EXPECT_TRUE(written().starts_with("waiting"));
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <filesystem>
 
 #include "tank/launching.h"
 
@@ -14,24 +13,16 @@ using test::shown;
 
 class PosixLauncher : public test::Launching {
   protected:
-    // A file that may be run.
-    std::wstring program(std::wstring_view name, std::string_view bytes) const {
-        const std::wstring path = folder.put(name, bytes);
-        std::filesystem::permissions(folder.native(name), std::filesystem::perms::owner_all);
-        return path;
-    }
-
-    // All that a shell writes to `script`.
-    std::string run(std::string_view script) {
-        const std::wstring path = program(L"script", "#!/bin/sh\n" + std::string(script));
-        EXPECT_EQ(launcher->start(path, path), Launcher::kStarted) << shown(launcher->errorText());
-        waitUntil([this] { return poll(); });
-        return shown(text);
+    // All that `program` writes.
+    std::string run(const std::wstring& program, const std::wstring& options) {
+        EXPECT_EQ(launcher->start(program + options, program), Launcher::kStarted);
+        return written();
     }
 };
 
 TEST_F(PosixLauncher, TellsHowAProgramEnded) {
-    EXPECT_EQ(play(L"crash"), "about to crash");
+    EXPECT_EQ(run(L"/bin/sh", L" -c \"echo about to crash; kill -s ABRT $$\""),
+              R"(about to crash\n)");
     EXPECT_EQ(last.exitCode, 128 + 6);
     EXPECT_EQ(launcher->poll().exitCode, 128 + 6);
     // Nobody is told how a program ended then.
@@ -49,15 +40,12 @@ TEST_F(PosixLauncher, TheProgramInheritsNothingOfOurs) {
     sigprocmask(SIG_BLOCK, &ours, nullptr);
     std::signal(SIGUSR2, SIG_IGN);
     ASSERT_EQ(dup2(STDERR_FILENO, 9), 9);
-    EXPECT_EQ(run("cut -d' ' -f6 /proc/$$/stat | grep -cx $$\n"
-                  "test -e /proc/$$/fd/9 || echo closed\n"),
+    EXPECT_EQ(run(L"/bin/sh",
+                  L" -c \"cut -d' ' -f6 /proc/$$/stat | grep -cx $$; "
+                  L"test -e /proc/$$/fd/9 || echo closed\""),
               R"(1\nclosed\n)");
     // Without a shell, which has its own way with signals.
-    const std::wstring grep = L"/bin/grep -cE \"Sig(Blk|Ign):.*0000000$\" /proc/self/status";
-    ASSERT_EQ(launcher->start(grep, L"/bin/grep"), Launcher::kStarted);
-    text.clear();
-    waitUntil([this] { return poll(); });
-    EXPECT_EQ(text, L"2\n");
+    EXPECT_EQ(run(L"/bin/grep", L" -cE \"Sig(Blk|Ign):.*0000000$\" /proc/self/status"), R"(2\n)");
     close(9);
     std::signal(SIGUSR2, SIG_DFL);
     sigprocmask(SIG_UNBLOCK, &ours, nullptr);
@@ -66,26 +54,27 @@ TEST_F(PosixLauncher, TheProgramInheritsNothingOfOurs) {
 TEST_F(PosixLauncher, ItsFileHasNoNameAndItsChildrenAreGone) {
     while (waitpid(-1, nullptr, 0) > 0) {
     }
-    test::setTemporaryFolder(folder.native());
     ASSERT_EQ(start(L"nothing"), Launcher::kStarted);
-    EXPECT_EQ(folder.names(), std::vector<std::string>{});
+    EXPECT_EQ(temporary.names(), std::vector<std::string>{});
     siginfo_t ended;
     waitid(P_ALL, 0, &ended, WEXITED | WNOWAIT);
     launcher = makeLauncher();
     EXPECT_EQ(launcher->start(folder.path(L"missing"), L""), Launcher::kRefused);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
-    test::setTemporaryFolder({});
 }
 
 TEST_F(PosixLauncher, EndsWithTheProgramThoughAnotherKeepsItsStreams) {
-    const std::string go = shown(folder.path(L"go"));
-    EXPECT_EQ(run("while [ ! -e " + go + " ]; do sleep 0.1; done &\necho parent\n"), R"(parent\n)");
+    const std::wstring go = folder.path(L"go");
+    EXPECT_EQ(
+        run(L"/bin/sh", L" -c \"while [ ! -e " + go + L" ]; do sleep 0.1; done & echo parent\""),
+        R"(parent\n)");
     folder.put(L"go", "");
 }
 
 TEST_F(PosixLauncher, RefusedStartsTellTheReasonAtOnce) {
     const std::wstring plain = folder.put(L"plain.txt", "no program\n");
-    const std::wstring unknown = program(L"program", "no format of the system\n");
+    const std::wstring unknown = folder.put(L"program", "no format of the system\n");
+    std::filesystem::permissions(folder.native(L"program"), std::filesystem::perms::owner_all);
     const struct {
         std::wstring builder;
         const char* reason;

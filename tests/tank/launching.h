@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <functional>
-#include <memory>
-#include <string>
 #include <thread>
 
 #include "support/shown.h"
@@ -15,9 +12,19 @@
 
 namespace kestrel::test {
 
-// A launcher of the stand-in for the builder, which plays the part that it is told.
+// A launcher of the stand-in for the builder, which plays the part that it is told. It leaves no
+// temporary files behind.
 class Launching : public testing::Test {
   protected:
+    Launching() { setTemporaryFolder(temporary.native()); }
+
+    void TearDown() override {
+        launcher.reset();
+        setTemporaryFolder({});
+        // One may stay until the system has let go of what the program had open.
+        waitUntil([this] { return temporary.names().empty(); });
+    }
+
     // Waits until `holds`, for some seconds at most.
     static void waitUntil(const std::function<bool()>& holds) {
         const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
@@ -33,6 +40,11 @@ class Launching : public testing::Test {
                                builder);
     }
 
+    // Waits until the builder has written all.
+    void waitForAll() const {
+        waitUntil([this] { return folder.bytes(L"archive.dsres.done") == "done"; });
+    }
+
     // Takes the next piece of output; true for the last one.
     bool poll() {
         last = launcher->poll();
@@ -40,15 +52,21 @@ class Launching : public testing::Test {
         return last.ended;
     }
 
+    // All that the started program writes.
+    std::string written() {
+        waitUntil([this] { return poll(); });
+        return shown(std::exchange(text, {}));
+    }
+
     // All that the builder writes as `part`.
     std::string play(const std::wstring& part) {
         EXPECT_EQ(start(part), Launcher::kStarted) << shown(launcher->errorText());
-        waitUntil([this] { return poll(); });
-        return shown(text);
+        return written();
     }
 
     const std::wstring builder = L"" KESTREL_STUB_BUILDER;
     TempFolder folder;
+    TempFolder temporary;
     std::wstring target = folder.path(L"archive.dsres");
     std::unique_ptr<Launcher> launcher = makeLauncher();
     std::wstring text;

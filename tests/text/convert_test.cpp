@@ -2,12 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <map>
 #include <span>
 
-#include "services/bytes.h"
 #include "services/filesystem.h"
 #include "support/recordinghost.h"
 #include "support/tempfolder.h"
@@ -18,7 +15,6 @@ namespace {
 namespace fs = std::filesystem;
 using Lines = std::vector<std::string>;
 
-const fs::path kGolden = KESTREL_GOLDEN "/folder";
 constexpr const char* kFile = "[t:template,n:tar]\r\n{\r\na = 1;\r\nb = 2;\r\nc = 3;\r\n}\r\n";
 
 std::wstring counts(int processed, int converted) {
@@ -34,14 +30,6 @@ class Convert : public testing::Test {
             gblnConvertFolder(folder, summary, output, options, header, &host, progress, &outcome));
     }
 
-    // The golden text of a sample; there the folder is C:\mods.
-    std::string golden(const fs::path& name) const {
-        const std::string mods = "C:\\mods\\";
-        std::ifstream file(kGolden / name, std::ios::binary);
-        std::string text{std::istreambuf_iterator<char>(file), {}};
-        return text.replace(text.find(mods), mods.size(), toUtf8(here));
-    }
-
     test::RecordingHost host;
     const test::TempFolder files;
     const std::wstring here = files.path() + filesystem::separator();
@@ -52,38 +40,47 @@ class Convert : public testing::Test {
 };
 
 TEST_F(Convert, SamplesGiveTheirGoldenTexts) {
-    for (const auto& entry : fs::directory_iterator(KESTREL_SAMPLES "/folder")) {
+    std::map<fs::path, std::string> golden;
+    for (const auto& entry : fs::recursive_directory_iterator(KESTREL_GOLDEN)) {
+        if (entry.is_directory()) continue;
+        std::ifstream file(entry.path(), std::ios::binary);
+        std::string text{std::istreambuf_iterator<char>(file), {}};
+        const std::string mods = "C:\\mods\\";  // their folder there
+        golden[entry.path().filename()] = text.replace(text.find(mods), mods.size(), toUtf8(here));
+    }
+    EXPECT_EQ(golden.size(), 18U);
+    for (const auto& entry : fs::recursive_directory_iterator(KESTREL_SAMPLES)) {
+        if (entry.is_directory()) continue;
         fs::copy_file(entry.path(), files.native() / entry.path().filename());
     }
     std::string together;
     for (const auto& entry : fs::directory_iterator(files.native())) {
-        if (entry.path().stem() == "ledger") continue;
-        together += golden(entry.path().filename().replace_extension(".tab"));
+        const auto text = golden.find(entry.path().filename().replace_extension(".tab"));
+        if (text != golden.end()) together += text->second;
     }
     const std::wstring ledger = L"\r\nNot converted:\r\nledger.gas: it holds no .gas data\r\n";
     summary = L"Before\r\n";
     convert(7, {}, conversionHeader(L" T ", L"", L"", L""));
-    const std::wstring above = L"Before\r\n" + counts(6, 5);
+    const std::wstring above = L"Before\r\n" + counts(19, 18);
     EXPECT_EQ(files.bytes(L"Converted.tab"),
               "Title:  T \r\nAuthor: \r\nBuild: \r\nCopyright: \r\n" + toUtf8(above) +
                   std::string(25, '+') + "\r\n" + together)
         << "in the folder's order";
     EXPECT_EQ(summary, above + L"Output filename: " + here + L"Converted.tab\r\n" + ledger);
-    EXPECT_EQ(files.names().size(), 7U);
+    const std::size_t before = files.names().size();
 
     summary.clear();
     convert(5, {}, L"head\r\n");
-    for (const auto& entry : fs::directory_iterator(kGolden)) {
-        const fs::path name = entry.path().filename();
-        EXPECT_EQ(files.bytes(fromUtf8(name.string())), "head\r\n" + golden(name)) << name;
+    for (const auto& [name, text] : golden) {
+        EXPECT_EQ(files.bytes(fromUtf8(name.string())), "head\r\n" + text) << name;
     }
-    EXPECT_EQ(summary, counts(6, 5) + L"Output folder: " + here + L"\r\n" + ledger);
-    EXPECT_EQ(files.names().size(), 12U);
+    EXPECT_EQ(summary, counts(19, 18) + L"Output folder: " + here + L"\r\n" + ledger);
+    EXPECT_EQ(files.names().size(), before + golden.size());
     EXPECT_EQ(host.logged("ask"), Lines{}) << "a file without data is only listed";
 }
 
 TEST_F(Convert, OnlyGasFilesCountWhateverTheirCase) {
-    for (const wchar_t* name : {L"c.gas.bak", L"cgas", L"d.gasx"}) files.put(name, kFile);
+    for (const wchar_t* name : {L"c.gas.bak", L"cgas", L"gas"}) files.put(name, kFile);
     fs::create_directory(files.native(L"e.gas"));
     for (const wchar_t* name : {L"", L"missing", L"cgas"}) {
         folder = files.path(name);
@@ -99,7 +96,7 @@ TEST_F(Convert, OnlyGasFilesCountWhateverTheirCase) {
     EXPECT_EQ(folder, here) << "no second separator";
     EXPECT_EQ(summary, counts(3, 3) + L"Output folder: " + here + L"\r\n");
     EXPECT_EQ(files.names(), (Lines{".gas", ".tab", "a.Gas", "a.tab", "b.GAS", "b.tab", "c.gas.bak",
-                                    "cgas", "d.gasx", "e.gas"}));
+                                    "cgas", "e.gas", "gas"}));
 }
 
 TEST_F(Convert, ItsDialogIsShownAndGone) {

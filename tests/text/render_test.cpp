@@ -56,6 +56,7 @@ TEST(Render, AFilterTakesRowsAndTheComments) {
         EXPECT_EQ(gstrMakeText(c.record, nullptr, filter, c.filterOnly, nullptr), c.text);
         EXPECT_EQ(filter, c.after);
     }
+    EXPECT_EQ(gProgram().routine, L"gstrMakeText");
     EXPECT_EQ(gstrMakeFileText(L"a.gas", {}, nullptr, 0, nullptr), L"") << "no heading alone";
 }
 
@@ -89,6 +90,8 @@ TEST(Render, TheDialogTellsTheLastRowWrittenAndCancels) {
                                 "SubProcess: ", "show: owner", "ShowProgress: 0 | Property: name",
                                 "ShowProgress: 50 | Property: name", "unload", "enable", "focus"}));
         EXPECT_FALSE(gProgram().progressShowing);
+        host.progressSteps = 0;
+        EXPECT_EQ(gstrMakeFileText(L"a.gas", {kCrate}, &host, 0, nullptr).empty(), cancelAt == 1);
     }
 }
 

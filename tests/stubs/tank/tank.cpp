@@ -49,7 +49,7 @@ struct Entry {
         const auto at = fields.find(field);
         return at == fields.end() ? nullptr : &at->second;
     }
-    std::int32_t number(const char* field, std::int32_t otherwise) const {
+    std::int32_t number(const char* field, std::int32_t otherwise = 0) const {
         const std::string* digits = text(field);
         return digits == nullptr ? otherwise : std::atoi(digits->c_str());
     }
@@ -89,12 +89,13 @@ class Archive {
         if (is("log")) std::ofstream(log_, std::ios::app | std::ios::binary) << call << "\n";
     }
 
-    // No entry for a 0: what a caller has after an index with no entry.
-    const Entry* find(std::int32_t child, std::string_view call) const {
-        if (child == 0) return nullptr;
+    // An empty one for a 0: what a caller has after an index with no entry.
+    const Entry& find(std::int32_t child, std::string_view call) const {
+        static const Entry kNone;
+        if (child == 0) return kNone;
         const auto index = static_cast<std::size_t>(child) - kFirstChild;
         if (child < kFirstChild || index >= entries_.size()) die(call, "no such entry");
-        return &entries_[index];
+        return entries_[index];
     }
 
   private:
@@ -149,18 +150,11 @@ const Archive& archiveOf(std::int32_t tank, std::string_view call) {
     return at->second;
 }
 
-const Entry* entryOf(std::int32_t tank, std::int32_t child, const char* call) {
+const Entry& entryOf(std::int32_t tank, std::int32_t child, const char* call) {
     return archiveOf(tank, call).find(child, call);
 }
 
-std::int32_t numberOf(std::int32_t tank, std::int32_t child, const char* call, const char* field) {
-    const Entry* entry = entryOf(tank, child, call);
-    return entry == nullptr ? 0 : entry->number(field, 0);
-}
-
-const char* textOf(std::int32_t tank, std::int32_t child, const char* call, const char* field) {
-    const Entry* entry = entryOf(tank, child, call);
-    const std::string* text = entry == nullptr ? nullptr : entry->text(field);
+const char* handOut(const std::string* text) {
     if (text == nullptr) return nullptr;
     state.text = copyOf({text->c_str(), text->size() + 1});
     return state.text.get();
@@ -189,62 +183,60 @@ std::int32_t KESTREL_TANK_CALL GetRootDir(std::int32_t tank) {
 }
 
 std::int32_t KESTREL_TANK_CALL GetChildCount(std::int32_t tank, std::int32_t directory) {
-    const Entry* entry = entryOf(tank, directory, "GetChildCount");
-    if (entry == nullptr) return 0;
-    return entry->number("count", static_cast<std::int32_t>(entry->children.size()));
+    const Entry& entry = entryOf(tank, directory, "GetChildCount");
+    return entry.number("count", static_cast<std::int32_t>(entry.children.size()));
 }
 
 std::int32_t KESTREL_TANK_CALL GetChild(std::int32_t tank, std::int32_t directory,
                                         std::int32_t index, std::int32_t* child) {
     const Archive& archive = archiveOf(tank, "GetChild " + std::to_string(index));
-    const Entry* entry = archive.find(directory, "GetChild");
+    const Handles& children = archive.find(directory, "GetChild").children;
     if (index < 0) die("GetChild", "a negative index");
     const auto at = static_cast<std::size_t>(index);
     // No entry: what `child` points to stays as it was.
-    if (entry == nullptr || at >= entry->children.size()) return -1;
-    *child = entry->children[at];
+    if (at >= children.size()) return -1;
+    *child = children[at];
     return 1;
 }
 
 const char* KESTREL_TANK_CALL GetChildName(std::int32_t tank, std::int32_t child) {
-    return textOf(tank, child, "GetChildName", "name");
+    return handOut(entryOf(tank, child, "GetChildName").text("name"));
 }
 
 const char* KESTREL_TANK_CALL GetChildPath(std::int32_t tank, std::int32_t child) {
-    return textOf(tank, child, "GetChildPath", "path");
+    return handOut(entryOf(tank, child, "GetChildPath").text("path"));
 }
 
 std::int32_t KESTREL_TANK_CALL IsDirectory(std::int32_t tank, std::int32_t child) {
-    const Entry* entry = entryOf(tank, child, "IsDirectory");
-    return entry == nullptr ? 0 : entry->number("isdir", entry->text("dir") == nullptr ? 0 : 1);
+    const Entry& entry = entryOf(tank, child, "IsDirectory");
+    return entry.number("isdir", entry.text("dir") == nullptr ? 0 : 1);
 }
 
 std::int32_t KESTREL_TANK_CALL GetChildSize(std::int32_t tank, std::int32_t child) {
-    return numberOf(tank, child, "GetChildSize", "size");
+    return entryOf(tank, child, "GetChildSize").number("size");
 }
 
 std::int32_t KESTREL_TANK_CALL GetChildCompSize(std::int32_t tank, std::int32_t child) {
-    return numberOf(tank, child, "GetChildCompSize", "comp");
+    return entryOf(tank, child, "GetChildCompSize").number("comp");
 }
 
 std::int32_t KESTREL_TANK_CALL GetChildCRC(std::int32_t tank, std::int32_t child) {
-    return numberOf(tank, child, "GetChildCRC", "crc");
+    return entryOf(tank, child, "GetChildCRC").number("crc");
 }
 
 std::int16_t KESTREL_TANK_CALL GetChildFlags(std::int32_t tank, std::int32_t child) {
-    return static_cast<std::int16_t>(numberOf(tank, child, "GetChildFlags", "flags"));
+    return static_cast<std::int16_t>(entryOf(tank, child, "GetChildFlags").number("flags"));
 }
 
 std::int16_t KESTREL_TANK_CALL GetChildFormat(std::int32_t tank, std::int32_t child) {
-    return static_cast<std::int16_t>(numberOf(tank, child, "GetChildFormat", "format"));
+    return static_cast<std::int16_t>(entryOf(tank, child, "GetChildFormat").number("format"));
 }
 
 std::int32_t KESTREL_TANK_CALL OpenChild(std::int32_t tank, std::int32_t child, const char** data) {
-    const Entry* entry = entryOf(tank, child, "OpenChild");
-    if (entry == nullptr) return 0;  // and what `data` points to stays as it was
-    *data = nullptr;
-    const std::string* text = entry->text("data");
-    if (text == nullptr) return entry->number("bytes", 0);
+    const Entry& entry = entryOf(tank, child, "OpenChild");
+    const std::string* text = entry.text("data");
+    // What `data` points to stays as it was.
+    if (text == nullptr) return entry.number("bytes");
     std::string bytes = *text;
     for (std::size_t at = 0; (at = bytes.find("\\0", at)) != bytes.npos; ++at) {
         bytes.replace(at, 2, 1, '\0');
@@ -252,7 +244,7 @@ std::int32_t KESTREL_TANK_CALL OpenChild(std::int32_t tank, std::int32_t child, 
     Bytes copy = copyOf(bytes);
     *data = copy.get();
     state.opened[*data] = std::move(copy);
-    return entry->number("bytes", static_cast<std::int32_t>(bytes.size()));
+    return entry.number("bytes", static_cast<std::int32_t>(bytes.size()));
 }
 
 std::int32_t KESTREL_TANK_CALL CloseChild(const char* data) {
