@@ -1,6 +1,4 @@
 // Chains of templates over files of any bytes.
-#include <filesystem>
-
 #include "fuzz/fuzz.h"
 #include "gas/modGas.h"
 #include "services/files.h"
@@ -13,9 +11,9 @@ constexpr std::size_t kMostFiles = 4;
 constexpr std::size_t kMostClicks = 12;
 
 // The parts of the input, each as a file; the first two are listed in "spec.his".
-std::vector<std::wstring> putFiles(Input input) {
+Words putFiles(Input input) {
     std::filesystem::current_path(workFolder().native());
-    std::vector<std::wstring> files;
+    Words files;
     std::wstring list;
     while (files.size() < kMostFiles && (files.empty() || !input.empty())) {
         const std::wstring name = std::to_wstring(files.size()) + L".gas";
@@ -35,8 +33,7 @@ void checkNodes(const SpecializesChain& chain) {
     require(!chain.nodes().empty() || chain.text().empty());
 }
 
-void walk(test::RecordingHost& host, const std::wstring& name,
-          const std::vector<std::wstring>& files) {
+void walk(test::RecordingHost& host, const std::wstring& name, const Words& files) {
     SpecializesChain chain;
     chain.open(name, files.front());
     checkNodes(chain);
@@ -56,7 +53,7 @@ void walk(test::RecordingHost& host, const std::wstring& name,
 }  // namespace
 
 void run(Input input, test::RecordingHost& host) {
-    const std::vector<std::wstring> files = putFiles(input);
+    const Words files = putFiles(input);
     std::vector<GasTemplate> templates;
     std::wstring path = files.front();
     gblnLoadGas(path, templates, nullptr);

@@ -11,8 +11,6 @@
 namespace kestrel::fuzz {
 namespace {
 
-using Words = std::vector<std::wstring>;
-
 // Any file gives eight fields, and any values that are written are read again: up to the
 // first "=", where a value ends.
 void checkSettings(Input input) {

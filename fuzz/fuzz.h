@@ -1,12 +1,8 @@
 #pragma once
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <string>
-#include <string_view>
-#include <vector>
 
 #include "services/bytes.h"
 #include "support/recordinghost.h"
@@ -15,6 +11,8 @@
 // What the fuzzers share. Each gives any bytes to a part of the core and holds
 // what comes back against what the headers promise.
 namespace kestrel::fuzz {
+
+using Words = std::vector<std::wstring>;
 
 // Ends the fuzzer, which then keeps the input, unless `holds`.
 inline void require(bool holds) {

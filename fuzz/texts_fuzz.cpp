@@ -1,6 +1,5 @@
 // Texts of many uses: the input's first byte tells which of them the others are.
 #include <array>
-#include <functional>
 
 #include "cli/arguments.h"
 #include "cli/json.h"
@@ -18,8 +17,6 @@
 
 namespace kestrel::fuzz {
 namespace {
-
-using Words = std::vector<std::wstring>;
 
 // Some texts name files, the same ones each time.
 bool isFile(std::wstring_view path) {
@@ -138,14 +135,11 @@ void checkText(Input input) {
 }
 
 // Any text is a priority of 16 bits, or overflows.
-void checkPriority(Input input) {
+void checkPriority(Input input) try {
     const std::wstring text = input.text();
-    try {
-        const std::int16_t priority = priorityOf(text);
-        require(isNumber(text) || priority == 0);
-    } catch (const RunTimeError& error) {
-        require(isNumber(text) && error.number() == kOverflow);
-    }
+    require(priorityOf(text) == 0 || isNumber(text));
+} catch (const RunTimeError& error) {
+    require(error.number() == kOverflow);
 }
 
 // The builder gets each value as it was typed, unless that looks like more than a value.
@@ -155,17 +149,16 @@ void checkBuilder(Input input) {
     request.devFlag = kFlagDev;
     Words typed;
     bool plain = true;
-    for (std::wstring* path : {&request.source, &request.target}) {
-        *path = typed.emplace_back(input.text());
-        plain = plain && !path->empty() && trim(*path) == *path && path->front() != L'-' &&
-                path->find(L" -") == path->npos;
-    }
-    for (std::wstring* text :
-         {&request.author, &request.copyright, &request.build, &request.title}) {
-        *text = kestrel::quoted(typed.emplace_back(input.text()));
+    for (std::wstring* text : {&request.source, &request.target, &request.author,
+                               &request.copyright, &request.build, &request.title}) {
+        const std::wstring& one = typed.emplace_back(input.text());
+        const bool isPath = typed.size() <= 2;
+        *text = isPath ? one : kestrel::quoted(one);
+        plain = plain && one.find(L'"') == one.npos &&
+                (!isPath || (!one.empty() && trim(one) == one && one.front() != L'-' &&
+                             one.find(L" -") == one.npos));
     }
     const Words words = optionWords(zeltorCommandLine(request, L"").substr(1));
-    for (const std::wstring& one : typed) plain = plain && one.find(L'"') == one.npos;
     if (!plain) return;
     require(words.size() == 15 && words[10] == kFlagDev);
     require(words[12] == std::to_wstring(request.priority) && words[14] == trim(typed[5]));
