@@ -4,16 +4,12 @@
 
 #include "gas/load.h"
 #include "services/bytes.h"
+#include "support/shown.h"
 
 // Texts and records as short lines, so that a table or a story can hold them.
 namespace kestrel {
 
-inline std::string replaced(std::string text, std::string_view from, std::string_view to) {
-    for (std::size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size()) {
-        text.replace(at, from.size(), to);
-    }
-    return text;
-}
+using test::replaced;
 
 // What stands in a flat text for bytes that end a line, or cannot be seen.
 inline constexpr std::pair<std::string_view, std::string_view> kMarks[] = {

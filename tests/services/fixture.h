@@ -7,6 +7,7 @@
 #include "services/files.h"
 #include "services/filesystem.h"
 #include "support/recordinghost.h"
+#include "support/stories.h"
 #include "support/system.h"
 #include "support/tempfolder.h"
 
@@ -25,23 +26,15 @@ class Services : public testing::Test {
     TempFolder folder;
 };
 
-// What the user is told and asked, but for what the test takes, stands in golden/TEST.txt, which
-// KESTREL_WRITE=1 writes.
+// What the user is told and asked, but for what the test takes, stands in golden/TEST.txt.
 class ToldServices : public Services {
   protected:
     void TearDown() override {
         const std::string test = testing::UnitTest::GetInstance()->current_test_info()->name();
-        const std::filesystem::path file = KESTREL_TOLD + test + ".txt";
         std::string all;
         const std::string here = shown(folder.path());
-        for (std::string line : host.log) {
-            const std::size_t at = line.find(here);
-            all += (at == line.npos ? line : line.replace(at, here.size(), "FOLDER")) + "\n";
-        }
-        const bool writes = std::getenv("KESTREL_WRITE") != nullptr && !all.empty();
-        if (writes) std::ofstream(file, std::ios::binary) << all;
-        std::ifstream golden(file, std::ios::binary);
-        EXPECT_EQ(all, std::string(std::istreambuf_iterator<char>(golden), {}));
+        for (const std::string& line : host.log) all += replaced(line, here, "FOLDER") + "\n";
+        expectGolden(KESTREL_TOLD + test + ".txt", all);
     }
     Lines told() { return std::exchange(host.log, {}); }
 };

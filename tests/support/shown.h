@@ -19,4 +19,12 @@ inline std::string shown(std::wstring_view text) {
     return result;
 }
 
+// `text` with `to` in the place of each `from`.
+inline std::string replaced(std::string text, std::string_view from, std::string_view to) {
+    for (std::size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size()) {
+        text.replace(at, from.size(), to);
+    }
+    return text;
+}
+
 }  // namespace kestrel::test

@@ -36,11 +36,7 @@ class Archives : public testing::Test {
 
     static std::string replaced(std::string text,
                                 const std::vector<std::pair<std::string, std::string>>& names) {
-        for (const auto& [from, to] : names) {
-            for (std::size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size()) {
-                text.replace(at, from.size(), to);
-            }
-        }
+        for (const auto& [from, to] : names) text = test::replaced(std::move(text), from, to);
         return text;
     }
 

@@ -37,13 +37,13 @@ void openTextEditor(const std::wstring& path) {
         throwSystemError(static_cast<int>(GetLastError()), L"Cannot edit", path);
 }
 
-// It is only asked for when the user logs out, which waits for none.
 bool systemDialogIsOpen() {
     return false;
 }
 
 void restoreSystemDialog() {}
 
+// It is only asked for when the user logs out, which waits for none.
 bool cancelSystemDialog() {
     return false;
 }
