@@ -1,7 +1,8 @@
 // The parts of the work that nothing can do without.
+#include "base/bytes.h"
 #include "contenders.h"
-#include "services/bytes.h"
 #include "services/files.h"
+#include "services/pagetext.h"
 
 namespace kestrel::bench {
 

@@ -1,10 +1,9 @@
-#include "check.h"
-
 #include <algorithm>
 #include <cstdio>
 
+#include "base/bytes.h"
+#include "check.h"
 #include "contenders.h"
-#include "services/bytes.h"
 
 namespace kestrel::bench {
 namespace {

@@ -1,12 +1,12 @@
-#include "corpus.h"
-
 #include <array>
 #include <cstdint>
 #include <fstream>
 #include <string>
 #include <vector>
 
-#include "services/bytes.h"
+#include "base/bytes.h"
+#include "corpus.h"
+#include "services/pagetext.h"
 
 namespace kestrel::bench {
 namespace {

@@ -1,11 +1,12 @@
-#include "input.h"
-
 #include <cstdio>
 #include <cstdlib>
 
+#include "base/bytes.h"
 #include "gas/load.h"
-#include "services/bytes.h"
+#include "input.h"
 #include "services/files.h"
+#include "services/pagetext.h"
+#include "system/filesystem.h"
 #include "text/render.h"
 
 namespace kestrel::bench {

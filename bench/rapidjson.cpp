@@ -1,8 +1,8 @@
 #include <rapidjson/document.h>
 
+#include "base/bytes.h"
 #include "contenders.h"
 #include "records.h"
-#include "services/bytes.h"
 #include "services/files.h"
 
 namespace kestrel::bench {

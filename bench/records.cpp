@@ -1,9 +1,8 @@
-#include "records.h"
-
 #include <algorithm>
 #include <iterator>
 
-#include "services/bytes.h"
+#include "base/bytes.h"
+#include "records.h"
 
 namespace kestrel::bench {
 namespace {

@@ -1,5 +1,3 @@
-#include "shapes.h"
-
 #include <fstream>
 #include <span>
 #include <string_view>
@@ -7,9 +5,10 @@
 
 #include <malloc.h>
 
+#include "base/bytes.h"
 #include "gas/load.h"
 #include "measure.h"
-#include "services/bytes.h"
+#include "shapes.h"
 #include "table.h"
 
 namespace kestrel::bench {

@@ -19,11 +19,11 @@
 #include "services/program.h"
 #include "starts.h"
 #include "table.h"
-#include "ui/common/host_wx.h"
 #include "ui/common/strings.h"
 #include "ui/frmMain/frmMain.h"
 #include "ui/frmView/frmView.h"
 #include "ui/frmZeltor/frmZeltor.h"
+#include "ui/host/host_wx.h"
 
 namespace kestrel::bench {
 namespace {

@@ -24,4 +24,7 @@ function(kestrel_core_library name)
   target_include_directories(${name} PUBLIC
     ${PROJECT_SOURCE_DIR}/src ${PROJECT_BINARY_DIR}/generated)
   target_link_libraries(${name} PUBLIC kestrel_options ${arg_DEPENDS})
+  # Links all of it, so that it can ask for nothing but DEPENDS.
+  add_executable(${name}_alone ${PROJECT_SOURCE_DIR}/cmake/alone.cpp)
+  target_link_libraries(${name}_alone PRIVATE "$<LINK_LIBRARY:WHOLE_ARCHIVE,${name}>")
 endfunction()

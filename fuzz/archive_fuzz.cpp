@@ -2,7 +2,10 @@
 #include <limits>
 
 #include "fuzz/fuzz.h"
-#include "tank/modTank.h"
+#include "services/program.h"
+#include "tank/library.h"
+#include "tank/reports.h"
+#include "tank/wrappers.h"
 
 namespace kestrel::fuzz {
 namespace {

@@ -1,7 +1,14 @@
 // Chains of templates over files of any bytes.
 #include "fuzz/fuzz.h"
-#include "gas/modGas.h"
+#include "gas/load.h"
+#include "gas/query.h"
+#include "gas/template.h"
 #include "services/files.h"
+#include "services/pagetext.h"
+#include "system/filesystem.h"
+#include "view/browse.h"
+#include "view/chain.h"
+#include "view/tree.h"
 
 namespace kestrel::fuzz {
 namespace {

@@ -2,10 +2,12 @@
 #include <array>
 #include <set>
 
+#include "base/bytes.h"
+#include "base/text.h"
 #include "fuzz/fuzz.h"
 #include "services/histories.h"
+#include "services/program.h"
 #include "services/settings.h"
-#include "services/text.h"
 #include "support/vectortextlist.h"
 
 namespace kestrel::fuzz {

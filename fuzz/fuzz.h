@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "services/bytes.h"
+#include "base/bytes.h"
 #include "support/recordinghost.h"
 #include "support/tempfolder.h"
 

@@ -3,11 +3,19 @@
 #include <numeric>
 #include <span>
 
+#include "base/text.h"
 #include "fuzz/fuzz.h"
-#include "gas/check.h"
-#include "gas/modGas.h"
-#include "services/text.h"
+#include "gas/load.h"
+#include "gas/losses.h"
+#include "gas/query.h"
+#include "gas/template.h"
+#include "services/pagetext.h"
+#include "services/program.h"
+#include "system/letters.h"
 #include "text/render.h"
+#include "view/browse.h"
+#include "view/chain.h"
+#include "view/tree.h"
 
 namespace kestrel::fuzz {
 namespace {

@@ -1,19 +1,23 @@
 // Texts of many uses: the input's first byte tells which of them the others are.
 #include <array>
 
+#include "base/bytes.h"
+#include "base/commandfile.h"
+#include "base/error.h"
+#include "base/keys.h"
+#include "base/text.h"
 #include "cli/arguments.h"
 #include "cli/json.h"
 #include "cli/terminal.h"
 #include "fuzz/fuzz.h"
-#include "gas/browse.h"
-#include "services/commandfile.h"
-#include "services/errors.h"
-#include "services/keys.h"
-#include "services/process.h"
-#include "services/text.h"
-#include "services/viewtext.h"
+#include "services/pagetext.h"
+#include "system/letters.h"
+#include "system/plainpath.h"
+#include "system/process.h"
 #include "tank/build.h"
 #include "tank/launcher.h"
+#include "view/browse.h"
+#include "view/viewtext.h"
 
 namespace kestrel::fuzz {
 namespace {
@@ -75,12 +79,7 @@ void checkArguments(Input input) try {
     require(!wrong.text().empty());
 }
 
-void checkCleaning(const std::wstring& text) {
-    const std::wstring clean = cleanValue(text);
-    require(cleanValue(clean) == clean && clean.find_first_of(L"\";[]{}\t") == clean.npos);
-    const std::wstring squeezed = squeezeBlankLines(text);
-    require(squeezed.find(L"\r\n\r\n") == squeezed.npos && !squeezed.starts_with(kLineEnd));
-    require(removeCommentMarks(text).find(L"//") == text.npos);
+void checkLetters(const std::wstring& text) {
     require(compareWithoutCase(text, lowerCase(text)) == 0);
     require(makeKey(static_cast<std::size_t>(gintKeyIndex(text))).starts_with(L"K"));
     chainText(text);
@@ -129,7 +128,7 @@ void checkText(Input input) {
     const std::string_view bytes = input.rest();
     const std::wstring text = fromUtf8(bytes);
     require(toUtf8(text) == bytes && fileText(fileBytes(text)) == text);
-    checkCleaning(text);
+    checkLetters(text);
     checkPane(text, what, caret);
     checkShown(text);
 }

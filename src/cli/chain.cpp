@@ -1,16 +1,15 @@
-#include "gas/chain.h"
-
 #include <algorithm>
 #include <ostream>
 #include <set>
 #include <utility>
 
+#include "base/paths.h"
 #include "cli/commands.h"
 #include "cli/run.h"
+#include "gas/gasfiles.h"
 #include "gas/query.h"
-#include "gas/sources.h"
-#include "services/files.h"
-#include "services/filesystem.h"
+#include "system/filesystem.h"
+#include "view/chain.h"
 
 namespace kestrel::cli {
 namespace {

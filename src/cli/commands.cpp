@@ -2,14 +2,14 @@
 
 #include <ostream>
 
+#include "base/bytes.h"
 #include "cli/json.h"
 #include "cli/run.h"
-#include "gas/check.h"
 #include "gas/load.h"
+#include "gas/losses.h"
 #include "gas/query.h"
-#include "services/bytes.h"
 #include "services/files.h"
-#include "services/filesystem.h"
+#include "system/filesystem.h"
 #include "text/render.h"
 
 namespace kestrel::cli {

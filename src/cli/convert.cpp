@@ -1,14 +1,12 @@
-#include "text/convert.h"
-
 #include <algorithm>
 #include <ostream>
 
+#include "base/text.h"
 #include "cli/commands.h"
 #include "cli/run.h"
-#include "gas/sources.h"
-#include "services/files.h"
-#include "services/filesystem.h"
-#include "services/text.h"
+#include "gas/gasfiles.h"
+#include "system/filesystem.h"
+#include "text/convert.h"
 
 namespace kestrel::cli {
 namespace {

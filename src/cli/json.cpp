@@ -4,7 +4,7 @@
 #include <ostream>
 #include <utility>
 
-#include "services/bytes.h"
+#include "base/bytes.h"
 
 namespace kestrel::cli {
 namespace {

@@ -4,7 +4,7 @@
 #include "cli/output.h"
 #include "cli/run.h"
 #include "cli/system.h"
-#include "services/process.h"
+#include "system/process.h"
 
 int main(int count, char** values) {
     namespace cli = kestrel::cli;

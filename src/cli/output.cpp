@@ -2,9 +2,9 @@
 
 #include <string_view>
 
+#include "base/bytes.h"
 #include "cli/system.h"
 #include "cli/terminal.h"
-#include "services/bytes.h"
 
 namespace kestrel::cli {
 

@@ -5,7 +5,8 @@
 
 #include "cli/commands.h"
 #include "cli/help.h"
-#include "services/errors.h"
+#include "services/guard.h"
+#include "services/program.h"
 
 namespace kestrel::cli {
 namespace {

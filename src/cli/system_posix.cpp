@@ -1,3 +1,5 @@
+#include "cli/system.h"
+
 #include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
@@ -6,8 +8,7 @@
 #include <csignal>
 #include <ctime>
 
-#include "cli/system.h"
-#include "services/bytes.h"
+#include "base/bytes.h"
 
 namespace kestrel::cli::system {
 

@@ -13,7 +13,7 @@
 #include <cstdlib>
 #include <iterator>
 
-#include "services/bytes.h"
+#include "base/bytes.h"
 
 namespace kestrel::cli::system {
 

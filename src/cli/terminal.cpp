@@ -6,9 +6,10 @@
 #include <ostream>
 #include <utility>
 
+#include "base/bytes.h"
+#include "base/text.h"
 #include "cli/system.h"
-#include "services/bytes.h"
-#include "services/text.h"
+#include "services/program.h"
 
 namespace kestrel::cli {
 namespace {

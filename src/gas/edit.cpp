@@ -4,9 +4,10 @@
 #include <cstdint>
 #include <vector>
 
+#include "base/bytes.h"
 #include "gas/blocks.h"
 #include "gas/sourcetext.h"
-#include "services/bytes.h"
+#include "system/codepage.h"
 
 namespace kestrel {
 namespace {

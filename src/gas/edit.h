@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "services/program.h"
+#include "system/codepage.h"
 
 // One block of a `.gas` file, edited on its own and put back. Files are bytes here,
 // texts the wide ones of records and of whoever edits them.

@@ -5,7 +5,6 @@
 
 #include "gas/sourcetext.h"
 #include "gas/words.h"
-#include "services/bytes.h"
 
 namespace kestrel::loading {
 namespace {

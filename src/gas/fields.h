@@ -6,7 +6,7 @@
 
 #include "gas/sharedgroup.h"
 #include "gas/sharedtext.h"
-#include "services/codepage.h"
+#include "system/codepage.h"
 
 // How the bytes of statements become the texts of records. Private to the
 // loader. Tabs stand for four spaces.

@@ -2,13 +2,15 @@
 
 #include <memory>
 
+#include "base/bytes.h"
+#include "base/keys.h"
+#include "base/text.h"
 #include "gas/blocks.h"
 #include "gas/statements.h"
-#include "services/bytes.h"
-#include "services/errors.h"
-#include "services/filesystem.h"
-#include "services/keys.h"
-#include "services/text.h"
+#include "services/guard.h"
+#include "services/program.h"
+#include "system/codepage.h"
+#include "system/filesystem.h"
 
 namespace kestrel {
 namespace {

@@ -1,101 +1,163 @@
 #include "gas/losses.h"
 
-#include "gas/pieces.h"
-#include "gas/statements.h"
+#include <algorithm>
 
-namespace kestrel::loading {
+#include "base/bytes.h"
+#include "gas/blocks.h"
+#include "gas/statements.h"
+#include "services/guard.h"
+#include "services/program.h"
+#include "system/codepage.h"
+
+namespace kestrel {
 namespace {
 
-constexpr std::wstring_view kBesideBrace = L"what stands beside the brace is left out";
-constexpr std::wstring_view kSecondEquals = L"what stands behind the second \"=\" is left out";
+using loading::LeftOut;
+using loading::Source;
+using loading::Statement;
 
-// What `text` has behind its first `mark`; empty without one.
-std::string_view behind(std::string_view text, char mark) {
-    const std::size_t at = text.find(mark);
-    return at == std::string_view::npos ? std::string_view() : text.substr(at + 1);
+constexpr std::string_view kBlank = " \t\r\n";
+
+std::string_view trimmed(std::string_view text) {
+    const std::size_t first = std::min(text.find_first_not_of(kBlank), text.size());
+    text.remove_prefix(first);
+    return text.substr(0, text.find_last_not_of(kBlank) + 1);
 }
 
-std::string_view before(std::string_view text, char mark) {
-    return text.substr(0, text.find(mark));
-}
-
-void loseInPart(std::string_view part, LeftOutList& list) {
-    if (!splitPair(part, ':').whole) {
-        if (hasContent(part)) list.push_back({L"a part of a header without \":\" is left out"});
-    } else if (hasContent(behind(behind(part, ':'), ':'))) {
-        list.push_back({L"what stands behind the second \":\" is left out"});
+// Tells the lines of the file that the places of its normalised text come from.
+// The two differ in tabs, and in the number of CR LF where lines end.
+class LineCounter {
+  public:
+    LineCounter(std::string_view raw, std::string_view normal) : raw_(raw), at_(normal.data()) {
+        skipLineEnds();
     }
-}
 
-// The property that stands behind the brace of a header's line.
-void loseInBodyProperty(std::string_view body, LeftOutList& list) {
-    if (!splitPair(body, '=').whole) {
-        if (hasContent(body)) list.push_back({L"what stands behind \"{\" has no \"=\""});
-    } else if (hasContent(behind(behind(body, '='), '='))) {
-        list.push_back({kSecondEquals});
+    // The line of the character at `place`, which is no earlier one than last time.
+    std::size_t lineOf(const char* place) {
+        while (at_ < place) {
+            const char c = *at_++;
+            if (c == '\r' && *at_ == '\n') {
+                ++at_;
+                raw_.remove_prefix(raw_.find("\r\n"));
+                skipLineEnds();
+            } else if (c == '\r' || c == '\n') {
+                ++line_;
+            }
+        }
+        return line_;
     }
+
+  private:
+    void skipLineEnds() {
+        for (; raw_.starts_with("\r\n"); raw_.remove_prefix(2)) ++line_;
+    }
+
+    std::string_view raw_;
+    const char* at_;
+    std::size_t line_ = 1;
+};
+
+// True when `next` stands behind the ";" that ends `statement`.
+bool isBehind(const Statement& next, const Statement& statement) {
+    return next.text.data() == statement.text.data() + statement.text.size() + 1;
 }
 
-void loseBehindName(std::string_view text, LeftOutList& list) {
-    if (hasContent(text)) list.push_back({L"what stands behind \"]\" is left out"});
+class Checker {
+  public:
+    Checker(std::string_view raw, std::string_view normal, const CodePage& page)
+        : lines_(raw, normal), page_(page) {}
+
+    // Text that no block holds.
+    void checkDropped(std::string_view text, std::wstring_view why) {
+        loading::cutAllStatements(text, list_);
+        for (const Statement& statement : list_.statements) {
+            if (!trimmed(statement.text).empty()) add(statement.text, {why, true});
+        }
+    }
+
+    void checkBlock(const loading::Block& block) {
+        const std::string_view header = block.header();
+        if (block.body.empty() && !header.empty()) add(header, {L"the block is empty", true});
+        loading::cutAllStatements(block.body, list_);
+        bool inQuotes = false;
+        std::size_t headers = 0;
+        for (std::size_t i = 0; i < list_.statements.size(); ++i) {
+            const Statement& statement = list_.statements[i];
+            if (i == 0 || !isBehind(statement, list_.statements[i - 1])) inQuotes = false;
+            if (std::ranges::count(statement.text, '"') % 2 != 0) inQuotes = !inQuotes;
+            if (isComment(statement)) inQuotes = false;
+            // What is left of a header that the prefix has all but the end of.
+            if (i == 0 && !header.ends_with(']') && trimmed(statement.text) == "]") continue;
+            check(i, inQuotes);
+            if (opensSubBlock(statement) && headers++ == loading::kMostLevel) {
+                add(statement.text, {L"levels count 32767 sub-blocks; this one and those behind it "
+                                     L"have the level of the last"});
+            }
+        }
+    }
+
+    std::vector<Loss> take() { return std::move(losses_); }
+
+  private:
+    void check(std::size_t index, bool inQuotes) {
+        const Statement& statement = list_.statements[index];
+        const loading::LeftOutList leftOut = loading::leftOut(statement);
+        for (const LeftOut& one : leftOut) add(statement.text, one);
+        if (!leftOut.empty() && leftOut.front().all) return;
+        if (trimmed(statement.text).empty() || !goesOn(index)) return;
+        if (isComment(statement)) {
+            add(statement.text, {L"a \";\" ends a comment: the rest of the line is none"});
+        } else if (inQuotes) {
+            add(statement.text, {L"a \";\" ends a value, in quotes too"});
+        }
+    }
+
+    // True when something stands behind the ";" of the statement, or behind more of
+    // them.
+    bool goesOn(std::size_t index) const {
+        const auto& all = list_.statements;
+        for (++index; index < all.size() && isBehind(all[index], all[index - 1]); ++index) {
+            if (loading::hasContent(all[index].text)) return true;
+        }
+        return false;
+    }
+
+    void add(std::string_view text, const LeftOut& loss) {
+        text = trimmed(text);
+        losses_.push_back(
+            {lines_.lineOf(text.data()), loss.all, std::wstring(loss.why), page_.wide(text)});
+    }
+
+    LineCounter lines_;
+    const CodePage& page_;
+    loading::StatementList list_;
+    std::vector<Loss> losses_;
+};
+
+std::vector<Loss> lossesIn(std::string_view bytes) {
+    const CodePage& page = pageOf(bytes, *gProgram().sourcePage);
+    if (page.isUtf8()) bytes.remove_prefix(kUtf8Mark.size());
+    Source source = loading::prepare(std::string(bytes), page);
+    const Source raw = source;
+    normalise(source);
+    const loading::Cut cut = cutBlocks(source.text, loading::FieldMaker(page));
+    Checker checker(*raw.bytes, source.text, page);
+    checker.checkDropped(cut.dropped, L"it stands before the first header");
+    for (std::size_t i = 0; i < cut.blocks.size(); ++i) {
+        if (i == 0 && isJoined(cut)) {
+            checker.checkDropped(cut.blocks[0].body,
+                                 L"the first two sections, joined, take its place");
+        } else {
+            checker.checkBlock(cut.blocks[i]);
+        }
+    }
+    return checker.take();
 }
 
 }  // namespace
 
-bool hasContent(std::string_view text) {
-    return text.find_first_not_of(" \t\r\n\"[]{};") != std::string_view::npos;
+std::vector<Loss> findLosses(std::string_view bytes) {
+    return guarded(L"findLosses", [&] { return lossesIn(bytes); });
 }
 
-void loseInComment(const Statement& statement, LeftOutList& list) {
-    const std::string_view text = statement.text.substr(0, statement.text.find("//"));
-    if (hasContent(text)) {
-        list.push_back({L"what stands before \"//\" becomes a part of the comment"});
-    }
-}
-
-void loseInNamedHeader(const Statement& statement, LeftOutList& list) {
-    if (hasParts(statement.text)) {
-        forEachPart(statement.text, [&](std::string_view part) { loseInPart(part, list); });
-    } else {
-        list.push_back({L"a header with \"n:\" needs a \",\", as in [t:kind,n:name]", true});
-    }
-}
-
-void loseInOwnHeader(const Statement& statement, LeftOutList& list) {
-    loseInPart(statement.text, list);
-}
-
-void loseInHeader(const Statement& statement, LeftOutList& list) {
-    loseBehindName(behind(statement.text, ']'), list);
-}
-
-void loseInBody(const Statement& statement, LeftOutList& list) {
-    const std::string_view body = behind(statement.text, '{');
-    loseBehindName(behind(before(statement.text, '{'), ']'), list);
-    loseInBodyProperty(before(body, '}'), list);
-    if (hasContent(behind(body, '}'))) list.push_back({L"what stands behind \"}\" is left out"});
-}
-
-void loseInOpeningLine(const Statement& statement, LeftOutList& list) {
-    loseBehindName(behind(before(statement.text, '{'), ']'), list);
-    loseInBodyProperty(behind(statement.text, '{'), list);
-}
-
-void loseBesideBrace(const Statement& statement, LeftOutList& list) {
-    if (hasContent(statement.text)) list.push_back({kBesideBrace});
-}
-
-void loseInProperty(const Statement& statement, LeftOutList& list) {
-    const std::string_view text = statement.text;
-    if (hasContent(behind(behind(text, '='), '='))) list.push_back({kSecondEquals});
-    if (text.find_first_of("[]") != std::string_view::npos) {
-        list.push_back({L"brackets are taken out of a property"});
-    }
-}
-
-void loseAll(const Statement& statement, LeftOutList& list) {
-    if (statement.text.find_first_not_of(" \t\r\n") == std::string_view::npos) return;
-    list.push_back({L"this is no property, header, brace or comment", true});
-}
-
-}  // namespace kestrel::loading
+}  // namespace kestrel

@@ -1,32 +1,27 @@
 #pragma once
 
+#include <cstddef>
+#include <string>
 #include <string_view>
 #include <vector>
 
-// What each rule leaves out of a statement, beside what it stores. Private to
-// the loader, whose rule table names these functions.
-namespace kestrel::loading {
+// What the loader leaves out of a `.gas` file. The loader itself says nothing of
+// it: no syntax is an error.
+namespace kestrel {
 
-struct Statement;
+// A statement that the loader ignores, or cuts something off.
+struct Loss {
+    std::size_t line = 0;  // of the file, 1-based; CR LF, LF and CR each end one
+    bool ignored = false;  // else the statement is cut
+    std::wstring why;
+    std::wstring text;  // the statement, trimmed
 
-struct LeftOut {
-    std::wstring_view why;
-    bool all = false;  // of the statement
+    bool operator==(const Loss&) const = default;
 };
-using LeftOutList = std::vector<LeftOut>;
 
-// True when there is more in `text` than blanks, line ends, and the marks that
-// cleaning removes.
-bool hasContent(std::string_view text);
+// The losses of the file that holds `bytes`, in the order of their lines; one for
+// each reason where a statement has several. Empty when the text has no block.
+// A run-time error is reported and gives none.
+std::vector<Loss> findLosses(std::string_view bytes);
 
-void loseInComment(const Statement& statement, LeftOutList& list);
-void loseInNamedHeader(const Statement& statement, LeftOutList& list);
-void loseInOwnHeader(const Statement& statement, LeftOutList& list);
-void loseInHeader(const Statement& statement, LeftOutList& list);
-void loseInBody(const Statement& statement, LeftOutList& list);
-void loseInOpeningLine(const Statement& statement, LeftOutList& list);
-void loseBesideBrace(const Statement& statement, LeftOutList& list);
-void loseInProperty(const Statement& statement, LeftOutList& list);
-void loseAll(const Statement& statement, LeftOutList& list);
-
-}  // namespace kestrel::loading
+}  // namespace kestrel

@@ -2,8 +2,8 @@
 
 #include <unordered_set>
 
-#include "services/errors.h"
-#include "services/text.h"
+#include "base/text.h"
+#include "services/guard.h"
 
 namespace kestrel {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "services/bytes.h"
+#include "base/bytes.h"
 
 namespace kestrel {
 namespace {

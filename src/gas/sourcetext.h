@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "services/codepage.h"
+#include "system/codepage.h"
 
 namespace kestrel {
 

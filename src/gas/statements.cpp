@@ -4,9 +4,10 @@
 #include <array>
 #include <cstring>
 
+#include "base/text.h"
 #include "gas/marks.h"
 #include "gas/pieces.h"
-#include "services/text.h"
+#include "system/letters.h"
 
 namespace kestrel::loading {
 namespace {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "gas/fields.h"
-#include "gas/losses.h"
+#include "gas/leftout.h"
 #include "gas/template.h"
 
 // How the loader reads the statements of one block. Private to the loader.

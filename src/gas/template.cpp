@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "services/text.h"
+#include "base/text.h"
 
 namespace kestrel {
 

@@ -1,8 +1,11 @@
 #include "services/files.h"
 
-#include "services/bytes.h"
-#include "services/errors.h"
-#include "services/filesystem.h"
+#include "base/error.h"
+#include "base/paths.h"
+#include "services/guard.h"
+#include "services/pagetext.h"
+#include "services/program.h"
+#include "system/filesystem.h"
 
 namespace kestrel {
 
@@ -12,16 +15,6 @@ constexpr std::wstring_view kTemporary = L"gsv";
 
 std::wstring textsFolder() {
     return joinPath(filesystem::cacheFolder(), L"texts");
-}
-
-// The length of the part of `path` before its last component, the separators
-// between the two not counted unless they are the root.
-std::size_t folderLength(std::wstring_view path) {
-    std::size_t length = path.size() - fileName(path).size();
-    while (length > 1 && filesystem::isSeparator(path[length - 1]) && path[length - 2] != L':') {
-        --length;
-    }
-    return length;
 }
 
 // True for an executable's folder that the program may take as its own. Programs
@@ -89,22 +82,6 @@ std::wstring gstrLongPath(std::wstring_view path) {
 
 bool fileExists(std::wstring_view path) {
     return filesystem::isFile(path);
-}
-
-std::wstring joinPath(std::wstring_view folder, std::wstring_view name) {
-    std::wstring path(folder);
-    if (path.empty() || !filesystem::isSeparator(path.back())) path += filesystem::separator();
-    return path.append(name);
-}
-
-std::wstring_view fileName(std::wstring_view path) {
-    std::size_t start = path.size();
-    while (start > 0 && !filesystem::isSeparator(path[start - 1])) --start;
-    return path.substr(start);
-}
-
-std::wstring_view folderOf(std::wstring_view path) {
-    return path.substr(0, folderLength(path));
 }
 
 std::wstring programFile(std::wstring_view name) {

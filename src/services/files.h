@@ -45,15 +45,6 @@ std::wstring gstrLongPath(std::wstring_view path);
 // True when `path` names an ordinary file.
 bool fileExists(std::wstring_view path);
 
-// `folder` and `name` joined by one separator. A folder that already ends in
-// one gets no second.
-std::wstring joinPath(std::wstring_view folder, std::wstring_view name);
-
-// The last component of `path`, and `path` without it (no trailing separator
-// but a root's own).
-std::wstring_view fileName(std::wstring_view path);
-std::wstring_view folderOf(std::wstring_view path);
-
 // `name` in the program's folder.
 std::wstring programFile(std::wstring_view name);
 

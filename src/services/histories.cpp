@@ -5,12 +5,14 @@
 #include <optional>
 #include <set>
 
-#include "services/bytes.h"
-#include "services/errors.h"
-#include "services/filelock.h"
+#include "base/error.h"
+#include "base/text.h"
 #include "services/files.h"
-#include "services/filesystem.h"
-#include "services/text.h"
+#include "services/guard.h"
+#include "services/pagetext.h"
+#include "services/program.h"
+#include "services/settingslock.h"
+#include "system/filesystem.h"
 
 namespace kestrel {
 

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
-#include "services/errors.h"
-#include "services/files.h"
+#include "base/paths.h"
+#include "services/guard.h"
+#include "services/program.h"
 
 namespace kestrel {
 

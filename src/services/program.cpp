@@ -1,6 +1,10 @@
 #include "services/program.h"
 
+#include <cstdlib>
+
+#include "base/bytes.h"
 #include "services/version.h"
+#include "system/codepage.h"
 
 namespace kestrel {
 
@@ -54,6 +58,26 @@ Answer askUser(std::wstring_view text, Icon icon, Buttons buttons) {
     const bool cancels = buttons == Buttons::okCancel || buttons == Buttons::yesNoCancel ||
                          buttons == Buttons::openDiscardLater;
     return cancels ? Answer::cancel : Answer::no;
+}
+
+std::wstring useCodePage(std::wstring_view number) {
+    std::wstring known;
+    for (const unsigned one : CodePage::kNumbers) {
+        const std::wstring name = std::to_wstring(one);
+        if (name == number) {
+            gProgram().codePage = gProgram().sourcePage = CodePage::find(one);
+            return {};
+        }
+        known.append(known.empty() ? L"" : L", ").append(name);
+    }
+    return L"There is no code page \"" + std::wstring(number) + L"\"; there are " + known;
+}
+
+std::wstring settleCodePage() {
+    const char* number = std::getenv("KESTREL_CODEPAGE");
+    if (number == nullptr || *number == '\0') return {};
+    const std::wstring problem = useCodePage(fromUtf8(number));
+    return problem.empty() ? problem : L"KESTREL_CODEPAGE: " + problem;
 }
 
 }  // namespace kestrel

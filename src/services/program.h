@@ -7,8 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "services/codepage.h"
+#include "base/error.h"
 #include "services/host.h"
+#include "system/codepage.h"
 
 namespace kestrel {
 
@@ -79,6 +80,13 @@ class ProgramScope {
     Program fresh_;
     Program* before_;
 };
+
+// Takes the page of this number for all files. Empty, or why there is no such page.
+std::wstring useCodePage(std::wstring_view number);
+
+// As useCodePage(), for the number in the environment variable KESTREL_CODEPAGE; does
+// nothing where that is not set.
+std::wstring settleCodePage();
 
 // Shows a notice titled with the program's file description.
 void tellUser(std::wstring_view text, Icon icon);

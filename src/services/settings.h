@@ -3,8 +3,6 @@
 #include <string>
 #include <string_view>
 
-#include "services/program.h"
-
 namespace kestrel {
 
 // Reads "settings.set" of the program's folder into the program's settings.

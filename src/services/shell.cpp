@@ -1,6 +1,7 @@
 #include "services/shell.h"
 
-#include "services/errors.h"
+#include "services/guard.h"
+#include "services/program.h"
 
 namespace kestrel {
 

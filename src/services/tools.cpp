@@ -1,12 +1,12 @@
 #include "services/tools.h"
 
-#include "services/errors.h"
-#include "services/files.h"
+#include "base/error.h"
+#include "base/paths.h"
 #include "services/pickers.h"
 #include "services/program.h"
 #include "services/settings.h"
 #include "services/shell.h"
-#include "services/text.h"
+#include "system/letters.h"
 
 namespace kestrel {
 namespace {
@@ -119,8 +119,8 @@ std::wstring userToolCaption(std::size_t index) {
 
 std::wstring userToolSetting(std::wstring_view path) {
     std::wstring_view caption = fileName(path);
-    const std::wstring lower = lowerCase(caption);
-    if (lower.ends_with(L".com") || lower.ends_with(L".exe")) caption.remove_suffix(4);
+    const bool named = endsWithoutCase(caption, L".com") || endsWithoutCase(caption, L".exe");
+    if (named) caption.remove_suffix(4);
     return std::wstring(caption).append(L"|").append(path);
 }
 

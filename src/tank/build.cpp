@@ -5,8 +5,10 @@
 #include <limits>
 #include <optional>
 
-#include "services/errors.h"
-#include "services/text.h"
+#include "base/error.h"
+#include "base/text.h"
+#include "services/guard.h"
+#include "services/program.h"
 #include "services/tools.h"
 
 namespace kestrel {

@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <utility>
 
-#include "services/bytes.h"
-#include "services/errors.h"
-#include "services/filesystem.h"
-#include "services/text.h"
+#include "base/bytes.h"
+#include "base/error.h"
+#include "base/text.h"
+#include "system/filesystem.h"
 
 namespace kestrel {
 namespace {

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "services/process.h"
+#include "system/process.h"
 
 // Starting a console program and reading what it writes.
 //

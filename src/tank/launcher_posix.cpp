@@ -1,3 +1,5 @@
+#include "tank/launcher.h"
+
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
@@ -6,12 +8,12 @@
 
 #include <cerrno>
 
-#include "services/bytes.h"
-#include "services/errors.h"
-#include "services/file_posix.h"
-#include "services/filesystem.h"
-#include "services/process_posix.h"
-#include "tank/launcher.h"
+#include "base/bytes.h"
+#include "services/pagetext.h"
+#include "system/file_posix.h"
+#include "system/filesystem.h"
+#include "system/process_posix.h"
+#include "system/systemerror.h"
 
 namespace kestrel {
 namespace {

@@ -1,13 +1,14 @@
+#include "tank/launcher.h"
+
 #include <windows.h>
 
 #include <algorithm>
 #include <utility>
 
-#include "services/codepage_win32.h"
-#include "services/errors.h"
-#include "services/filesystem.h"
-#include "services/process_win32.h"
-#include "tank/launcher.h"
+#include "system/codepage_win32.h"
+#include "system/filesystem.h"
+#include "system/process_win32.h"
+#include "system/systemerror.h"
 
 namespace kestrel {
 namespace {

@@ -2,9 +2,11 @@
 
 #include <utility>
 
-#include "services/errors.h"
+#include "base/error.h"
+#include "base/paths.h"
 #include "services/files.h"
-#include "services/filesystem.h"
+#include "services/program.h"
+#include "system/filesystem.h"
 
 namespace kestrel {
 namespace {

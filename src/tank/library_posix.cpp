@@ -1,8 +1,10 @@
+#include "tank/library.h"
+
 #include <dlfcn.h>
 
-#include "services/bytes.h"
-#include "services/errors.h"
-#include "tank/library.h"
+#include "base/bytes.h"
+#include "base/error.h"
+#include "services/pagetext.h"
 
 namespace kestrel::dynamic {
 namespace {

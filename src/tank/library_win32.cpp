@@ -1,9 +1,12 @@
+#include "tank/library.h"
+
 #include <windows.h>
 
-#include "services/codepage_win32.h"
-#include "services/errors.h"
-#include "services/filesystem.h"
-#include "tank/library.h"
+#include "base/error.h"
+#include "base/paths.h"
+#include "system/codepage_win32.h"
+#include "system/filesystem.h"
+#include "system/systemerror.h"
 
 namespace kestrel::dynamic {
 namespace {
@@ -70,8 +73,8 @@ std::wstring_view tankFileName() noexcept {
 
 bool isFullPath(std::wstring_view path) noexcept {
     if (path.size() < 3) return false;
-    const bool onServer = filesystem::isSeparator(path[0]) && filesystem::isSeparator(path[1]);
-    return onServer || (path[1] == L':' && filesystem::isSeparator(path[2]));
+    const bool onServer = isSeparator(path[0]) && isSeparator(path[1]);
+    return onServer || (path[1] == L':' && isSeparator(path[2]));
 }
 
 std::wstring nameText(std::string_view name) {

@@ -5,10 +5,13 @@
 #include <utility>
 #include <vector>
 
-#include "services/errors.h"
-#include "services/files.h"
+#include "base/error.h"
+#include "base/paths.h"
+#include "base/text.h"
+#include "services/guard.h"
+#include "services/program.h"
 #include "services/progress.h"
-#include "services/text.h"
+#include "system/letters.h"
 #include "tank/wrappers.h"
 
 namespace kestrel {

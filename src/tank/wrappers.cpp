@@ -4,9 +4,11 @@
 #include <cstring>
 #include <utility>
 
-#include "services/bytes.h"
-#include "services/errors.h"
-#include "services/text.h"
+#include "base/error.h"
+#include "base/text.h"
+#include "services/guard.h"
+#include "services/pagetext.h"
+#include "services/program.h"
 
 namespace kestrel {
 namespace {

@@ -7,14 +7,17 @@
 #include <utility>
 #include <vector>
 
+#include "base/error.h"
+#include "base/paths.h"
+#include "base/text.h"
+#include "gas/gasfiles.h"
 #include "gas/load.h"
-#include "gas/sources.h"
-#include "services/bytes.h"
-#include "services/errors.h"
 #include "services/files.h"
-#include "services/filesystem.h"
+#include "services/guard.h"
+#include "services/pagetext.h"
+#include "services/program.h"
 #include "services/progress.h"
-#include "services/text.h"
+#include "system/filesystem.h"
 #include "text/render.h"
 
 namespace kestrel {
@@ -240,8 +243,8 @@ bool gblnConvertFolder(std::wstring& folder, std::wstring& summary, std::wstring
                        Progress*& progress, ConversionOutcome* outcome) {
     ConversionOutcome own;
     return guarded(L"gblnConvertFolder", [&] {
-        if (folder.empty() || !filesystem::isSeparator(folder.back())) {
-            folder += filesystem::separator();
+        if (folder.empty() || !isSeparator(folder.back())) {
+            folder += kSeparator;
         }
         const std::vector<std::wstring> names = gasNames(folder);
         if (names.empty()) return false;
@@ -285,7 +288,7 @@ std::wstring closingMessage(const ConversionOutcome& outcome, std::wstring_view 
 }
 
 std::wstring tabPath(std::wstring_view source) {
-    if (lowerCase(source).ends_with(kSourceEnd)) source.remove_suffix(kSourceEnd.size());
+    if (isGasName(source)) source.remove_suffix(kSourceEnd.size());
     return std::wstring(source).append(kOutputEnd);
 }
 

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 
-#include "services/errors.h"
+#include "base/error.h"
+#include "base/text.h"
+#include "services/guard.h"
+#include "services/program.h"
 #include "services/progress.h"
-#include "services/text.h"
 #include "text/rulers.h"
 
 namespace kestrel {

@@ -3,16 +3,17 @@
 #include <wx/log.h>
 #include <wx/uilocale.h>
 
-#include "services/codepage.h"
-#include "services/commandfile.h"
-#include "services/errors.h"
 #include "services/files.h"
-#include "services/filesystem.h"
-#include "services/process.h"
-#include "ui/common/session.h"
+#include "services/guard.h"
+#include "services/program.h"
+#include "system/codepage.h"
+#include "system/filesystem.h"
+#include "system/plainpath.h"
+#include "system/process.h"
 #include "ui/common/strings.h"
 #include "ui/common/style.h"
 #include "ui/frmMain/frmMain.h"
+#include "ui/host/session.h"
 
 namespace kestrel {
 bool App::OnInit() {

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "ui/common/host_wx.h"
+#include "ui/host/host_wx.h"
 
 namespace kestrel {
 

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <vector>
 
-#include "services/bytes.h"
-#include "services/commandfile.h"
+#include "base/bytes.h"
+#include "base/commandfile.h"
 #include "ui/app.h"
 
 wxIMPLEMENT_APP_NO_MAIN(kestrel::App);

@@ -1,6 +1,6 @@
 #include <windows.h>
 
-#include "services/commandfile.h"
+#include "base/commandfile.h"
 #include "ui/app.h"
 
 wxIMPLEMENT_APP(kestrel::App);

@@ -1,12 +1,11 @@
-#include "cli/terminal.h"
-
 #include <gtest/gtest.h>
 
 #include <sstream>
 #include <thread>
 
 #include "cli/json.h"
-#include "services/errors.h"
+#include "cli/terminal.h"
+#include "services/program.h"
 #include "services/progress.h"
 
 namespace kestrel::cli {

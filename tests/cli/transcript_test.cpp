@@ -3,6 +3,8 @@
 #include <optional>
 #include <sstream>
 
+#include "base/bytes.h"
+#include "base/paths.h"
 #include "support/stories.h"
 #include "support/system.h"
 
@@ -79,7 +81,7 @@ class Transcript : public testing::Test {
 
 TEST_F(Transcript, IsRepeated) {
     play("transcript.txt");
-    play(filesystem::separator() == L'/' ? "transcript_posix.txt" : "transcript_win32.txt");
+    play(kSeparator == L'/' ? "transcript_posix.txt" : "transcript_win32.txt");
 }
 
 }  // namespace

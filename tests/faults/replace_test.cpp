@@ -6,8 +6,10 @@
 
 #include <system_error>
 
+#include "base/error.h"
 #include "faults/faults.h"
-#include "services/bytes.h"
+#include "services/files.h"
+#include "system/filesystem.h"
 
 namespace kestrel::test {
 namespace {

@@ -8,14 +8,16 @@
 #include <map>
 #include <optional>
 
+#include "base/bytes.h"
+#include "base/text.h"
 #include "faults/faults.h"
-#include "gas/saving.h"
-#include "services/bytes.h"
+#include "services/files.h"
 #include "services/histories.h"
+#include "services/program.h"
 #include "services/settings.h"
-#include "services/text.h"
 #include "support/vectortextlist.h"
 #include "text/convert.h"
+#include "view/saving.h"
 
 // Each of the program's writes, failed or ended at its first call, its second, and so
 // on until it is done before that; and over links and what is no ordinary file.

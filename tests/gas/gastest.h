@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "base/bytes.h"
 #include "gas/load.h"
-#include "services/bytes.h"
 #include "support/shown.h"
 
 // Texts and records as short lines, so that a table or a story can hold them.

@@ -2,11 +2,13 @@
 #include <filesystem>
 #include <random>
 
-#include "gas/check.h"
+#include "base/bytes.h"
 #include "gas/edit.h"
-#include "gas/tree.h"
+#include "gas/losses.h"
 #include "gastest.h"
 #include "services/files.h"
+#include "system/filesystem.h"
+#include "view/tree.h"
 
 namespace kestrel {
 namespace {

@@ -1,18 +1,21 @@
 // Plays stories.txt, which tells what its commands mean.
-#include "support/stories.h"
 
 #include <array>
 #include <chrono>
 #include <sstream>
 #include <unordered_map>
 
-#include "gas/chain.h"
-#include "gas/check.h"
-#include "gas/saving.h"
-#include "gas/tree.h"
+#include "base/bytes.h"
+#include "base/text.h"
+#include "gas/losses.h"
 #include "gastest.h"
-#include "services/text.h"
+#include "services/pagetext.h"
+#include "services/program.h"
 #include "support/recordinghost.h"
+#include "support/stories.h"
+#include "view/chain.h"
+#include "view/saving.h"
+#include "view/tree.h"
 
 namespace kestrel {
 namespace {

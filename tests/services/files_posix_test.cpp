@@ -1,6 +1,11 @@
-#include "services/bytes.h"
+#include "base/bytes.h"
+#include "base/paths.h"
+#include "services/files.h"
 #include "services/fixture.h"
+#include "services/program.h"
 #include "services/settings.h"
+#include "system/codepage.h"
+#include "system/filesystem.h"
 
 namespace kestrel::test {
 namespace {

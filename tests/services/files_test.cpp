@@ -1,7 +1,12 @@
 #include <thread>
 
-#include "services/filelock.h"
+#include "base/bytes.h"
+#include "base/paths.h"
+#include "services/files.h"
 #include "services/fixture.h"
+#include "services/program.h"
+#include "system/filelock.h"
+#include "system/filesystem.h"
 
 namespace kestrel::test {
 namespace {
@@ -96,7 +101,7 @@ TEST_F(Files, PartsOfPaths) {
         EXPECT_EQ(folderOf(path), above);
         EXPECT_EQ(fileName(path), name);
     }
-    const std::wstring separator(1, filesystem::separator());
+    const std::wstring separator(1, kSeparator);
     EXPECT_EQ(joinPath(L"/a/", L"b"), L"/a/b");
     gProgram().folder = L"/own";
     EXPECT_EQ(programFile(L"settings.set"), L"/own" + separator + L"settings.set");

@@ -1,9 +1,12 @@
 #include <thread>
 
-#include "services/file_win32.h"
-#include "services/filelock.h"
-#include "services/filestamp.h"
+#include "base/paths.h"
+#include "services/files.h"
 #include "services/fixture.h"
+#include "system/file_win32.h"
+#include "system/filelock.h"
+#include "system/filestamp.h"
+#include "system/filesystem.h"
 
 namespace kestrel::test {
 namespace {

@@ -4,12 +4,13 @@
 
 #include <functional>
 
-#include "services/files.h"
-#include "services/filesystem.h"
+#include "base/error.h"
+#include "services/program.h"
 #include "support/recordinghost.h"
 #include "support/stories.h"
 #include "support/system.h"
 #include "support/tempfolder.h"
+#include "system/filesystem.h"
 
 // What the tests of the services share.
 namespace kestrel::test {

@@ -2,8 +2,10 @@
 
 #include <thread>
 
+#include "base/error.h"
 #include "services/fixture.h"
-#include "services/process.h"
+#include "system/filesystem.h"
+#include "system/process.h"
 
 namespace kestrel::test {
 namespace {

@@ -1,7 +1,8 @@
 #include <windows.h>
 
+#include "base/error.h"
 #include "services/fixture.h"
-#include "services/process.h"
+#include "system/process.h"
 
 namespace kestrel::test {
 namespace {

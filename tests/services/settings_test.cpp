@@ -1,9 +1,11 @@
 #include "services/settings.h"
-
+#include "base/bytes.h"
+#include "base/text.h"
 #include "services/fixture.h"
 #include "services/histories.h"
-#include "services/text.h"
+#include "services/program.h"
 #include "support/vectortextlist.h"
+#include "system/filesystem.h"
 
 namespace kestrel::test {
 namespace {

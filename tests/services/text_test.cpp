@@ -1,9 +1,16 @@
-#include "services/text.h"
-
 #include <random>
 
-#include "services/commandfile.h"
+#include "base/bytes.h"
+#include "base/commandfile.h"
+#include "base/paths.h"
+#include "base/text.h"
 #include "services/fixture.h"
+#include "services/pagetext.h"
+#include "services/program.h"
+#include "system/codepage.h"
+#include "system/filesystem.h"
+#include "system/letters.h"
+#include "system/plainpath.h"
 
 namespace kestrel::test {
 namespace {
@@ -153,7 +160,7 @@ TEST(CommandFile, PathsAsFileManagersCopyThem) {
     filesystem::makeFolder(folder.path(L"'folder'"));
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(folder.native());
-    const bool windows = filesystem::separator() == L'\\';
+    const bool windows = kSeparator == L'\\';
     const std::wstring root = windows ? L"C:\\" : L"/";
     const std::wstring address = windows ? L"C:/" : L"";
     const std::pair<std::wstring, std::wstring> cases[] = {

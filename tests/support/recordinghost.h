@@ -2,7 +2,7 @@
 
 #include <deque>
 
-#include "services/errors.h"
+#include "base/error.h"
 #include "services/program.h"
 #include "support/shown.h"
 

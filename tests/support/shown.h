@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "services/bytes.h"
+#include "base/bytes.h"
 
 namespace kestrel::test {
 

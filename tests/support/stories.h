@@ -4,8 +4,9 @@
 
 #include <functional>
 
-#include "services/filesystem.h"
+#include "base/paths.h"
 #include "support/tempfolder.h"
+#include "system/filesystem.h"
 
 namespace kestrel::test {
 
@@ -18,7 +19,7 @@ inline void expectGolden(const std::filesystem::path& golden, std::string told) 
     std::string expected(std::istreambuf_iterator<char>(file), {});
     // Windows writes other separators.
     for (std::string* text : {&told, &expected}) {
-        std::ranges::replace(*text, static_cast<char>(filesystem::separator()), '/');
+        std::ranges::replace(*text, static_cast<char>(kSeparator), '/');
     }
     EXPECT_EQ(expected, told);
 }

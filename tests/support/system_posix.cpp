@@ -1,12 +1,11 @@
-#include "support/system.h"
-
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
 
-#include "services/bytes.h"
+#include "base/bytes.h"
+#include "support/system.h"
 
 namespace kestrel::test {
 

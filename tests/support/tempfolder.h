@@ -6,7 +6,8 @@
 #include <random>
 #include <vector>
 
-#include "services/bytes.h"
+#include "base/bytes.h"
+#include "system/filesystem.h"
 
 namespace kestrel::test {
 

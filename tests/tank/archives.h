@@ -2,10 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include "services/filesystem.h"
+#include "base/bytes.h"
+#include "services/program.h"
 #include "support/recordinghost.h"
 #include "support/tempfolder.h"
-#include "tank/modTank.h"
+#include "system/filesystem.h"
+#include "tank/library.h"
+#include "tank/reports.h"
+#include "tank/wrappers.h"
 
 namespace kestrel::test {
 

@@ -1,4 +1,4 @@
-#include "services/bytes.h"
+#include "base/bytes.h"
 #include "tank/launching.h"
 
 namespace kestrel {

@@ -1,6 +1,6 @@
 #include <windows.h>
 
-#include "services/process.h"
+#include "system/process.h"
 #include "tank/archives.h"
 #include "tank/launching.h"
 

@@ -1,5 +1,6 @@
 #include <sstream>
 
+#include "services/pagetext.h"
 #include "support/stories.h"
 #include "tank/archives.h"
 #include "tank/build.h"

@@ -1,13 +1,14 @@
-#include "text/convert.h"
-
 #include <gtest/gtest.h>
 
 #include <map>
 #include <span>
 
-#include "services/filesystem.h"
+#include "base/bytes.h"
+#include "base/paths.h"
 #include "support/recordinghost.h"
 #include "support/tempfolder.h"
+#include "system/filesystem.h"
+#include "text/convert.h"
 
 namespace kestrel {
 namespace {
@@ -32,7 +33,7 @@ class Convert : public testing::Test {
 
     test::RecordingHost host;
     const test::TempFolder files;
-    const std::wstring here = files.path() + filesystem::separator();
+    const std::wstring here = files.path() + kSeparator;
     std::wstring folder = files.path();
     std::wstring summary;
     Progress* progress = nullptr;
@@ -86,7 +87,7 @@ TEST_F(Convert, OnlyGasFilesCountWhateverTheirCase) {
         folder = files.path(name);
         EXPECT_FALSE(gblnConvertFolder(folder, summary, files.path(L"out.tab"), kSingleFile, {},
                                        &host, progress));
-        EXPECT_EQ(folder, files.path(name) + filesystem::separator());
+        EXPECT_EQ(folder, files.path(name) + kSeparator);
     }
     EXPECT_EQ(summary, L"");
     EXPECT_EQ(host.log, Lines{});

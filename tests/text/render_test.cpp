@@ -1,10 +1,11 @@
 // The texts of templates and of lists.
-#include "text/render.h"
 
 #include <gtest/gtest.h>
 
+#include "services/program.h"
 #include "support/recordinghost.h"
-#include "text/listtext.h"
+#include "text/render.h"
+#include "view/listtext.h"
 
 namespace kestrel {
 namespace {

@@ -8,8 +8,8 @@
 #include <map>
 #include <set>
 
-#include "ui/common/gaslexer.h"
 #include "ui/icons/iconsources.h"
+#include "ui/textpane/tokencolours.h"
 
 namespace kestrel::test {
 namespace {

@@ -1,5 +1,3 @@
-#include "ui/common/textpane.h"
-
 #include <gtest/gtest.h>
 #include <wx/app.h>
 #include <wx/evtloop.h>
@@ -9,10 +7,11 @@
 #include <chrono>
 #include <random>
 
-#include "services/bytes.h"
+#include "base/bytes.h"
+#include "services/pagetext.h"
 #include "support/shown.h"
-#include "ui/common/gaslexer.h"
 #include "ui/frmProgress/frmProgress.h"
+#include "ui/textpane/textpane.h"
 
 namespace kestrel::test {
 namespace {

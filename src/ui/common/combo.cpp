@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "services/commandfile.h"
-#include "services/text.h"
+#include "base/text.h"
+#include "system/plainpath.h"
 #include "ui/common/strings.h"
 
 namespace kestrel {

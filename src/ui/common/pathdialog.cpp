@@ -4,8 +4,9 @@
 
 #include <algorithm>
 
-#include "services/errors.h"
+#include "services/guard.h"
 #include "services/histories.h"
+#include "services/program.h"
 #include "ui/common/accessible.h"
 #include "ui/common/buttons.h"
 #include "ui/common/mnemonics.h"
@@ -65,16 +66,64 @@ HistoryCombo* PathDialog::addPathBox(wxWindow* parent, const wxString& name, con
     return box;
 }
 
-void PathDialog::addPathRow(wxFlexGridSizer& grid, wxWindow* parent, const PathRow& row,
-                            const wxString& text, const wxString& name, std::wstring_view history,
-                            const wxString& pickerName) {
+wxFlexGridSizer* PathDialog::addGrid(int columns) const {
+    auto* grid = new wxFlexGridSizer(columns, wxSize(scaled(*this, kGap), scaled(*this, kGap)));
+    grid->AddGrowableCol(1);
+    return grid;
+}
+
+wxSizer* PathDialog::addPaths(wxStaticBox*& frame, std::initializer_list<PathRow> rows) {
+    auto* box = new wxStaticBoxSizer(wxVERTICAL, this);
+    frame = box->GetStaticBox();
+    frame->SetName("fraMain");
+    auto* grid = addGrid(3);
     const auto centred = wxSizerFlags().CentreVertical();
-    row.label = new wxStaticText(parent, wxID_ANY, text);
-    grid.Add(row.label, centred);
-    row.box = addPathBox(parent, name, text, history);
-    grid.Add(row.box, wxSizerFlags().Expand());
-    row.picker = addPictureButton(parent, "folder", pickerName, "Open Recent");
-    grid.Add(row.picker, centred);
+    for (const PathRow& row : rows) {
+        row.label = new wxStaticText(frame, wxID_ANY, row.text);
+        grid->Add(row.label, centred);
+        row.box = addPathBox(frame, row.name, row.text, row.history);
+        grid->Add(row.box, wxSizerFlags().Expand());
+        row.picker = addPictureButton(frame, "folder", row.pickerName, "Open Recent");
+        grid->Add(row.picker, centred);
+    }
+    box->Add(grid, wxSizerFlags().Expand().Border(wxALL, scaled(*this, kGap)));
+    return box;
+}
+
+wxStaticBoxSizer* PathDialog::addOptional(wxStaticBox*& frame) {
+    auto* box = new wxStaticBoxSizer(wxVERTICAL, this, "&Optional");
+    frame = box->GetStaticBox();
+    frame->SetName("fraOptional");
+    return box;
+}
+
+wxTextCtrl* PathDialog::addText(wxSizer& labels, wxSizer& row, wxStaticText*& label,
+                                wxWindow* parent, const wxString& text, const wxString& name,
+                                const wxSizerFlags& place) {
+    label = new wxStaticText(parent, wxID_ANY, text);
+    labels.Add(label, place);
+    auto* box = new wxTextCtrl(parent, wxID_ANY, "", wxDefaultPosition, wxDefaultSize, 0,
+                               wxDefaultValidator, name);
+    setAccessibleName(*box, text.BeforeLast(':'));
+    row.Add(box, wxSizerFlags(1).Expand());
+    return box;
+}
+
+wxSizer* PathDialog::addButtons(wxWindow* link, std::initializer_list<wxButton*> buttons) const {
+    auto* row = new wxBoxSizer(wxHORIZONTAL);
+    if (link != nullptr) row->Add(link, wxSizerFlags().CentreVertical());
+    row->AddStretchSpacer();
+    int gap = kMargin;
+    for (wxButton* button : buttons) {
+        row->Add(button, wxSizerFlags().Border(wxLEFT, scaled(*this, std::exchange(gap, kGap))));
+    }
+    return row;
+}
+
+void PathDialog::alignLabels(std::span<wxStaticText* const> labels) {
+    int width = 0;
+    for (const wxStaticText* label : labels) width = std::max(width, label->GetBestSize().x);
+    for (wxStaticText* label : labels) label->SetMinSize(wxSize(width, -1));
 }
 
 void PathDialog::choose(HistoryCombo& box, const std::wstring& text) {

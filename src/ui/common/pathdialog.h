@@ -3,9 +3,13 @@
 #include <wx/button.h>
 #include <wx/dialog.h>
 #include <wx/sizer.h>
+#include <wx/statbox.h>
 #include <wx/stattext.h>
+#include <wx/textctrl.h>
 
 #include <functional>
+#include <initializer_list>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -36,16 +40,34 @@ class PathDialog : public wxDialog, public FileKeeper {
     // closes; `spoken` is what assistive programs call it.
     HistoryCombo* addPathBox(wxWindow* parent, const wxString& name, const wxString& spoken,
                              std::wstring_view history);
+    // A row for a path: a label with `text`, a box as addPathBox() makes it, and a button
+    // that picks one.
     struct PathRow {
         wxStaticText*& label;
         HistoryCombo*& box;
         wxButton*& picker;
+        const char* text;
+        const char* name;
+        std::wstring_view history;
+        const char* pickerName;
     };
-    // A row of a grid of three columns for a path: a label with `text`, a box as
-    // addPathBox() makes it, and a button that picks one.
-    void addPathRow(wxFlexGridSizer& grid, wxWindow* parent, const PathRow& row,
-                    const wxString& text, const wxString& name, std::wstring_view history,
-                    const wxString& pickerName);
+    // A frame around such rows.
+    wxSizer* addPaths(wxStaticBox*& frame, std::initializer_list<PathRow> rows);
+    // A frame for what may be left out, and a grid of two columns for it.
+    wxStaticBoxSizer* addOptional(wxStaticBox*& frame);
+    wxFlexGridSizer* addGrid(int columns) const;
+    // A label with `text` in `labels`, and behind it in `row` a text box.
+    static wxTextCtrl* addText(wxSizer& labels, wxSizer& row, wxStaticText*& label,
+                               wxWindow* parent, const wxString& text, const wxString& name,
+                               const wxSizerFlags& place = wxSizerFlags().CentreVertical());
+    // A link, which may be null, and buttons at the other end of the row.
+    wxSizer* addButtons(wxWindow* link, std::initializer_list<wxButton*> buttons) const;
+    // The labels stand below each other as wide as the widest of them.
+    static void alignLabels(std::span<wxStaticText* const> labels);
+
+    static constexpr int kMargin = 12;  // DIP
+    static constexpr int kGap = 6;
+
     // Puts what was chosen into the box and its history; an empty text is no choice.
     void choose(HistoryCombo& box, const std::wstring& text);
 

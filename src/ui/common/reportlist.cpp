@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "services/keys.h"
+#include "base/keys.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
 

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "gas/browse.h"
 #include "services/host.h"
 #include "ui/common/rowlist.h"
+#include "view/browse.h"
 
 namespace kestrel {
 

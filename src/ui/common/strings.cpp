@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "gas/browse.h"
-#include "services/text.h"
+#include "base/text.h"
+#include "view/browse.h"
 
 namespace kestrel {
 

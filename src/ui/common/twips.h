@@ -2,7 +2,7 @@
 
 #include <wx/window.h>
 
-#include "ui/common/desktop.h"
+#include "ui/host/desktop.h"
 
 namespace kestrel {
 

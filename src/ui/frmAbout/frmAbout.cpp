@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "services/errors.h"
+#include "services/guard.h"
 #include "services/program.h"
 #include "ui/common/accessible.h"
 #include "ui/common/dialogend.h"

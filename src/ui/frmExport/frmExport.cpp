@@ -1,24 +1,20 @@
 #include "ui/frmExport/frmExport.h"
 
-#include <algorithm>
-
-#include "services/errors.h"
+#include "base/paths.h"
+#include "gas/gasfiles.h"
 #include "services/files.h"
-#include "services/filesystem.h"
 #include "services/pickers.h"
+#include "services/program.h"
+#include "system/filesystem.h"
 #include "text/convert.h"
-#include "ui/common/accessible.h"
-#include "ui/common/buttons.h"
-#include "ui/common/host_wx.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
+#include "ui/host/host_wx.h"
 
 namespace kestrel {
 namespace {
 
 constexpr int kWidth = 560;  // DIP
-constexpr int kMargin = 12;
-constexpr int kGap = 6;
 
 }  // namespace
 
@@ -33,32 +29,26 @@ frmExport::frmExport(wxWindow* parent)
 }
 
 wxSizer* frmExport::buildMain() {
-    auto* box = new wxStaticBoxSizer(wxVERTICAL, this);
-    fraMain = box->GetStaticBox();
-    fraMain->SetName("fraMain");
-    auto* grid = new wxFlexGridSizer(3, wxSize(scaled(*this, kGap), scaled(*this, kGap)));
-    grid->AddGrowableCol(1);
-    addPathRow(*grid, fraMain, {lblGeneric[lblSource], cboSourceFolder, cmdCommands[kPickSource]},
-               "&Source Folder", "cboSourceFolder", L"cnv1.his", "Choose the Source Folder");
-    addPathRow(*grid, fraMain, {lblGeneric[lblTarget], cboTarget, cmdCommands[kPickTarget]},
-               "&Destination Filename", "cboTarget", L"cnv2.his",
-               "Choose the Destination Filename");
-    box->Add(grid, wxSizerFlags().Expand().Border(wxALL, scaled(*this, kGap)));
-    return box;
+    return addPaths(
+        fraMain,
+        {{lblGeneric[lblSource], cboSourceFolder, cmdCommands[kPickSource], "&Source Folder",
+          "cboSourceFolder", L"cnv1.his", "Choose the Source Folder"},
+         {lblGeneric[lblTarget], cboTarget, cmdCommands[kPickTarget], "&Destination Filename",
+          "cboTarget", L"cnv2.his", "Choose the Destination Filename"}});
 }
 
 wxSizer* frmExport::buildOptional() {
-    auto* box = new wxStaticBoxSizer(wxVERTICAL, this, "&Optional");
-    fraOptional = box->GetStaticBox();
-    fraOptional->SetName("fraOptional");
+    auto* box = addOptional(fraOptional);
     chkSingleFile = new wxCheckBox(fraOptional, wxID_ANY, "Single output file?", wxDefaultPosition,
                                    wxDefaultSize, 0, wxDefaultValidator, "chkSingleFile");
-    auto* grid = new wxFlexGridSizer(2, wxSize(scaled(*this, kGap), scaled(*this, kGap)));
-    grid->AddGrowableCol(1);
-    txtTitle = addText(*grid, lblTitle, "Title:", "txtTitle");
-    txtAuthor = addText(*grid, lblAuthor, "Author:", "txtAuthor");
-    txtBuild = addText(*grid, lblBuild, "Build:", "txtBuild");
-    txtCopyright = addText(*grid, lblCopyright, "Copyright:", "txtCopyright");
+    auto* grid = addGrid(2);
+    const auto add = [&](Label label, const char* text, const char* name) {
+        return addText(*grid, *grid, lblGeneric[label], fraOptional, text, name);
+    };
+    txtTitle = add(lblTitle, "Title:", "txtTitle");
+    txtAuthor = add(lblAuthor, "Author:", "txtAuthor");
+    txtBuild = add(lblBuild, "Build:", "txtBuild");
+    txtCopyright = add(lblCopyright, "Copyright:", "txtCopyright");
     box->Add(chkSingleFile, wxSizerFlags().Border(wxALL, scaled(*this, kGap)));
     box->Add(grid, wxSizerFlags().Expand().Border(wxALL, scaled(*this, kGap)));
     return box;
@@ -68,26 +58,7 @@ wxSizer* frmExport::buildButtons() {
     cmdCommands[kConvert] = new wxButton(this, wxID_ANY, "&Convert");
     cmdCommands[kDone] = new wxButton(this, wxID_ANY, "&Done");
     cmdCommands[kConvert]->SetDefault();
-    auto* row = new wxBoxSizer(wxHORIZONTAL);
-    row->AddStretchSpacer();
-    row->Add(cmdCommands[kConvert]);
-    row->Add(cmdCommands[kDone], wxSizerFlags().Border(wxLEFT, scaled(*this, kGap)));
-    return row;
-}
-
-wxStaticText* frmExport::addLabel(Label index, wxWindow* parent, const wxString& text) {
-    lblGeneric[index] = new wxStaticText(parent, wxID_ANY, text);
-    return lblGeneric[index];
-}
-
-wxTextCtrl* frmExport::addText(wxFlexGridSizer& grid, Label label, const wxString& text,
-                               const wxString& name) {
-    grid.Add(addLabel(label, fraOptional, text), wxSizerFlags().CentreVertical());
-    auto* box = new wxTextCtrl(fraOptional, wxID_ANY, "", wxDefaultPosition, wxDefaultSize, 0,
-                               wxDefaultValidator, name);
-    setAccessibleName(*box, text.BeforeLast(':'));
-    grid.Add(box, wxSizerFlags().Expand());
-    return box;
+    return addButtons(nullptr, {cmdCommands[kConvert], cmdCommands[kDone]});
 }
 
 void frmExport::layOut() {
@@ -97,9 +68,7 @@ void frmExport::layOut() {
     column->Add(buildOptional(), wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT, margin));
     column->Add(buildButtons(), wxSizerFlags().Expand().Border(wxALL, margin));
     // The boxes of both frames stand below each other.
-    int width = 0;
-    for (const wxStaticText* label : lblGeneric) width = std::max(width, label->GetBestSize().x);
-    for (wxStaticText* label : lblGeneric) label->SetMinSize(wxSize(width, -1));
+    alignLabels(lblGeneric);
     fitTo(column, kWidth);
 }
 
@@ -178,7 +147,7 @@ void frmExport::pickTarget() {
 
 bool frmExport::drop(const std::wstring& path) {
     const bool folder = filesystem::isFolder(path);
-    if (!folder && !(fileExists(path) && toWx(path).Lower().EndsWith(".gas"))) return false;
+    if (!folder && !(fileExists(path) && isGasName(path))) return false;
     choose(*cboSourceFolder, folder ? path : std::wstring(folderOf(path)));
     return true;
 }

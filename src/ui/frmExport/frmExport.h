@@ -1,11 +1,6 @@
 #pragma once
 
-#include <wx/button.h>
 #include <wx/checkbox.h>
-#include <wx/sizer.h>
-#include <wx/statbox.h>
-#include <wx/stattext.h>
-#include <wx/textctrl.h>
 
 #include <array>
 #include <string>
@@ -42,9 +37,6 @@ class frmExport final : public PathDialog {
     wxSizer* buildMain();
     wxSizer* buildOptional();
     wxSizer* buildButtons();
-    wxStaticText* addLabel(Label index, wxWindow* parent, const wxString& text);
-    wxTextCtrl* addText(wxFlexGridSizer& grid, Label label, const wxString& text,
-                        const wxString& name);
     void layOut();
     void bindCommands();
 

@@ -1,15 +1,16 @@
-#include "gas/browse.h"
-
 #include <wx/utils.h>
 
 #include "gas/load.h"
-#include "services/commandfile.h"
-#include "services/errors.h"
-#include "services/filesystem.h"
+#include "services/guard.h"
 #include "services/histories.h"
 #include "services/pickers.h"
+#include "services/program.h"
+#include "system/codepage.h"
+#include "system/filesystem.h"
+#include "system/plainpath.h"
 #include "ui/common/strings.h"
 #include "ui/frmMain/frmMain.h"
+#include "view/browse.h"
 
 namespace kestrel {
 namespace {

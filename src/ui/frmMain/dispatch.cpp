@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <array>
 
-#include "services/errors.h"
+#include "services/guard.h"
 #include "ui/common/mnemonics.h"
 #include "ui/common/mousecapture.h"
 #include "ui/common/style.h"
@@ -21,7 +21,7 @@ void frmMain::run(const Command& command) {
         guarded(tool ? L"tbrMain_ButtonClick" : L"cmdCommands_Click",
                 [&] { return (this->*command.run)(); });
     }
-    if (!left_) refreshCommands();
+    if (!closing_.begun()) refreshCommands();
 }
 
 void frmMain::repeat(const Command& button) {

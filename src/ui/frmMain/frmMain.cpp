@@ -5,19 +5,20 @@
 #include <wx/evtloop.h>
 #include <wx/stdpaths.h>
 
-#include "gas/browse.h"
-#include "services/files.h"
-#include "services/filesystem.h"
+#include "base/paths.h"
+#include "base/text.h"
+#include "gas/gasfiles.h"
 #include "services/histories.h"
 #include "services/program.h"
 #include "services/settings.h"
-#include "services/text.h"
-#include "ui/common/desktop.h"
+#include "system/filesystem.h"
 #include "ui/common/dialogend.h"
 #include "ui/common/mousecapture.h"
 #include "ui/common/strings.h"
 #include "ui/frmProgress/frmProgress.h"
+#include "ui/host/desktop.h"
 #include "ui/icons/icons.h"
+#include "view/browse.h"
 
 namespace kestrel {
 namespace {
@@ -38,7 +39,7 @@ class GasDropTarget final : public wxFileDropTarget {
 
     bool OnDropFiles(wxCoord, wxCoord, const wxArrayString& files) override {
         for (const wxString& file : files) {
-            if (!file.Lower().EndsWith(".gas")) continue;
+            if (!isGasName(fromWx(file))) continue;
             // Opened after the drop has ended, so that a message does not hold up
             // the program that the file came from.
             window_.CallAfter([&window = window_, file] { window.openFile(fromWx(file)); });
@@ -153,7 +154,7 @@ void frmMain::bindWindow() {
     };
     // Nothing else would bring it back.
     tray_->onLost = [this] {
-        if (!IsShown() && !left_) restore();
+        if (!IsShown() && !closing_.begun()) restore();
     };
     tray_->onRestore = [this] { restore(); };
     tray_->onMenu = [this] { showTrayMenu(); };
@@ -187,7 +188,7 @@ std::wstring frmMain::startOfPickers() const {
 }
 
 bool frmMain::busy() const {
-    return left_ || gProgram().progressShowing;
+    return closing_.begun() || gProgram().progressShowing;
 }
 
 // A dialog in front could not come back with a window that hides. The two go and come
@@ -225,27 +226,28 @@ void frmMain::closing(wxCloseEvent& event) {
     }
     shutDown();
     Hide();
-    left_ = true;
+    closing_.begin();
     leave();
 }
 
-// Logging out closes the window in the midst of anything. Nothing of it may be at work
-// any more when it goes: no dialog, and nothing that shows its progress.
 void frmMain::leave() {
-    if (!left_) return;
     const wxEventLoopBase* loop = wxEventLoopBase::GetActive();
-    if (loop != nullptr && loop->IsYielding()) return;
-    if (loop == nullptr || loop->IsMain()) {
-        Destroy();
-        // A window that is told to go while nothing happens goes when something does.
-        wxWakeUpIdle();
-    } else if (!ending_) {
-        endFrontDialog();
+    switch (closing_.next({.yields = loop != nullptr && loop->IsYielding(),
+                           .inDialog = loop != nullptr && !loop->IsMain(),
+                           .dialogEnds = ending_.get() != nullptr})) {
+        case Closing::Step::go:
+            Destroy();
+            // A window that is told to go while nothing happens goes when something does.
+            wxWakeUpIdle();
+            break;
+        case Closing::Step::endDialog:
+            endFrontDialog();
+            break;
+        case Closing::Step::none:
+            break;
     }
 }
 
-// Dialogs end one by one: the toolkit leaves one for ever that was told to end behind
-// another. They are gone soon after their end.
 void frmMain::endFrontDialog() {
     // One of the system's is in no list of the toolkit's.
     const bool cancelled = cancelSystemDialog();

@@ -17,16 +17,18 @@
 #include <vector>
 
 #include "gas/template.h"
-#include "gas/tree.h"
-#include "services/viewtext.h"
+#include "system/codepage.h"
 #include "ui/common/combo.h"
-#include "ui/common/host_wx.h"
 #include "ui/common/releasedkeys.h"
 #include "ui/common/reportlist.h"
 #include "ui/common/statuspanels.h"
 #include "ui/frmMain/commands.h"
 #include "ui/frmMain/modTray.h"
 #include "ui/frmZeltor/timedlauncher.h"
+#include "ui/host/host_wx.h"
+#include "view/closing.h"
+#include "view/tree.h"
+#include "view/viewtext.h"
 
 namespace kestrel {
 
@@ -244,7 +246,7 @@ class frmMain final : public wxFrame {
     ReleasedKeys released_;
     wxWeakRef<wxWindow> keyboard_;   // what had it last
     wxWeakRef<wxWindow> returning_;  // what gets it back, once the window is active
-    bool left_ = false;              // closed, and goes when nothing of it is at work
+    Closing closing_;
     wxWeakRef<wxDialog> ending_;     // told to, and waited for
     wxTimer leaving_;
 };

@@ -9,14 +9,14 @@
 #include <algorithm>
 #include <cmath>
 
-#include "gas/browse.h"
-#include "services/errors.h"
 #include "services/files.h"
+#include "services/guard.h"
 #include "ui/common/accessible.h"
 #include "ui/common/strings.h"
 #include "ui/common/style.h"
 #include "ui/common/twips.h"
 #include "ui/frmMain/frmMain.h"
+#include "view/browse.h"
 
 namespace kestrel {
 namespace {

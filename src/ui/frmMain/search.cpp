@@ -1,7 +1,7 @@
-#include "gas/browse.h"
 #include "services/program.h"
-#include "services/viewtext.h"
 #include "ui/frmMain/frmMain.h"
+#include "view/browse.h"
+#include "view/viewtext.h"
 
 namespace kestrel {
 

@@ -4,17 +4,15 @@
 
 #include <algorithm>
 
-#include "gas/browse.h"
-#include "gas/chain.h"
+#include "base/paths.h"
 #include "gas/query.h"
-#include "services/errors.h"
 #include "services/files.h"
+#include "services/pagetext.h"
 #include "services/pickers.h"
 #include "services/program.h"
 #include "services/shell.h"
 #include "services/tools.h"
 #include "text/convert.h"
-#include "text/listtext.h"
 #include "text/render.h"
 #include "ui/common/dialogend.h"
 #include "ui/common/strings.h"
@@ -25,6 +23,9 @@
 #include "ui/frmTank/frmTank.h"
 #include "ui/frmView/frmView.h"
 #include "ui/frmZeltor/frmZeltor.h"
+#include "view/browse.h"
+#include "view/chain.h"
+#include "view/listtext.h"
 
 namespace kestrel {
 namespace {

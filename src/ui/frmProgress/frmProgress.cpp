@@ -6,9 +6,9 @@
 #include <algorithm>
 
 #include "ui/common/accessible.h"
-#include "ui/common/host_wx.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
+#include "ui/host/host_wx.h"
 
 namespace kestrel {
 namespace {

@@ -7,18 +7,16 @@
 #include <functional>
 #include <utility>
 
-#include "services/errors.h"
-#include "services/files.h"
+#include "base/paths.h"
+#include "services/guard.h"
+#include "services/program.h"
 #include "ui/common/accessible.h"
-#include "ui/common/dialogend.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
 
 namespace kestrel {
 namespace {
 
-constexpr long kStyle = wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER | wxMAXIMIZE_BOX;
-constexpr int kLeastTwips = 5000;
 constexpr int kFirstWidth = 860;
 constexpr int kFirstHeight = 560;
 constexpr int kTreeWidth = 240;
@@ -68,51 +66,31 @@ std::array<wxButton*, TextCommands::kButtons + 1> withReset(const TextCommands& 
 }  // namespace
 
 frmSpecialize::frmSpecialize(wxWindow* parent, OpenFile openFile)
-    : wxDialog(parent, wxID_ANY, "Specializes Browser", wxDefaultPosition, wxDefaultSize, kStyle,
-               "frmSpecialize"),
+    : TextWindow(parent, "Specializes Browser", "frmSpecialize", openFile, true),
       openFile_(std::move(openFile)),
-      commands_(*this, openFile_, true),
       treeWidth_(scaled(*this, kTreeWidth)),
-      txtView(commands_.txtView),
       tvwTemplates(makeNodeTree(this, "tvwTemplates")),
-      cmdCommands(withReset(commands_, addResetButton(this))),
-      stbMain(commands_.stbMain) {
-    // Esc is one of the commands' keys, on its release.
-    SetEscapeId(wxID_NONE);
+      cmdCommands(withReset(commands_, addResetButton(this))) {
     setAccessibleName(tvwTemplates->window(), "Chain");
     tvwTemplates->window().MoveBeforeInTabOrder(txtView);
     cmdCommands.back()->MoveBeforeInTabOrder(cmdCommands[TextCommands::kScriptEditor]);
-    layOut();
-    bindTree();
-    txtView->tabMovesOn(true);
-    cmdCommands.back()->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) {
-        guarded(L"cmdCommands", [this] { chain_.resetFiles(); });
-    });
-    Bind(wxEVT_CLOSE_WINDOW, &frmSpecialize::closing, this);
-    tvwTemplates->window().SetFocus();
-}
-
-frmSpecialize::~frmSpecialize() {
-    saveList();
-}
-
-void frmSpecialize::layOut() {
-    const int margin = commands_.margin();
-    wxSizer* buttons = buttonRow();
-    auto* column = new wxBoxSizer(wxVERTICAL);
-    column->Add(panes(), wxSizerFlags(1).Expand().Border(wxALL, margin));
-    column->Add(buttons, wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT | wxBOTTOM, margin));
-    column->Add(stbMain, wxSizerFlags().Expand());
-    SetSizer(column);
+    wxSizer* content = panes();
     Bind(wxEVT_PAINT, &frmSpecialize::paintBorder, this);
     Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
         fitTree();
         event.Skip();
     });
-    const int least = fromTwips(*this, kLeastTwips);
-    SetMinSize(wxSize(std::max(least, buttons->CalcMin().x + 2 * margin), least));
-    SetSize(wxSize(scaled(*this, kFirstWidth), scaled(*this, kFirstHeight)));
-    CentreOnParent();
+    layOut(content, buttonRow(), wxSize(kFirstWidth, kFirstHeight));
+    bindTree();
+    txtView->tabMovesOn(true);
+    cmdCommands.back()->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) {
+        guarded(L"cmdCommands", [this] { chain_.resetFiles(); });
+    });
+    tvwTemplates->window().SetFocus();
+}
+
+frmSpecialize::~frmSpecialize() {
+    saveList();
 }
 
 wxSizer* frmSpecialize::panes() {
@@ -210,24 +188,8 @@ void frmSpecialize::showSource() {
     stbMain->setTooltip(TextCommands::pnlFile, shownLine(file));
 }
 
-void frmSpecialize::TextBlock(std::wstring_view text) {
-    guarded(L"TextBlock", [&] { txtView->setText(text); });
-    commands_.refresh();
-}
-
-bool frmSpecialize::Show(bool show) {
-    if (show) commands_.takeCaption();
-    return wxDialog::Show(show);
-}
-
-void frmSpecialize::closing(wxCloseEvent& event) {
-    if (!commands_.mayClose(event.CanVeto())) return event.Veto();
-    saveList();
-    endDialog(*this);
-}
-
 void frmSpecialize::saveFiles() {
-    commands_.keepDraft();
+    TextWindow::saveFiles();
     saveList();
 }
 

@@ -4,25 +4,23 @@
 
 #include <utility>
 
+#include "base/text.h"
 #include "services/files.h"
 #include "services/pickers.h"
 #include "services/program.h"
 #include "services/shell.h"
-#include "services/text.h"
 #include "tank/reports.h"
 #include "ui/common/buttons.h"
-#include "ui/common/host_wx.h"
 #include "ui/common/link.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
 #include "ui/frmView/frmView.h"
+#include "ui/host/host_wx.h"
 
 namespace kestrel {
 namespace {
 
 constexpr int kWidth = 520;  // DIP
-constexpr int kMargin = 12;
-constexpr int kGap = 6;
 
 std::wstring askForName(std::wstring_view initial) {
     return promptUser(
@@ -82,11 +80,7 @@ wxSizer* frmTank::buildButtons() {
     lblInfo = makeLink(this, "Click for more info on Orvane...");
     cmdCommands[kDone] = new wxButton(this, wxID_ANY, "&Done");
     cmdCommands[kDone]->SetToolTip("Also use ESC");
-    auto* row = new wxBoxSizer(wxHORIZONTAL);
-    if (lblInfo != nullptr) row->Add(lblInfo, wxSizerFlags().CentreVertical());
-    row->AddStretchSpacer();
-    row->Add(cmdCommands[kDone], wxSizerFlags().Border(wxLEFT, scaled(*this, kMargin)));
-    return row;
+    return addButtons(lblInfo, {cmdCommands[kDone]});
 }
 
 void frmTank::layOut() {

@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
-#include "services/viewtext.h"
 #include "ui/common/pathdialog.h"
+#include "view/viewtext.h"
 
 namespace kestrel {
 

@@ -2,24 +2,20 @@
 
 #include <utility>
 
-#include "services/errors.h"
 #include "services/files.h"
-#include "services/filesystem.h"
 #include "services/pickers.h"
-#include "ui/common/accessible.h"
-#include "ui/common/buttons.h"
-#include "ui/common/host_wx.h"
+#include "services/program.h"
+#include "system/filesystem.h"
 #include "ui/common/link.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
 #include "ui/frmView/frmView.h"
+#include "ui/host/host_wx.h"
 
 namespace kestrel {
 namespace {
 
 constexpr int kWidth = 600;  // DIP
-constexpr int kMargin = 12;
-constexpr int kGap = 6;
 
 // Kept: the pattern of the second filter lists no save archive.
 constexpr std::wstring_view kTargetFilter =
@@ -71,42 +67,29 @@ frmZeltor::~frmZeltor() {
 }
 
 wxSizer* frmZeltor::buildMain() {
-    auto* box = new wxStaticBoxSizer(wxVERTICAL, this);
-    fraMain = box->GetStaticBox();
-    fraMain->SetName("fraMain");
-    auto* grid = new wxFlexGridSizer(3, wxSize(scaled(*this, kGap), scaled(*this, kGap)));
-    grid->AddGrowableCol(1);
-    addPathRow(*grid, fraMain, {lblGeneric[lblSource], cboSourceFolder, cmdCommands[kPickSource]},
-               "&Source Folder", "cboSourceFolder", L"zeltor1.his", "Choose the Source Folder");
-    addPathRow(*grid, fraMain, {lblGeneric[lblTarget], cboTarget, cmdCommands[kPickTarget]},
-               "&Destination Tank Filename", "cboTarget", L"zeltor2.his",
-               "Choose the Destination Tank Filename");
-    box->Add(grid, wxSizerFlags().Expand().Border(wxALL, scaled(*this, kGap)));
-    return box;
+    return addPaths(
+        fraMain,
+        {{lblGeneric[lblSource], cboSourceFolder, cmdCommands[kPickSource], "&Source Folder",
+          "cboSourceFolder", L"zeltor1.his", "Choose the Source Folder"},
+         {lblGeneric[lblTarget], cboTarget, cmdCommands[kPickTarget], "&Destination Tank Filename",
+          "cboTarget", L"zeltor2.his", "Choose the Destination Tank Filename"}});
 }
 
 wxSizer* frmZeltor::buildOptional() {
-    auto* box = new wxStaticBoxSizer(wxVERTICAL, this, "&Optional");
-    fraOptional = box->GetStaticBox();
-    fraOptional->SetName("fraOptional");
-    auto* grid = new wxFlexGridSizer(2, wxSize(scaled(*this, kGap), scaled(*this, kGap)));
-    grid->AddGrowableCol(1);
-    const auto add = [&](Label label, const wxString& text, wxTextCtrl*& control,
-                         const wxString& name, wxSizer& row) {
-        grid->Add(addLabel(label, fraOptional, text), wxSizerFlags().CentreVertical());
-        control = addText(row, name);
-        setAccessibleName(*control, text.BeforeLast(':'));
+    auto* box = addOptional(fraOptional);
+    auto* grid = addGrid(2);
+    const auto add = [&](wxSizer& row, Label label, const char* text, const char* name) {
+        return addText(*grid, row, lblGeneric[label], fraOptional, text, name);
     };
-    add(lblTitle, "Title:", txtTitle, "txtTitle", *grid);
-    add(lblAuthor, "Author:", txtAuthor, "txtAuthor", *grid);
+    txtTitle = add(*grid, lblTitle, "Title:", "txtTitle");
+    txtAuthor = add(*grid, lblAuthor, "Author:", "txtAuthor");
     auto* numbers = new wxBoxSizer(wxHORIZONTAL);
-    add(lblBuild, "Build:", txtBuild, "txtBuild", *numbers);
-    numbers->Add(addLabel(lblPriority, fraOptional, "Priority:"),
-                 wxSizerFlags().CentreVertical().Border(wxLEFT | wxRIGHT, scaled(*this, kMargin)));
-    txtPriority = addText(*numbers, "txtPriority");
-    setAccessibleName(*txtPriority, "Priority");
+    txtBuild = add(*numbers, lblBuild, "Build:", "txtBuild");
+    txtPriority = addText(
+        *numbers, *numbers, lblGeneric[lblPriority], fraOptional, "Priority:", "txtPriority",
+        wxSizerFlags().CentreVertical().Border(wxLEFT | wxRIGHT, scaled(*this, kMargin)));
     grid->Add(numbers, wxSizerFlags().Expand());
-    add(lblCopyright, "Copyright:", txtCopyright, "txtCopyright", *grid);
+    txtCopyright = add(*grid, lblCopyright, "Copyright:", "txtCopyright");
     grid->AddSpacer(0);
     grid->Add(buildFlags());
     box->Add(grid, wxSizerFlags().Expand().Border(wxALL, scaled(*this, kGap)));
@@ -132,32 +115,7 @@ wxSizer* frmZeltor::buildButtons() {
     cmdCommands[kCreate] = new wxButton(this, wxID_ANY, "&Create");
     cmdCommands[kDone] = new wxButton(this, wxID_ANY, "&Done");
     cmdCommands[kCreate]->SetDefault();
-    auto* row = new wxBoxSizer(wxHORIZONTAL);
-    if (lblInfo != nullptr) row->Add(lblInfo, wxSizerFlags().CentreVertical());
-    row->AddStretchSpacer();
-    row->Add(cmdCommands[kCreate], wxSizerFlags().Border(wxLEFT, scaled(*this, kMargin)));
-    row->Add(cmdCommands[kDone], wxSizerFlags().Border(wxLEFT, scaled(*this, kGap)));
-    return row;
-}
-
-wxStaticText* frmZeltor::addLabel(Label index, wxWindow* parent, const wxString& text) {
-    lblGeneric[index] = new wxStaticText(parent, wxID_ANY, text);
-    return lblGeneric[index];
-}
-
-wxTextCtrl* frmZeltor::addText(wxSizer& row, const wxString& name) const {
-    auto* box = new wxTextCtrl(fraOptional, wxID_ANY, "", wxDefaultPosition, wxDefaultSize, 0,
-                               wxDefaultValidator, name);
-    row.Add(box, wxSizerFlags(1).Expand());
-    return box;
-}
-
-// The boxes of both frames stand below each other.
-void frmZeltor::alignLabels() {
-    const int width = lblGeneric[lblTarget]->GetBestSize().x;
-    for (const Label label : {lblSource, lblTitle, lblAuthor, lblBuild, lblCopyright}) {
-        lblGeneric[label]->SetMinSize(wxSize(width, -1));
-    }
+    return addButtons(lblInfo, {cmdCommands[kCreate], cmdCommands[kDone]});
 }
 
 void frmZeltor::layOut() {
@@ -166,7 +124,9 @@ void frmZeltor::layOut() {
     column->Add(buildMain(), wxSizerFlags().Expand().Border(wxALL, margin));
     column->Add(buildOptional(), wxSizerFlags().Expand().Border(wxLEFT | wxRIGHT, margin));
     column->Add(buildButtons(), wxSizerFlags().Expand().Border(wxALL, margin));
-    alignLabels();
+    // The boxes of both frames stand below each other.
+    alignLabels(std::array{lblGeneric[lblTarget], lblGeneric[lblSource], lblGeneric[lblTitle],
+                           lblGeneric[lblAuthor], lblGeneric[lblBuild], lblGeneric[lblCopyright]});
     fitTo(column, kWidth);
 }
 

@@ -1,20 +1,15 @@
 #pragma once
 
-#include <wx/button.h>
 #include <wx/checkbox.h>
-#include <wx/sizer.h>
-#include <wx/statbox.h>
-#include <wx/stattext.h>
-#include <wx/textctrl.h>
 
 #include <array>
 #include <string>
 #include <string_view>
 
-#include "services/viewtext.h"
 #include "tank/build.h"
 #include "ui/common/pathdialog.h"
 #include "ui/frmZeltor/timedlauncher.h"
+#include "view/viewtext.h"
 
 namespace kestrel {
 
@@ -60,9 +55,6 @@ class frmZeltor final : public PathDialog {
     wxSizer* buildOptional();
     wxSizer* buildFlags();
     wxSizer* buildButtons();
-    wxStaticText* addLabel(Label index, wxWindow* parent, const wxString& text);
-    wxTextCtrl* addText(wxSizer& row, const wxString& name) const;
-    void alignLabels();
     void layOut();
     void bindCommands();
 

@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "services/errors.h"
+#include "services/guard.h"
 
 namespace kestrel {
 namespace {

@@ -1,0 +1,10 @@
+#include "services/settingslock.h"
+
+#include "services/files.h"
+#include "system/filelock.h"
+
+namespace kestrel {
+
+SettingsLock::SettingsLock() : FileLock(programFile(L"settings.lock"), std::chrono::seconds(5)) {}
+
+}  // namespace kestrel

@@ -1,6 +1,0 @@
-#pragma once
-
-// What the archive viewer offers.
-#include "tank/library.h"
-#include "tank/reports.h"
-#include "tank/wrappers.h"
