@@ -1,56 +1,61 @@
 #pragma once
 
+#include <functional>
 #include <memory>
-#include <span>
-#include <string_view>
+#include <string>
 #include <vector>
 
+#include "corpus.h"
 #include "gas/template.h"
-#include "input.h"
 
 namespace kestrel::bench {
 
-// What a run leaves behind; it is freed after the time has been taken.
-using Result = std::shared_ptr<void>;
 using Records = std::vector<GasTemplate>;
 
-struct Contender {
-    std::string_view name;
-    std::string_view what;
-    Result (*run)(Input& input);
-    // Makes what the run needs and is not part of it; may be null.
-    void (*prepare)(Input& input);
-    // For those that give records: the records of a run; else null.
-    Records (*records)(Input& input);
+// What the contenders of one size work on. All but the files is made on first use.
+class Input {
+  public:
+    // Writes the corpus into a folder of its own, which goes with this.
+    explicit Input(std::size_t gasBytes);
+    ~Input();
+    Input(const Input&) = delete;
+    Input& operator=(const Input&) = delete;
+
+    std::string path(Format format) const { return corpusFile(folder_, format).string(); }
+    std::size_t sizeOf(Format format) const { return std::filesystem::file_size(path(format)); }
+    const Records& records();        // of the `.gas` file
+    const std::wstring& rendered();  // the records' text
+
+  private:
+    std::filesystem::path folder_;
+    Records records_;
+    std::wstring rendered_;
 };
 
-// All of them, in the order of the table.
-std::span<const Contender> contenders();
+// What a run leaves behind; it is freed when the time has been taken.
+using Result = std::shared_ptr<void>;
 
-// The contender called `name`; null when there is none.
-const Contender* findContender(std::string_view name);
+struct Contender {
+    std::string name;
+    std::function<Result(Input&)> run;
+    // The records of a run, for those that give some.
+    Records (*records)(Input&) = nullptr;
+};
 
-template <Records (*Fill)(Input&)>
-Result keepRecords(Input& input) {
-    return std::make_shared<Records>(Fill(input));
-}
+// All of them; "load", "render" and "free" are the program's own.
+std::vector<Contender> contenders();
 
-Records loadFile(Input& input);
-Records loadText(Input& input);
-Result renderText(Input& input);
+// The records of the `.gas` file at `path`. Ends the program when it does not load.
+Records loadOrExit(const std::string& path);
 
-Result readBytes(Input& input);
-Result widenBytes(Input& input);
-Result makeFields(Input& input);
-Result copyText(Input& input);
-
-Result simdjsonBare(Input& input);
+// What the others read (parsers.cpp): into the loader's records, and into their own trees.
 Records simdjsonRecords(Input& input);
-Result rapidjsonBare(Input& input);
-Records rapidjsonRecords(Input& input);
-Result pugixmlBare(Input& input);
 Records pugixmlRecords(Input& input);
-Result libconfigBare(Input& input);
+Records rapidjsonRecords(Input& input);
 Records libconfigRecords(Input& input);
+Result simdjsonTree(Input& input);
+Result pugixmlTree(Input& input);
+Result rapidjsonTree(Input& input);
+Result libconfigTree(Input& input);
 
 }  // namespace kestrel::bench

@@ -1,9 +1,8 @@
-// Whole jobs of the program, beside the least that they could take.
-
+// Whole jobs of the program, beside the least that they could take: wall-clock times.
+#include <benchmark/benchmark.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -12,38 +11,17 @@
 #include <utility>
 #include <vector>
 
-#include "gas/load.h"
-#include "measure.h"
-#include "services/files.h"
 #include "services/program.h"
-#include "table.h"
 #include "tank/launcher.h"
 #include "tank/reports.h"
 #include "text/convert.h"
-#include "text/render.h"
 
 namespace kestrel::bench {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kRuns = 5;
 constexpr int kFiles = 2'000;
-
-using Rows = std::vector<std::vector<std::string>>;
-
-// The median of the wall-clock seconds of `job`; `before` is not timed.
-double seconds(const std::function<void()>& job, const std::function<void()>& before = {}) {
-    std::vector<double> times;
-    for (int run = 0; run < kRuns; ++run) {
-        if (before) before();
-        const auto start = std::chrono::steady_clock::now();
-        job();
-        times.push_back(
-            std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
-    }
-    return median(times);
-}
 
 std::string gasText(int number) {
     std::string text;
@@ -65,142 +43,138 @@ void writePlain(const fs::path& file, const std::string& bytes) {
     std::ofstream(file, std::ios::binary) << bytes;
 }
 
-// The names of the folder's files that end in `extension`.
-std::vector<fs::path> filesOf(const fs::path& folder, const char* extension) {
-    std::vector<fs::path> files;
-    for (const auto& entry : fs::directory_iterator(folder)) {
-        if (entry.path().extension() == extension) files.push_back(entry.path());
-    }
-    return files;
-}
-
-// A new folder beside `folder` with its sources, each time: file systems are slow
-// to make files where some were just removed.
-class FreshFolders {
-  public:
-    explicit FreshFolders(fs::path folder) : folder_(std::move(folder)) {}
-
-    void next() {
-        current_ = folder_.string() + std::to_string(++count_);
-        fs::create_directory(current_);
-        for (const fs::path& file : filesOf(folder_, ".gas")) {
-            fs::copy_file(file, current_ / file.filename());
-        }
-        ::sync();
-    }
-    const fs::path& current() const { return current_; }
-
-  private:
-    fs::path folder_;
-    fs::path current_;
-    int count_ = 0;
-};
-
-bool convert(const fs::path& folder, std::int16_t options) {
+void convert(const fs::path& folder, std::int16_t options) {
     std::wstring name = folder.wstring();
     std::wstring summary;
     Progress* progress = nullptr;
-    return gblnConvertFolder(name, summary, L"", options, L"", nullptr, progress);
+    if (!gblnConvertFolder(name, summary, L"", options, L"", nullptr, progress)) std::abort();
 }
 
-// Load, render and write each file, one after the other, as the conversion must.
-void stepByStep(const fs::path& folder) {
-    for (const fs::path& file : filesOf(folder, ".gas")) {
-        std::wstring path = file.wstring();
-        std::vector<GasTemplate> templates;
-        gblnLoadGas(path, templates, nullptr);
-        const std::wstring text = gstrMakeFileText(path, templates, nullptr, 0, nullptr);
-        writeFile(fs::path(file).replace_extension(".tab").wstring(), text);
+class Jobs {
+  public:
+    explicit Jobs(fs::path folder) : folder_(std::move(folder)) {
+        fs::remove_all(folder_);
+        for (int i = 0; i < kFiles; ++i) {
+            sources_.emplace_back("file" + std::to_string(i), gasText(i));
+        }
+        const fs::path first = freshFolder();
+        convert(first, 0);
+        for (const auto& [name, source] : sources_) {
+            outputs_.push_back(readPlain(first / (name + ".tab")));
+        }
     }
-}
+    ~Jobs() {
+        gProgram().host.tank = nullptr;
+        fs::remove_all(folder_);
+    }
 
-void measureConversion(const fs::path& folder, Rows& rows) {
-    for (int i = 0; i < kFiles; ++i) {
-        writePlain(folder / ("file" + std::to_string(i) + ".gas"), gasText(i));
+    void conversions() {
+        const auto add = [this](const char* name, std::function<void(const fs::path&)> job) {
+            addJob(name, [this, job](benchmark::State& state) {
+                for (auto _ : state) {
+                    state.PauseTiming();
+                    const fs::path at = freshFolder();
+                    state.ResumeTiming();
+                    job(at);
+                }
+            });
+        };
+        const auto plain = [this](const fs::path& at) {
+            for (std::size_t i = 0; i < sources_.size(); ++i) {
+                readPlain(at / (sources_[i].first + ".gas"));
+                writePlain(at / (sources_[i].first + ".tab"), outputs_[i]);
+            }
+        };
+        add("reading the files and writing their texts, plain", plain);
+        add("the same, until it is on the disk", [plain](const fs::path& at) {
+            plain(at);
+            ::sync();
+        });
+        add("conversion, a file each", [](const fs::path& at) { convert(at, 0); });
+        add("conversion, a single file", [](const fs::path& at) { convert(at, kSingleFile); });
     }
-    FreshFolders folders(folder);
-    folders.next();
-    convert(folders.current(), 0);
-    std::vector<std::pair<fs::path, std::string>> outputs;
-    for (const fs::path& file : filesOf(folders.current(), ".tab")) {
-        outputs.emplace_back(file.filename(), readPlain(file));
+
+    void listings(const fs::path& library) {
+        fs::copy_file(library, folder_ / library.filename());
+        tank_ = makeTankLibrary({folder_.wstring()});
+        gProgram().host.tank = tank_.get();
+        benchmark::RegisterBenchmark(
+            "full list of an archive",
+            [this](benchmark::State& state) {
+                const fs::path archive = folder_ / "archive.dsres";
+                writePlain(archive,
+                           "tank\nfile|name=thing.gas|path=\\art|size=10|comp=8|crc=-5|repeat=" +
+                               std::to_string(state.range(0)) + "\n");
+                for (auto _ : state) {
+                    std::wstring report;
+                    gblnListTank(archive.wstring(), report, nullptr, kFullList);
+                }
+                state.SetComplexityN(state.range(0));
+            })
+            ->RangeMultiplier(2)
+            ->Range(125'000, 1'000'000)
+            ->Complexity(benchmark::oN)
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime();
     }
-    double plain = 0;
-    const auto add = [&](const char* name, const std::function<void(const fs::path&)>& job) {
-        const double time = seconds([&] { job(folders.current()); }, [&] { folders.next(); });
-        if (plain == 0) plain = time;
-        rows.push_back({name, fixed(time, 2), fixed(time / plain, 2)});
-    };
-    add("reading the files and writing their texts, plain", [&](const fs::path& at) {
-        for (const fs::path& file : filesOf(at, ".gas")) readPlain(file);
-        for (const auto& [name, bytes] : outputs) writePlain(at / name, bytes);
-    });
-    add("the same, until it is on the disk", [&](const fs::path& at) {
-        for (const fs::path& file : filesOf(at, ".gas")) readPlain(file);
-        for (const auto& [name, bytes] : outputs) writePlain(at / name, bytes);
+
+    static void builder(const fs::path& program) {
+        addJob("a builder's output", [program](benchmark::State& state) {
+            std::size_t characters = 0;
+            for (auto _ : state) {
+                const std::unique_ptr<Launcher> launcher = makeLauncher();
+                if (launcher->start(program.wstring() + L" -title flood", program.wstring()) !=
+                    Launcher::kStarted) {
+                    return state.SkipWithError("the builder does not start");
+                }
+                for (ProgramOutput output; !output.ended; characters += output.text.size()) {
+                    output = launcher->poll();
+                    if (output.text.empty()) {
+                        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                    }
+                }
+            }
+            state.SetItemsProcessed(static_cast<std::int64_t>(characters));
+        });
+    }
+
+  private:
+    static void addJob(const char* name, std::function<void(benchmark::State&)> job) {
+        benchmark::RegisterBenchmark(name, std::move(job))
+            ->Unit(benchmark::kMillisecond)
+            ->Iterations(1)
+            ->UseRealTime();
+    }
+
+    // With the sources, each time a new one: file systems are slow to make files where some
+    // were just removed.
+    fs::path freshFolder() {
+        const fs::path made = folder_ / std::to_string(++count_);
+        fs::create_directories(made);
+        for (const auto& [name, bytes] : sources_) writePlain(made / (name + ".gas"), bytes);
         ::sync();
-    });
-    add("load, render, write, each file by itself", stepByStep);
-    add("conversion, a file each", [](const fs::path& at) { convert(at, 0); });
-    add("conversion, a single file", [](const fs::path& at) { convert(at, kSingleFile); });
-}
-
-void measureListing(const fs::path& folder, const fs::path& library, Rows& rows) {
-    fs::copy_file(library, folder / library.filename());
-    const std::unique_ptr<TankLibrary> tank = makeTankLibrary({folder.wstring()});
-    gProgram().host.tank = tank.get();
-    double first = 0;
-    for (const int entries : {125'000, 250'000, 500'000, 1'000'000}) {
-        const fs::path archive = folder / "archive.dsres";
-        writePlain(archive, "tank\nfile|name=thing.gas|path=\\art|size=10|comp=8|crc=-5|repeat=" +
-                                std::to_string(entries) + "\n");
-        std::wstring report;
-        const double time =
-            seconds([&] { gblnListTank(archive.wstring(), report, nullptr, kFullList); });
-        if (first == 0) first = time;
-        rows.push_back({"full list of " + std::to_string(entries) + " entries", fixed(time, 2),
-                        fixed(time / first, 2)});
+        return made;
     }
-    gProgram().host.tank = nullptr;
-}
 
-void measureBuilder(const fs::path& builder, Rows& rows) {
-    std::size_t characters = 0;
-    const double time = seconds([&] {
-        characters = 0;
-        const std::unique_ptr<Launcher> launcher = makeLauncher();
-        if (launcher->start(builder.wstring() + L" -title flood", builder.wstring()) !=
-            Launcher::kStarted) {
-            std::fprintf(stderr, "the builder does not start\n");
-            std::exit(1);
-        }
-        for (ProgramOutput output; !output.ended; characters += output.text.size()) {
-            output = launcher->poll();
-            if (output.text.empty()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-    });
-    rows.push_back({"builder's output, " + fixed(static_cast<double>(characters) / 1e6, 1) +
-                        " million characters",
-                    fixed(time, 2), ""});
-}
+    fs::path folder_;
+    int count_ = 0;
+    std::vector<std::pair<std::string, std::string>> sources_;
+    std::vector<std::string> outputs_;
+    std::unique_ptr<TankLibrary> tank_;
+};
 
 }  // namespace
 }  // namespace kestrel::bench
 
-// kestrel_bench_jobs LIBRARY BUILDER: the stand-ins for the archive library and
+// kestrel_bench_jobs LIBRARY BUILDER [OPTION...]: the stand-ins for the archive library and
 // the builder.
 int main(int count, char** words) {
-    using namespace kestrel::bench;
+    benchmark::Initialize(&count, words);
     if (count != 3) return 2;
-    const fs::path folder = fs::temp_directory_path() / "kestrel-bench-jobs";
-    fs::remove_all(folder);
-    fs::create_directories(folder / "files");
-    fs::create_directories(folder / "tank");
-    Rows rows{{"Job", "seconds", ": first of its kind"}};
-    measureConversion(folder / "files", rows);
-    measureListing(folder / "tank", words[1], rows);
-    measureBuilder(words[2], rows);
-    fs::remove_all(folder);
-    std::fputs(markdown(rows).c_str(), stdout);
+    kestrel::bench::Jobs jobs(std::filesystem::temp_directory_path() / "kestrel-bench-jobs");
+    jobs.conversions();
+    jobs.listings(words[1]);
+    kestrel::bench::Jobs::builder(words[2]);
+    benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

@@ -1,177 +1,210 @@
-// Runs the loader and the renderer beside other parsers on the same generated
-// information. See README.md.
-#include <unistd.h>
+// Runs the loader and the renderer beside other parsers on the same generated information.
+// See README.md.
+#include <benchmark/benchmark.h>
+#include <malloc.h>
 
 #include <algorithm>
-#include <charconv>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
-#include <string>
+#include <map>
 
-#include "check.h"
+#include "base/bytes.h"
 #include "contenders.h"
-#include "corpus.h"
-#include "measure.h"
-#include "report.h"
+#include "gas/load.h"
 #include "shapes.h"
 
 namespace kestrel::bench {
 namespace {
 
-namespace fs = std::filesystem;
+constexpr std::size_t kSizes[] = {1, 10, 100};  // MB of `.gas`
 
-struct Options {
-    std::vector<std::size_t> sizes = {1, 10, 100};  // MB of `.gas`
-    std::vector<std::string> only;                  // names of contenders; empty: all
-    std::size_t runs = 0;                           // 0: by the size
-    bool shapes = true;
-    bool memory = true;
-    std::string out;
-    std::string data;
-    std::string child;
+// Of the process since the last reset, in bytes; -1 where the system does not tell.
+class PeakMemory final : public benchmark::MemoryManager {
+  public:
+    void Start() override {
+        malloc_trim(0);
+        std::ofstream("/proc/self/clear_refs") << "5";
+        before_ = statusBytes("VmRSS:");
+    }
+    void Stop(Result* result) override { result->max_bytes_used = statusBytes("VmHWM:") - before_; }
+
+  private:
+    static std::int64_t statusBytes(std::string_view key) {
+        std::ifstream status("/proc/self/status");
+        for (std::string line; std::getline(status, line);) {
+            if (line.starts_with(key))
+                return std::strtoll(line.c_str() + key.size(), nullptr, 10) << 10;
+        }
+        return -1;
+    }
+
+    std::int64_t before_ = 0;
 };
 
-std::vector<std::string> splitCommas(std::string_view text) {
-    std::vector<std::string> pieces;
-    while (true) {
-        const std::size_t comma = text.find(',');
-        pieces.emplace_back(text.substr(0, comma));
-        if (comma == text.npos) return pieces;
-        text.remove_prefix(comma + 1);
+Input& inputOf(std::size_t megabytes) {
+    static std::map<std::size_t, Input> inputs;
+    return inputs.try_emplace(megabytes, megabytes * 1'000'000).first->second;
+}
+
+void measure(benchmark::State& state, const Contender& contender, std::size_t megabytes) {
+    Input& input = inputOf(megabytes);
+    contender.run(input);  // makes what it works on
+    for (auto _ : state) {
+        state.PauseTiming();
+        malloc_trim(0);
+        state.ResumeTiming();
+        Result result = contender.run(input);
+        state.PauseTiming();
+        result.reset();
+        state.ResumeTiming();
+    }
+    const auto bytes = static_cast<double>(input.sizeOf(Format::gas));
+    state.counters["bytes"] = bytes;
+    state.counters["MB/s"] =
+        benchmark::Counter(bytes * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
+}
+
+void measureFree(benchmark::State& state) {
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto records = loadOrExit(inputOf(100).path(Format::gas));
+        state.ResumeTiming();
+        records = {};
     }
 }
 
-std::size_t numberOf(std::string_view text) {
-    std::size_t number = 0;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
+void measureShape(benchmark::State& state, const Shape& shape) {
+    const std::string text = textOf(shape, static_cast<std::size_t>(state.range(0)) * 1'000'000);
+    for (auto _ : state) benchmark::DoNotOptimize(readRecords(text, CodePage::utf8()));
+    state.SetComplexityN(state.range(0));
 }
 
-// False when the option is not known or makes no sense.
-bool takeOption(Options& options, std::string_view name, std::string_view value) {
-    if (name == "--size" || name == "--sizes") {
-        options.sizes.clear();
-        for (const std::string& size : splitCommas(value)) options.sizes.push_back(numberOf(size));
-        return std::ranges::count(options.sizes, 0U) == 0;
-    }
-    if (name == "--only") {
-        options.only = splitCommas(value);
-        options.shapes = options.memory = false;
-        return std::ranges::all_of(options.only, findContender);
-    }
-    if (name == "--runs") return (options.runs = numberOf(value)) > 0;
-    if (name == "--shapes") return (options.shapes = value == "yes") || value == "no";
-    if (name == "--memory") return (options.memory = value == "yes") || value == "no";
-    if (name == "--out") options.out = value;
-    if (name == "--data") options.data = value;
-    if (name == "--child") options.child = value;
-    return name == "--out" || name == "--data" || name == "--child";
-}
+// Prints what is measured as it comes, and the goals behind it.
+class Report final : public benchmark::ConsoleReporter {
+  public:
+    Report() : ConsoleReporter(OO_None) {}
 
-bool takeOptions(Options& options, int count, char** arguments) {
-    for (int i = 1; i < count; i += 2) {
-        if (i + 1 == count || !takeOption(options, arguments[i], arguments[i + 1])) return false;
-    }
-    return true;
-}
-
-int usage() {
-    std::fputs(
-        "kestrel_bench [--sizes 1,10,100] [--only NAME,...] [--runs N] [--memory yes|no]\n"
-        "              [--shapes yes|no] [--out TABLE.md] [--data FOLDER]\n"
-        "With --only, memory and shapes are left out unless they are asked for. Names:",
-        stderr);
-    for (const Contender& contender : contenders()) {
-        std::fprintf(stderr, " %s", std::string(contender.name).c_str());
-    }
-    std::fputs("\n", stderr);
-    return 2;
-}
-
-std::vector<const Contender*> chosen(const Options& options) {
-    std::vector<const Contender*> result;
-    for (const Contender& contender : contenders()) {
-        if (options.only.empty() || std::ranges::count(options.only, contender.name) > 0) {
-            result.push_back(&contender);
-        }
-    }
-    return result;
-}
-
-std::size_t runsFor(std::size_t size) {
-    if (size <= 1) return 25;
-    return size <= 10 ? 15 : 7;
-}
-
-// All contenders take turns, so that a slow moment of the machine meets all; each
-// round begins with another one, since what follows a large one pays for it.
-SizeResult measureSize(const Options& options, std::size_t size, const fs::path& folder) {
-    writeCorpus(folder, size * 1'000'000);
-    SizeResult result;
-    result.size = size;
-    {
-        Input input(folder);
-        result.megabytes = static_cast<double>(input.gasBytes()) * 1e-6;
-        const std::size_t runs = options.runs > 0 ? options.runs : runsFor(size);
-        std::vector<const Contender*> turns = chosen(options);
-        for (std::size_t run = 0; run < runs; ++run) {
-            for (const Contender* contender : turns) {
-                result.seconds[contender->name].push_back(timeOnce(*contender, input));
+    void ReportRuns(const std::vector<Run>& runs) override {
+        std::vector<Run> shown;
+        for (const Run& run : runs) {
+            const std::string& name = run.run_name.function_name;
+            if (run.run_type == Run::RT_Aggregate) shown.push_back(run);
+            if (run.aggregate_name == "median") seconds_[name] = run.GetAdjustedCPUTime() * 1e-3;
+            if (run.memory_result != nullptr && run.counters.contains("bytes")) {
+                memory_[name] = static_cast<double>(run.memory_result->max_bytes_used) /
+                                run.counters.at("bytes").value;
             }
-            std::ranges::rotate(turns, turns.begin() + 1);
+        }
+        if (!shown.empty()) ConsoleReporter::ReportRuns(shown);
+    }
+
+    void printGoals() const {
+        std::printf("\n%-44s %10s %10s %10s %10s\n", "goal", "limit", "1 MB", "10 MB", "100 MB");
+        ratio("load : simdjson into records", 1.0, "load", "simdjson into records");
+        ratio("load : pugixml's own tree", 0.6, "load", "pugixml's own tree");
+        ratio("load : libconfig++ into records", 6.0, "load", "libconfig++ into records");
+        ratio("render : copying the wide text", 1.5, "render", "copying the wide text");
+        for (const char* name : {"load", "render"}) {
+            const auto times = timesOf(name);
+            const double growth = std::log(times[2] / times[0]) / std::log(100);
+            std::printf("%-44s %10s %32.3f\n", (std::string(name) + ", exponent").c_str(),
+                        "<= 1.05", growth);
+        }
+        std::printf("%-44s %10s", "load, peak bytes a source byte", "<= 3.5");
+        for (const std::size_t size : kSizes)
+            std::printf(" %10.2f", of(memory_, nameOf("load", size)));
+        std::printf("\n%-44s %10s %32.1f\n", "freeing 100 MB, ms", "<= 10",
+                    of(seconds_, "free") * 1e3);
+    }
+
+    static std::string nameOf(const std::string& contender, std::size_t megabytes) {
+        return contender + ", " + std::to_string(megabytes) + " MB";
+    }
+
+  private:
+    // NaN for what was not measured.
+    static double of(const std::map<std::string, double>& values, const std::string& name) {
+        const auto found = values.find(name);
+        return found == values.end() ? NAN : found->second;
+    }
+
+    std::vector<double> timesOf(const char* name) const {
+        std::vector<double> times;
+        for (const std::size_t size : kSizes) times.push_back(of(seconds_, nameOf(name, size)));
+        return times;
+    }
+
+    void ratio(const char* what, double least, const char* ours, const char* others) const {
+        std::printf("%-44s %7s%3.1f", what, ">= ", least);
+        for (std::size_t i = 0; i < std::size(kSizes); ++i) {
+            std::printf(" %10.2f", timesOf(others)[i] / timesOf(ours)[i]);
+        }
+        std::puts("");
+    }
+
+    std::map<std::string, double> seconds_;
+    std::map<std::string, double> memory_;  // bytes a source byte
+};
+
+bool areSame(const GasTemplate& a, const GasTemplate& b) {
+    return a.Name == b.Name && a.Kind == b.Kind && a.Properties == b.Properties;
+}
+
+// Ends the program when one of them gives other records than the loader.
+void checkRecords(const std::vector<Contender>& all) {
+    Input& input = inputOf(1);
+    for (const Contender& contender : all) {
+        if (contender.records == nullptr ||
+            std::ranges::equal(input.records(), contender.records(input), areSame)) {
+            continue;
+        }
+        std::fprintf(stderr, "%s: other records\n", contender.name.c_str());
+        std::exit(1);
+    }
+}
+
+void registerAll(const std::vector<Contender>& all) {
+    for (const Contender& contender : all) {
+        for (const std::size_t size : kSizes) {
+            benchmark::RegisterBenchmark(Report::nameOf(contender.name, size).c_str(), measure,
+                                         contender, size)
+                ->Unit(benchmark::kMillisecond);
         }
     }
-    if (!options.memory) return result;
-    for (const Contender* contender : chosen(options)) {
-        if (const auto peak = peakInChild(*contender, folder)) {
-            result.peaks[contender->name] = *peak;
-        }
+    benchmark::RegisterBenchmark("free", measureFree)->Unit(benchmark::kMillisecond);
+    for (const Shape& shape : shapes()) {
+        benchmark::RegisterBenchmark(shape.name, measureShape, shape)
+            ->RangeMultiplier(2)
+            ->Range(1, 8)
+            ->Complexity(benchmark::oN)
+            ->Unit(benchmark::kMillisecond);
     }
-    return result;
-}
-
-bool checkRecords(const fs::path& folder) {
-    writeCorpus(folder, 1'000'000);
-    Input input(folder);
-    return recordsAgree(input);
-}
-
-int runAll(const Options& options, const fs::path& folder) {
-    if (!checkRecords(folder)) return 1;
-    std::vector<SizeResult> results;
-    for (const std::size_t size : options.sizes) {
-        std::fprintf(stderr, "%zu MB ...\n", size);
-        results.push_back(measureSize(options, size, folder));
-    }
-    std::string text = report(results);
-    if (options.shapes) {
-        std::fputs("texts to choke on ...\n", stderr);
-        text += "\n" + measureShapes(folder);
-    }
-    std::fputs(text.c_str(), stdout);
-    if (!options.out.empty()) std::ofstream(options.out, std::ios::binary) << text;
-    return 0;
-}
-
-int run(const Options& options) {
-    if (!options.child.empty()) {
-        const Contender* contender = findContender(options.child);
-        return contender == nullptr ? usage() : runAsChild(*contender, options.data);
-    }
-    const fs::path parent =
-        options.data.empty() ? fs::temp_directory_path() : fs::path(options.data);
-    const fs::path folder = parent / ("kestrel-bench-" + std::to_string(getpid()));
-    fs::create_directories(folder);
-    const int status = runAll(options, folder);
-    fs::remove_all(folder);
-    return status;
 }
 
 }  // namespace
 }  // namespace kestrel::bench
 
-int main(int count, char** arguments) {
-    kestrel::bench::Options options;
-    if (!kestrel::bench::takeOptions(options, count, arguments)) return kestrel::bench::usage();
-    return kestrel::bench::run(options);
+int main(int count, char** words) {
+    using namespace kestrel::bench;
+    // Interleaved, so that a slow moment of the machine meets all; what is given goes before.
+    std::vector<char*> all{words[0]};
+    std::string defaults[] = {"--benchmark_repetitions=7", "--benchmark_min_time=0.1",
+                              "--benchmark_enable_random_interleaving=true"};
+    for (std::string& word : defaults) all.push_back(word.data());
+    all.insert(all.end(), words + 1, words + count);
+    int given = static_cast<int>(all.size());
+    all.push_back(nullptr);
+    benchmark::Initialize(&given, all.data());
+    if (benchmark::ReportUnrecognizedArguments(given, all.data())) return 2;
+    const std::vector<Contender> who = contenders();
+    checkRecords(who);
+    registerAll(who);
+    PeakMemory memory;
+    benchmark::RegisterMemoryManager(&memory);
+    Report report;
+    benchmark::RunSpecifiedBenchmarks(&report);
+    report.printGoals();
+    return 0;
 }

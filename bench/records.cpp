@@ -1,46 +1,36 @@
-#include <algorithm>
-#include <iterator>
-
-#include "base/bytes.h"
 #include "records.h"
 
 namespace kestrel::bench {
-namespace {
 
-// Nearly every text is ASCII, which needs no decoding.
-bool isAscii(std::string_view utf8) {
-    unsigned all = 0;
-    for (const char c : utf8) all |= static_cast<unsigned char>(c);
-    return all < 0x80;
+RecordBuilder::RecordBuilder(std::size_t bytes)
+    : file_(std::make_shared<GasFile>(std::string(), CodePage::utf8())) {
+    file_->reserve(bytes);
 }
-
-std::wstring wide(std::string_view utf8) {
-    return isAscii(utf8) ? std::wstring(utf8.begin(), utf8.end()) : fromUtf8(utf8);
-}
-
-}  // namespace
 
 void RecordBuilder::beginTemplate() {
     GasTemplate& record = templates_.emplace_back();
-    record.Kind = L"Template";
-    record.Name = L"Template" + std::to_wstring(templates_.size() - 1);
-    groups_.assign(1, {});
+    record.Kind = "Template";
+    first_ = file_->entries();
+    groups_.assign(1, nullptr);
     level_ = 0;
 }
 
+void RecordBuilder::add(std::string_view name, std::string_view value, bool isBlock) {
+    file_->add({file_->append(name), file_->append(value),
+                groups_.back() == nullptr ? 0 : groups_.back()->id, level_, isBlock});
+}
+
 void RecordBuilder::property(std::string_view name, std::string_view value) {
-    properties_.push_back({pool_.share(name, wide), wide(value), groups_.back(), false, level_});
-    if (name == "doc") templates_.back().Name = properties_.back().Value;
+    add(name, value, false);
+    if (name == "doc") {
+        templates_.back().Name = file_->property(file_->entries() - 1).Value;
+    }
 }
 
 void RecordBuilder::openBlock(std::string_view name) {
     ++level_;
-    GasProperty& header = properties_.emplace_back();
-    header.Name = pool_.share(name, wide);
-    groups_.push_back(groupPool_.inside(groups_.back(), header.Name));
-    header.Group = groups_.back();
-    header.IsBlock = true;
-    header.Level = level_;
+    groups_.push_back(file_->inside(groups_.back(), name));
+    add(name, {}, true);
 }
 
 void RecordBuilder::closeBlock() {
@@ -48,9 +38,12 @@ void RecordBuilder::closeBlock() {
 }
 
 void RecordBuilder::endTemplate() {
-    templates_.back().Properties.assign(std::make_move_iterator(properties_.begin()),
-                                        std::make_move_iterator(properties_.end()));
-    properties_.clear();
+    GasTemplate& record = templates_.back();
+    if (record.Name.empty()) {
+        const std::string name = "Template" + std::to_string(templates_.size() - 1);
+        record.Name = Text(file_->keep(name), file_->page());
+    }
+    record.Properties = {file_, first_, file_->entries() - first_};
 }
 
 }  // namespace kestrel::bench

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,6 +13,9 @@ namespace kestrel::bench {
 // Comments stay empty: those formats do not give them.
 class RecordBuilder {
   public:
+    // The texts have at most `bytes` together.
+    explicit RecordBuilder(std::size_t bytes);
+
     void beginTemplate();
     void property(std::string_view name, std::string_view value);
     void openBlock(std::string_view name);
@@ -20,11 +24,12 @@ class RecordBuilder {
     std::vector<GasTemplate> take() { return std::move(templates_); }
 
   private:
+    void add(std::string_view name, std::string_view value, bool isBlock);
+
+    std::shared_ptr<GasFile> file_;
     std::vector<GasTemplate> templates_;
-    TextPool pool_;  // as the loader's
-    GroupPool groupPool_;
-    std::vector<GasProperty> properties_;  // of the template, until its count is known
-    std::vector<SharedGroup> groups_;      // of the blocks that are open
+    std::vector<const GasGroup*> groups_;  // of the blocks that are open
+    std::uint32_t first_ = 0;              // entry of the template
     std::int16_t level_ = 0;
 };
 

@@ -1,12 +1,22 @@
 #pragma once
 
-#include <filesystem>
+#include <span>
 #include <string>
 
 namespace kestrel::bench {
 
-// Loads texts that a parser may choke on, each at doubling sizes, and returns
-// tables of their times. Their files go into `folder`.
-std::string measureShapes(const std::filesystem::path& folder);
+// A text that a careless parser takes quadratic time for: `head`, then `unit` again and
+// again, then `tail`.
+struct Shape {
+    const char* name;
+    std::string_view head;
+    std::string_view unit;
+    std::string_view tail;
+};
+
+std::span<const Shape> shapes();
+
+// The shape with at least `bytes`.
+std::string textOf(const Shape& shape, std::size_t bytes);
 
 }  // namespace kestrel::bench

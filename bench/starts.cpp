@@ -1,5 +1,6 @@
 #include "starts.h"
 
+#include <benchmark/benchmark.h>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -7,25 +8,18 @@
 #include <wx/app.h>
 #include <wx/frame.h>
 
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <vector>
 
-#include "measure.h"
-#include "table.h"
 #include "ui/app.h"
 
 namespace kestrel::bench {
 namespace {
 
 namespace fs = std::filesystem;
-using Steady = std::chrono::steady_clock;
-
-constexpr int kRuns = 15;
-
 class EmptyApp final : public wxApp {
   public:
     bool OnInit() override {
@@ -50,19 +44,11 @@ class EndOncePainted final : public wxEventFilter {
     bool painted_ = false;
 };
 
-struct Cost {
-    double wall, cpu;  // milliseconds
-};
-
-double milliseconds(const timeval& time) {
-    return 1e3 * static_cast<double>(time.tv_sec) + 1e-3 * static_cast<double>(time.tv_usec);
-}
-
-Cost start(const char* program, std::vector<std::string> words) {
+// The CPU seconds of a start until it is painted.
+double start(const char* program, std::vector<std::string> words) {
     std::vector<char*> arguments{const_cast<char*>(program)};
     for (std::string& word : words) arguments.push_back(word.data());
     arguments.push_back(nullptr);
-    const auto begin = Steady::now();
     pid_t child = 0;
     int status = 1;
     rusage used{};
@@ -71,14 +57,16 @@ Cost start(const char* program, std::vector<std::string> words) {
         std::fputs("a start failed\n", stderr);
         std::exit(1);
     }
-    return {std::chrono::duration<double, std::milli>(Steady::now() - begin).count(),
-            milliseconds(used.ru_utime) + milliseconds(used.ru_stime)};
+    const auto seconds = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
+    };
+    return seconds(used.ru_utime) + seconds(used.ru_stime);
 }
 
 }  // namespace
 
-std::string startsTable(const char* program) {
-    const fs::path folder = fs::temp_directory_path() / "kestrel-bench-starts";
+void addStarts(const char* program) {
+    static const fs::path folder = fs::temp_directory_path() / "kestrel-bench-starts";
     fs::create_directories(folder);
     const fs::path file = folder / "small.gas";
     std::ofstream(file) << "[t:template,n:small]\r\n{\r\n\tdoc = \"Small\";\r\n}\r\n";
@@ -86,29 +74,23 @@ std::string startsTable(const char* program) {
     for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME"}) {
         setenv(name, folder.c_str(), 1);
     }
-    const std::vector<std::vector<std::string>> kWho{
-        {"start", "empty"}, {"start", "kestrel"}, {"start", "kestrel", file.string()}};
-    const char* const kNames[] = {"an empty window", "Kestrel", "Kestrel with a small file"};
-    std::vector<std::vector<double>> wall(kWho.size());
-    std::vector<std::vector<double>> cpu(kWho.size());
-    for (const auto& words : kWho) start(program, words);
-    for (std::size_t run = 0; run < kRuns; ++run) {
-        for (std::size_t i = 0; i < kWho.size(); ++i) {
-            const std::size_t who = (i + run) % kWho.size();
-            const Cost cost = start(program, kWho[who]);
-            wall[who].push_back(cost.wall);
-            cpu[who].push_back(cost.cpu);
-        }
+    const std::pair<const char*, std::vector<std::string>> all[] = {
+        {"a start of an empty window", {"start", "empty"}},
+        {"a start", {"start", "kestrel"}},
+        {"a start with a small file", {"start", "kestrel", file.string()}}};
+    for (const auto& [name, words] : all) {
+        benchmark::RegisterBenchmark(name,
+                                     [program, words = words](benchmark::State& state) {
+                                         double cpu = 0;
+                                         for (auto _ : state) cpu += start(program, words);
+                                         state.counters["CPU s"] = benchmark::Counter(
+                                             cpu, benchmark::Counter::kAvgIterations);
+                                     })
+            ->Iterations(1)
+            ->Repetitions(15)
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime();
     }
-    fs::remove_all(folder);
-    std::vector<std::vector<std::string>> rows{
-        {"Start, until painted", "ms", "CPU ms", ": empty", "of CPU"}};
-    for (std::size_t i = 0; i < kWho.size(); ++i) {
-        rows.push_back({kNames[i], fixed(median(wall[i]), 0), fixed(median(cpu[i]), 0),
-                        fixed(median(wall[i]) / median(wall[0]), 2),
-                        fixed(median(cpu[i]) / median(cpu[0]), 2)});
-    }
-    return markdown(rows);
 }
 
 int startAs(const std::string& who, int count, char** words) {

@@ -4,13 +4,10 @@
 
 namespace kestrel::bench {
 
-// How long the program takes from its start until its window is painted, beside the
-// least program with a window: a table. Both are started as processes of their own by
-// `program`, this one.
-std::string startsTable(const char* program);
+// Measures starts until they are painted: of `program`, which is this one, as others.
+void addStarts(const char* program);
 
-// What those processes do: start as `who` ("empty" or "kestrel") says, and end once they are
-// painted.
+// Is the start of `who`; the exit status.
 int startAs(const std::string& who, int count, char** words);
 
 }  // namespace kestrel::bench

@@ -1,5 +1,6 @@
 // How long the windows keep a user waiting, beside the least that could be done.
 
+#include <benchmark/benchmark.h>
 #include <wx/app.h>
 #include <wx/evtloop.h>
 #include <wx/init.h>
@@ -11,14 +12,11 @@
 #include <fstream>
 #include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "gas/load.h"
-#include "measure.h"
 #include "services/program.h"
 #include "starts.h"
-#include "table.h"
 #include "ui/common/strings.h"
 #include "ui/frmMain/frmMain.h"
 #include "ui/frmView/frmView.h"
@@ -31,8 +29,6 @@ namespace {
 namespace fs = std::filesystem;
 using Job = std::function<void()>;
 using Steady = std::chrono::steady_clock;
-
-constexpr int kRuns = 7;
 
 // Lets the windows paint and do what they put off, until nothing is left.
 void settle() {
@@ -90,16 +86,47 @@ class Windows {
         fs::remove_all(folder_);
     }
 
-    std::string run() {
+    // In the order in which they run: each finds what the ones before have opened.
+    void addAll() {
         const std::wstring large = put("large.gas", templates(95'000));
+        const std::wstring huge = put("huge.gas", templates(1'000'000));
         const std::wstring wide = put("wide.gas", properties(100'000));
-        openLarge(large);
-        row("selecting one of its templates", time([&] { select(*window_->lvwTemplates); }), "100");
-        search();
-        viewLarge();
-        browseWide(wide);
-        runBuilder();
-        return markdown(rows_);
+        add("loading a 10 MB file alone", [large] {
+            std::wstring path = large;
+            std::vector<GasTemplate> records;
+            gblnLoadGas(path, records, nullptr);
+        });
+        add("opening 1,000,000 templates", [this, huge] { window_->openFile(huge); });
+        add("opening the 10 MB file", [this, large] { window_->openFile(large); });
+        add("selecting one of its templates", [this] { select(*window_->lvwTemplates); });
+        answers_.text = L"nowhere to be found";
+        add("finding no template", [this] { window_->findTemplateName(); });
+        add(
+            "a viewer on its text", [this] { view(); }, [this] { close(); });
+        add("finding nothing in the viewer", [this] { viewer_->txtView->find(answers_.text); });
+        add("a letter typed there", [this] { viewer_->txtView->AddText("x"); });
+        add(
+            "selecting a template of 100,000 properties",
+            [this] { window_->lvwTemplates->onSelect(); },
+            [this, wide] {
+                close();
+                if (window_->document().path != wide) window_->openFile(wide);
+            });
+        for (const bool filters : {true, false}) {
+            add(
+                filters ? "a click on its tree, which filters" : "a click on its tree",
+                [this] { nextNode(); }, [this, filters] { window_->chkTree->SetValue(filters); });
+        }
+        add("finding no property", [this] { window_->findPropertyName(); });
+        add("selecting one of its properties", [this] { select(*window_->lvwProperties); });
+        benchmark::RegisterBenchmark("a builder that writes all it can",
+                                     [this](auto& state) {
+                                         for (auto _ : state) runBuilder(state);
+                                     })
+            ->Iterations(1)
+            ->Repetitions(1)
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime();
     }
 
   private:
@@ -120,89 +147,44 @@ class Windows {
         return (folder_ / name).wstring();
     }
 
-    // The median of the CPU milliseconds, until everything is painted, of `job`; `before` is not
-    // timed.
-    double time(const Job& job, const Job& before = {}) const {
-        std::vector<double> times;
-        for (int run = 0; run < kRuns; ++run) {
-            if (before) before();
-            settle();
-            const double start = cpuSeconds();
-            job();
-            settle();
-            times.push_back(1000 * (cpuSeconds() - start));
-        }
-        longest_ = *std::max_element(times.begin(), times.end());
-        return median(times);
+    // The CPU time of `job` until everything is painted; `before` is not timed.
+    static void add(const char* name, Job job, Job before = {}) {
+        benchmark::RegisterBenchmark(name,
+                                     [job, before](benchmark::State& state) {
+                                         for (auto _ : state) {
+                                             state.PauseTiming();
+                                             if (before) before();
+                                             settle();
+                                             state.ResumeTiming();
+                                             job();
+                                             settle();
+                                         }
+                                     })
+            ->Iterations(1)
+            ->Repetitions(7)
+            ->Unit(benchmark::kMillisecond)
+            ->ComputeStatistics("longest", [](const std::vector<double>& times) {
+                return *std::max_element(times.begin(), times.end());
+            });
     }
 
-    void row(const std::string& name, double milliseconds, const std::string& goal) {
-        rows_.push_back({name, fixed(milliseconds, 1), fixed(longest_, 1), goal});
-    }
-
-    void openLarge(const std::wstring& large) {
-        std::vector<GasTemplate> records;
-        const double load = time([&] {
-            std::wstring path = large;
-            gblnLoadGas(path, records, nullptr);
-        });
-        row("loading a 10 MB file alone", load, "");
-        records = {};
-        const double open = time([&] { window_->openFile(large); });
-        row("opening it, until it is painted (" + fixed(open / load, 2) + " times the load)", open,
-            "2.5 times, 1 s");
-    }
-
-    void search() {
-        answers_.text = L"nowhere to be found";
-        row("finding no template", time([&] { window_->findTemplateName(); }), "100");
-    }
-
-    void viewLarge() {
+    void view() {
         std::wstring text;
-        for (const GasTemplate& record : window_->document().templates) text += record.Text;
-        const double time_ = time(
-            [&] {
-                viewer_ = new frmView(window_, {});
-                viewer_->TextBlock(text);
-                viewer_->Show();
-            },
-            [&] { close(); });
-        row("a viewer on its text", time_, "1 s");
-        answers_.text = L"nowhere to be found";
-        row("finding nothing in the viewer",
-            time([&] { viewer_->txtView->find(L"nowhere to be found"); }), "100");
-        row("a letter typed there", time([&] { viewer_->txtView->AddText("x"); }), "100");
-        close();
-    }
-
-    void browseWide(const std::wstring& wide) {
-        window_->openFile(wide);
-        row("selecting a template of 100,000 properties",
-            time([&] { window_->lvwTemplates->onSelect(); }), "100");
-        window_->chkTree->SetValue(true);
-        row("a click on its tree, which filters", time([&] { nextNode(); }), "50");
-        window_->chkTree->SetValue(false);
-        row("a click on its tree, without filter", time([&] { nextNode(); }), "50");
-        row("finding no property", time([&] { window_->findPropertyName(); }), "100");
-        row("selecting one of its properties", time([&] { select(*window_->lvwProperties); }),
-            "100");
+        for (const GasTemplate& record : window_->document().templates) text += record.Text.wide();
+        viewer_ = new frmView(window_, {});
+        viewer_->TextBlock(text);
+        viewer_->Show();
     }
 
     // The longest that the windows were not asked for anything new while a builder writes
     // as fast as it can, and how long its log takes to close while it writes nothing.
-    void runBuilder() {
+    void runBuilder(benchmark::State& state) {
         gProgram().settings.zeltor = L"" KESTREL_STUB_BUILDER;
-        longest_ = 0;
         const double flood = build("flood", [this] { return !builder_.running(); });
-        const auto megabytes = static_cast<double>(logged_) / 1e6;
-        row("the log of a builder that writes all it can, " + fixed(megabytes, 0) + " MB at " +
-                fixed(1e3 * megabytes / flood, 0) + " MB/s",
-            flood, "20 MB/s");
-        row("the longest pause of it", longest_, "100");
+        state.counters["MB/s"] = static_cast<double>(logged_) * 1e-3 / flood;
+        state.counters["longest pause, ms"] = longest_;
         build("wait", [this] { return logged_ > 0; });
-        longest_ = closing_;
-        row("closing the log of a silent builder by Esc", closing_, "200");
+        state.counters["closing a silent log, ms"] = closing_;
         std::ofstream(folder_ / "out.dsres.go") << "go";
         while (builder_.running()) settle();
     }
@@ -234,6 +216,7 @@ class Windows {
             pressEscape(*log->txtView);
         });
         logged_ = 0;
+        longest_ = 0;
         timer.Start(1);
         wxButton& create = *dialog.cmdCommands[frmZeltor::kCreate];
         wxCommandEvent press(wxEVT_BUTTON, create.GetId());
@@ -280,9 +263,8 @@ class Windows {
     TimedLauncher builder_;
     std::size_t logged_ = 0;  // characters
     double closing_ = 0;      // milliseconds
+    double longest_ = 0;      // of the pauses, too
     std::size_t row_ = 0;
-    mutable double longest_ = 0;
-    std::vector<std::vector<std::string>> rows_{{"What", "CPU ms", "longest", "goal, ms"}};
 };
 
 class BenchApp final : public wxApp {
@@ -290,7 +272,9 @@ class BenchApp final : public wxApp {
     bool OnInit() override {
         SetExitOnFrameDelete(false);
         CallAfter([this] {
-            std::fputs(Windows().run().c_str(), stdout);
+            Windows windows;
+            windows.addAll();
+            benchmark::RunSpecifiedBenchmarks();
             ExitMainLoop();
         });
         return true;
@@ -300,16 +284,17 @@ class BenchApp final : public wxApp {
 }  // namespace
 }  // namespace kestrel::bench
 
-// kestrel_bench_windows: the tables.
-// kestrel_bench_windows start WHO [FILE]: one of the starts that it compares.
+// kestrel_bench_windows [OPTION...]; with "start WHO [FILE]" it is one of the starts that it
+// compares.
 int main(int count, char** words) {
     using namespace kestrel::bench;
-    if (count > 2) {
+    if (count > 2 && std::string(words[1]) == "start") {
         const std::string who = words[2];
         std::rotate(words + 1, words + 3, words + count);
         return startAs(who, count - 2, words);
     }
-    std::puts(startsTable(words[0]).c_str());
+    benchmark::Initialize(&count, words);
+    addStarts(words[0]);
     wxApp::SetInstance(new BenchApp);
     return wxEntry(count, words);
 }

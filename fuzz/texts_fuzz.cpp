@@ -3,17 +3,14 @@
 
 #include "base/bytes.h"
 #include "base/commandfile.h"
-#include "base/error.h"
 #include "base/keys.h"
 #include "base/text.h"
-#include "cli/arguments.h"
 #include "cli/json.h"
 #include "cli/terminal.h"
 #include "fuzz/fuzz.h"
 #include "services/pagetext.h"
 #include "system/letters.h"
 #include "system/plainpath.h"
-#include "system/process.h"
 #include "tank/build.h"
 #include "tank/launcher.h"
 #include "view/browse.h"
@@ -22,61 +19,13 @@
 namespace kestrel::fuzz {
 namespace {
 
-// Some texts name files, the same ones each time.
-bool isFile(std::wstring_view path) {
-    return !path.empty() && std::hash<std::wstring_view>()(path) % 4 == 0;
-}
-
-// No word is lost, and the longest file at the end is one of them.
-void checkWords(const std::wstring& line) {
-    const Words words = splitArguments(line, isFile);
-    std::wstring joined;
-    for (const std::wstring& word : words) {
-        const bool hasBlank = word.find(L' ') != word.npos;
-        require(!word.empty() && (!hasBlank || (&word == &words.back() && isFile(word))));
-        joined += word;
-    }
-    std::wstring whole = line;
-    std::erase(joined, L' ');
-    std::erase(whole, L' ');
-    require(joined == whole);
-}
-
-void checkStart(const std::wstring& line, const std::wstring& configured) {
-    const CommandParts parts = splitCommandLine(line, configured);
-    const std::wstring_view whole = trim(line);
-    const std::wstring_view chosen = configured.empty() ? whole : trim(configured);
-    require(chosen.starts_with(parts.program) && whole.ends_with(parts.arguments));
-    require(parts.program.empty() == chosen.empty());
-    // Only a bare name is less than what was chosen.
-    const std::wstring name = parts.program + L' ';
-    require(parts.program == chosen || (chosen.starts_with(name) && name.find(L'/') == name.npos));
-}
-
 void checkCommandLine(Input input) {
-    const std::wstring configured = input.text();
     const std::wstring line = input.text();
     if (const auto file = gvarCommandFile(line)) {
         require(!trim(*file).empty() && line.find(*file) != line.npos);
         require(file->find(L'"') == file->npos);
     }
     plainPath(line);
-    checkStart(line, configured);
-    checkStart(configured + L' ' + line, configured);
-    checkWords(line);
-}
-
-void checkArguments(Input input) try {
-    Words words;
-    while (!input.empty()) words.push_back(input.text());
-    if (const auto file = gvarCommandFile(words)) require(!trim(*file).empty());
-    const cli::Arguments arguments(words);
-    require(arguments.operands().size() + arguments.options().size() <= words.size());
-    for (const auto& [option, value] : arguments.options()) {
-        require(option.starts_with(L"--") && arguments.value(option) == value);
-    }
-} catch (const cli::WrongUsage& wrong) {
-    require(!wrong.text().empty());
 }
 
 void checkLetters(const std::wstring& text) {
@@ -131,14 +80,6 @@ void checkText(Input input) {
     checkLetters(text);
     checkPane(text, what, caret);
     checkShown(text);
-}
-
-// Any text is a priority of 16 bits, or overflows.
-void checkPriority(Input input) try {
-    const std::wstring text = input.text();
-    require(priorityOf(text) == 0 || isNumber(text));
-} catch (const RunTimeError& error) {
-    require(error.number() == kOverflow);
 }
 
 // The builder gets each value as it was typed, unless that looks like more than a value.
@@ -198,8 +139,7 @@ void checkOutput(Input input) {
     require(at == text.size());
 }
 
-constexpr std::array kFormats{checkCommandLine, checkArguments, checkText,
-                              checkBuilder,     checkPriority,  checkOutput};
+constexpr std::array kFormats{checkCommandLine, checkText, checkBuilder, checkOutput};
 
 }  // namespace
 

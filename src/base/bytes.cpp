@@ -82,6 +82,13 @@ void appendUtf8(std::string& bytes, std::uint32_t code) {
 
 }  // namespace
 
+// The compiler turns this into vector code: no branch, no early end.
+bool isAscii(std::string_view bytes) noexcept {
+    std::uint8_t all = 0;
+    for (const char byte : bytes) all |= static_cast<std::uint8_t>(byte);
+    return all < 0x80;
+}
+
 std::wstring characterName(std::wstring_view text) {
     std::size_t length = 0;
     const std::uint32_t code = takeCharacter(text, length);

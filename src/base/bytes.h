@@ -9,6 +9,9 @@ namespace kestrel {
 // What a file of UTF-8 begins with.
 inline constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
+// True for bytes that are the same text in every page.
+bool isAscii(std::string_view bytes) noexcept;
+
 // The first character of `text` and its number, for messages.
 std::wstring characterName(std::wstring_view text);
 

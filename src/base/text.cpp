@@ -1,6 +1,5 @@
 #include "base/text.h"
 
-#include <charconv>
 #include <iterator>
 
 namespace kestrel {
@@ -35,10 +34,8 @@ bool isDrawable(wchar_t c) noexcept {
     return !controls && !turns && !nowhere;
 }
 
-void appendNumber(std::wstring& text, long long number) {
-    char digits[24];
-    const char* end = std::to_chars(digits, std::end(digits), number).ptr;
-    for (const char* digit = digits; digit != end; ++digit) text += static_cast<wchar_t>(*digit);
+void append(std::wstring& text, std::string_view ascii) {
+    text.append(ascii.begin(), ascii.end());
 }
 
 }  // namespace kestrel

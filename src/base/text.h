@@ -9,6 +9,7 @@
 namespace kestrel {
 
 inline constexpr std::wstring_view kLineEnd = L"\r\n";
+inline constexpr std::string_view kCrLf = "\r\n";  // the same as bytes
 
 // `text` without leading and trailing spaces.
 std::wstring_view trim(std::wstring_view text) noexcept;
@@ -21,7 +22,7 @@ std::vector<std::wstring_view> split(std::wstring_view text, std::wstring_view s
 // (so that a name passes for another), or is none.
 bool isDrawable(wchar_t c) noexcept;
 
-// Appends `number` in decimal.
-void appendNumber(std::wstring& text, long long number);
+// Appends `ascii` to wide text.
+void append(std::wstring& text, std::string_view ascii);
 
 }  // namespace kestrel

@@ -6,7 +6,7 @@
 #include "base/paths.h"
 #include "cli/commands.h"
 #include "cli/run.h"
-#include "gas/gasfiles.h"
+#include "gas/gasnames.h"
 #include "gas/query.h"
 #include "system/filesystem.h"
 #include "view/chain.h"

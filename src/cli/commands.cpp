@@ -57,7 +57,7 @@ int list(const Call& call) {
     const auto templates = loadFirst(call);
     if (!templates) return kFailed;
     for (const GasTemplate& record : *templates) {
-        call.out << oneLine(record.Name) << '\t' << oneLine(record.Kind) << '\n';
+        call.out << oneLine(record.Name.wide()) << '\t' << oneLine(record.Kind.wide()) << '\n';
     }
     return kFine;
 }
@@ -70,7 +70,7 @@ int show(const Call& call) {
     if (call.arguments.has(L"--listed")) {
         call.out << toUtf8(record->Text.wide());
     } else {
-        makeText(*record, [&](std::wstring_view part) { call.out << toUtf8(part); });
+        makeText(*record, [&](const Text& part) { call.out << toUtf8(part.wide()); });
     }
     return call.terminal.errors() == 0 ? kFine : kFailed;
 }

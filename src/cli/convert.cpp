@@ -4,7 +4,7 @@
 #include "base/text.h"
 #include "cli/commands.h"
 #include "cli/run.h"
-#include "gas/gasfiles.h"
+#include "gas/gasnames.h"
 #include "system/filesystem.h"
 #include "text/convert.h"
 

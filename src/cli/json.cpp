@@ -35,9 +35,9 @@ void appendText(std::string& json, std::wstring_view text) {
 
 std::string propertyArray(const GasProperty& property) {
     std::string json = "[";
-    appendText(json, property.Name);
-    appendText(json += ',', property.Value);
-    appendText(json += ',', property.Group.text());
+    appendText(json, property.Name.wide());
+    appendText(json += ',', property.Value.wide());
+    appendText(json += ',', property.Group.wide());
     return json.append(property.IsBlock ? ",true," : ",false,")
         .append(std::to_string(property.Level))
         .append("]");
@@ -53,14 +53,14 @@ std::string jsonText(std::wstring_view text) {
 
 void writeJson(std::ostream& out, const GasTemplate& record) {
     std::string json = R"({"Name":)";
-    appendText(json, record.Name);
-    appendText(json.append(R"(,"Kind":)"), record.Kind);
+    appendText(json, record.Name.wide());
+    appendText(json.append(R"(,"Kind":)"), record.Kind.wide());
     appendText(json.append(R"(,"Text":)"), record.Text.wide());
-    appendText(json.append(R"(,"Comments":)"), record.Comments);
+    appendText(json.append(R"(,"Comments":)"), record.Comments.wide());
     out << json << R"(,"Properties":[)";
     const char* separator = "";
     // One by one: together their groups may be many times the file.
-    for (const GasProperty& property : record.Properties) {
+    for (const GasProperty property : record.Properties) {
         out << std::exchange(separator, ",") << propertyArray(property);
     }
     out << "]}";

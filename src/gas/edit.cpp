@@ -6,7 +6,7 @@
 
 #include "base/bytes.h"
 #include "gas/blocks.h"
-#include "gas/sourcetext.h"
+#include "gas/recordtext.h"
 #include "system/codepage.h"
 
 namespace kestrel {
@@ -19,9 +19,12 @@ constexpr std::size_t kMostLines = 4000;
 
 std::vector<Block> headedBlocks(std::string_view file) {
     if (file.starts_with(kUtf8Mark)) file.remove_prefix(kUtf8Mark.size());
-    loading::Cut cut = cutBlocks(file, loading::FieldMaker(CodePage::utf8()));
-    std::erase_if(cut.blocks, [](const Block& block) { return block.whole.empty(); });
-    return std::move(cut.blocks);
+    const loading::Cut cut(file, CodePage::utf8());
+    std::vector<Block> blocks;
+    for (std::size_t i = 0; i < cut.size(); ++i) {
+        if (const Block block = cut[i]; !block.whole.empty()) blocks.push_back(block);
+    }
+    return blocks;
 }
 
 // A line with the empty lines behind it, as they stand.
@@ -204,11 +207,11 @@ std::optional<std::string> replaceBlock(std::string_view file, std::size_t index
 std::wstring whyNotOneBlock(std::wstring_view loaded, std::wstring_view edited) {
     const std::string before = toUtf8(loaded);
     const std::string after = toUtf8(edited);
-    const loading::Cut cut = cutBlocks(before, loading::FieldMaker(CodePage::utf8()));
-    const std::wstring header = L'"' + fromUtf8(cut.prefix) + L'"';
-    const std::size_t first = after.find(cut.prefix);
+    const loading::Cut cut(before, CodePage::utf8());
+    const std::wstring header = L'"' + fromUtf8(cut.prefix()) + L'"';
+    const std::size_t first = after.find(cut.prefix());
     if (first == after.npos) return L"It has no header that begins with " + header + L".";
-    if (after.find(cut.prefix, first + 1) != after.npos) {
+    if (after.find(cut.prefix(), first + 1) != after.npos) {
         return L"It has more than one header that begins with " + header + L".";
     }
     if (first != after.find_first_not_of("\r\n")) return L"Its header is not its begin.";

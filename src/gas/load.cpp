@@ -9,55 +9,75 @@
 #include "gas/statements.h"
 #include "services/guard.h"
 #include "services/program.h"
-#include "system/codepage.h"
 #include "system/filesystem.h"
+#include "system/largepages.h"
 
 namespace kestrel {
 namespace {
 
+using loading::Block;
 using loading::Cut;
-using loading::FieldMaker;
-using loading::Source;
-
-constexpr std::string_view kCrLf = "\r\n";
 
 // Reads the blocks of one file, one record each.
 class BlockLoader {
   public:
-    BlockLoader(const Cut& cut, const Source& source, FieldMaker& fields, TemplateList* list)
+    // A `raw` text is still to be normalised.
+    BlockLoader(const Cut& cut, std::shared_ptr<GasFile> file, bool raw, TemplateList* list)
         : cut_(cut),
-          source_(source),
-          fields_(fields),
+          file_(std::move(file)),
+          raw_(raw),
           list_(list),
-          docNames_(cut.prefix.starts_with("[t:")) {}
+          docNames_(cut.prefix().starts_with("[t:")) {}
 
-    void load(std::size_t block, std::size_t index, GasTemplate& record);
+    std::vector<GasTemplate> load();
 
   private:
-    SourceText sourceText(std::size_t block) const;
+    GasTemplate load(const Block& block, std::size_t index);
+    Text sourceText(const Block& block);
 
     const Cut& cut_;
-    const Source& source_;
-    FieldMaker& fields_;
+    std::shared_ptr<GasFile> file_;
+    bool raw_;
     TemplateList* list_;
     bool docNames_;
     // Never reset between the blocks of a file.
     loading::Braces braces_;
-    loading::StatementList statements_;
 };
 
-void BlockLoader::load(std::size_t block, std::size_t index, GasTemplate& record) {
-    record.Name = cut_.kind;
-    appendNumber(record.Name, static_cast<long long>(index));
-    if (list_ != nullptr) list_->add(makeKey(index), record.Name);
+std::vector<GasTemplate> BlockLoader::load() {
+    std::vector<GasTemplate> templates;
+    templates.reserve(cut_.size());
+    wishForLargePages(templates.data(), cut_.size() * sizeof(GasTemplate));
+    for (std::size_t i = 0; i < cut_.size(); ++i) {
+        Block block = cut_[i];
+        if (i == 0 && cut_.isJoined()) block = {{}, file_->keep(cut_.joined())};
+        if (block.body.empty()) continue;
+        templates.push_back(load(block, templates.size()));
+        if (!block.whole.empty()) templates.back().Place = cut_.placeOf(i);
+    }
+    return templates;
+}
+
+GasTemplate BlockLoader::load(const Block& block, std::size_t index) {
+    GasTemplate record;
+    record.Kind = cut_.kind();
     record.Text = sourceText(block);
-    record.Kind = cut_.kind;
-    // A known kind's first block is what precedes the headers.
-    if (!cut_.blocks[block].whole.empty()) record.Place = cut_.known ? block - 1 : block;
-    cutStatements(cut_.blocks[block].body, source_.form.raw, statements_);
-    loading::BlockReader reader(record, braces_, fields_, docNames_);
-    reader.read(statements_);
-    if (list_ != nullptr && reader.renamed()) list_->setText(makeKey(index), record.Name);
+    std::string name;
+    record.Kind.appendTo(name);
+    name += std::to_string(index);
+    if (list_ != nullptr) list_->add(makeKey(index), file_->page().wide(name));
+    const std::uint32_t first = file_->entries();
+    const std::uint32_t statements =
+        loading::BlockReader(*file_, record, braces_, docNames_).read(block.body, raw_);
+    const std::uint32_t count = file_->entries() - first;
+    record.Properties =
+        count == 0 ? GasProperties::none(file_, statements) : GasProperties(file_, first, count);
+    if (record.Name.empty()) {
+        record.Name = Text(file_->keep(name), file_->page());
+    } else if (list_ != nullptr) {
+        list_->setText(makeKey(index), record.Name.wide());
+    }
+    return record;
 }
 
 // True when a closing brace and a line end are the last of `block`.
@@ -68,94 +88,57 @@ bool isClosed(std::string_view block, bool raw) {
     return block.ends_with('}');
 }
 
-// The prefix, the block and, unless a closing brace ends it, one. Mostly that is
-// a part of the file as it stands.
-SourceText BlockLoader::sourceText(std::size_t block) const {
-    const auto& [body, whole] = cut_.blocks[block];
-    const bool closed = isClosed(body, source_.form.raw);
-    if (closed && !whole.empty()) return {source_.bytes, whole, source_.form};
-    auto own = std::make_shared<std::string>(cut_.prefix);
-    own->append(body);
-    if (!closed) *own += '}';
-    const std::string_view view = *own;
-    return {std::move(own), view, source_.form};
+// The prefix, the block and, unless a closing brace ends it, one.
+Text BlockLoader::sourceText(const Block& block) {
+    std::string_view whole = block.whole;
+    if (whole.empty()) whole = file_->keep(std::string(cut_.prefix()).append(block.body));
+    return {whole, file_->page(),
+            (raw_ ? unsigned{Text::kRaw} : 0U) |
+                (isClosed(block.body, raw_) ? 0U : unsigned{Text::kOpen})};
 }
 
-bool loadBlocks(const Cut& cut, const Source& source, FieldMaker& fields,
-                std::vector<GasTemplate>& templates, TemplateList* list) {
-    if (!cut.found) return false;
-    templates.clear();
-    templates.reserve(cut.blocks.size());
-    BlockLoader loader(cut, source, fields, list);
-    for (std::size_t block = 0; block < cut.blocks.size(); ++block) {
-        if (cut.blocks[block].body.empty()) continue;
-        const std::size_t index = templates.size();
-        loader.load(block, index, templates.emplace_back());
+}  // namespace
+
+GasRecords readRecords(std::string bytes, const CodePage& page, TemplateList* list) {
+    const CodePage& own = pageOf(bytes, page);
+    if (own.isUtf8() && bytes.starts_with(kUtf8Mark)) bytes.erase(0, kUtf8Mark.size());
+    auto file = std::make_shared<GasFile>(loading::prepared(std::move(bytes)), own);
+    Cut cut(loading::withoutEmptyStart(file->bytes()), own);
+    const bool raw = !cut.needsNormalText();
+    if (!raw) {
+        file =
+            std::make_shared<GasFile>(normalised(loading::withoutEmptyStart(file->bytes())), own);
+        cut = Cut(file->bytes(), own);
     }
-    return !templates.empty();
+    if (!cut.found()) return {};
+    return {BlockLoader(cut, file, raw, list).load(), true};
 }
 
-void reportNoData(std::vector<GasTemplate>& templates, TemplateList* list) {
-    templates.resize(1);
-    if (list != nullptr) list->clear();
-    tellUser(L"File loading error: Either no data found or unsupported file type.",
-             Icon::exclamation);
-}
-
-// True when a block was loaded. `hasHeader` is false when the text holds no
-// header of any kind.
-bool loadBytes(std::string bytes, const CodePage& page, std::vector<GasTemplate>& templates,
-               TemplateList* list, bool& hasHeader) {
-    Source source = loading::prepare(std::move(bytes), page);
-    FieldMaker fields(page);
-    Cut cut = cutBlocks(source.text, fields);
-    if (needsNormalText(cut)) {
-        normalise(source);
-        cut = cutBlocks(source.text, fields);
-    }
-    hasHeader = cut.found;
-    std::string joined;
-    joinParties(cut, joined);
-    const bool loaded = loadBlocks(cut, source, fields, templates, list);
-    if (!loaded) reportNoData(templates, list);
-    return loaded;
-}
-
-// Runs a load under the guard. After a run-time error nothing half-loaded stays.
-template <class Body>
-bool guardedLoad(std::vector<GasTemplate>& templates, TemplateList* list, Body&& body) {
+bool gblnLoadGas(std::wstring& path, std::vector<GasTemplate>& templates, TemplateList* list) {
     bool loaded = false;
     const bool ended = guarded(L"gblnLoadGas", [&] {
-        loaded = body();
+        // Not by readFileBytes, which reports what this does.
+        std::string bytes = filesystem::read(path).value_or(std::string());
+        GasRecords records = readRecords(std::move(bytes), *gProgram().sourcePage, list);
+        if (!records.hasHeader) path.clear();
+        loaded = !records.templates.empty();
+        if (loaded) {
+            templates = std::move(records.templates);
+        } else {
+            if (records.hasHeader) templates.clear();
+            templates.resize(1);
+            if (list != nullptr) list->clear();
+            tellUser(L"File loading error: Either no data found or unsupported file type.",
+                     Icon::exclamation);
+        }
         return true;
     });
+    // After a run-time error nothing half-loaded stays.
     if (!ended) {
         templates.assign(1, {});
         if (list != nullptr) list->clear();
     }
     return loaded;
-}
-
-}  // namespace
-
-bool gblnLoadGas(std::wstring& path, std::vector<GasTemplate>& templates, TemplateList* list) {
-    return guardedLoad(templates, list, [&] {
-        bool hasHeader = true;
-        // Not by readFileBytes, which reports what this does.
-        std::string bytes = filesystem::read(path).value_or(std::string());
-        const CodePage& page = pageOf(bytes, *gProgram().sourcePage);
-        if (page.isUtf8()) bytes.erase(0, kUtf8Mark.size());
-        const bool loaded = loadBytes(std::move(bytes), page, templates, list, hasHeader);
-        if (!hasHeader) path.clear();
-        return loaded;
-    });
-}
-
-bool loadGasText(std::wstring_view text, std::vector<GasTemplate>& templates, TemplateList* list) {
-    return guardedLoad(templates, list, [&] {
-        bool hasHeader = true;
-        return loadBytes(toUtf8(text), CodePage::utf8(), templates, list, hasHeader);
-    });
 }
 
 }  // namespace kestrel

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "gas/template.h"
@@ -12,16 +11,21 @@
 namespace kestrel {
 
 // Loads the `.gas` file at `path` into `templates`, replacing what it held, and
-// adds a row for each block to `list` (may be null; the caller empties it
-// before). True when at least one block was loaded. A text without any block
+// adds a row for each block to `list` (may be null, as the windows have it; the caller
+// empties it before). True when at least one block was loaded. A text without any block
 // gives the message "File loading error: ..." and false: `list` is then empty
 // and `templates` holds one element, index 0 as it was before. When the text
 // holds no "]" at all, `path` is emptied too. A run-time error is reported and
 // gives false, an empty list and one empty record.
 bool gblnLoadGas(std::wstring& path, std::vector<GasTemplate>& templates, TemplateList* list);
 
-// As gblnLoadGas, from text in memory.
-bool loadGasText(std::wstring_view text, std::vector<GasTemplate>& templates,
-                 TemplateList* list = nullptr);
+struct GasRecords {
+    std::vector<GasTemplate> templates;
+    bool hasHeader = false;  // of any kind; without one there are no records
+};
+
+// The records of a file that holds `bytes`, behind a mark of UTF-8 in that, else in `page`.
+// Throws RunTimeError for more of them than can be addressed. It needs no program around it.
+GasRecords readRecords(std::string bytes, const CodePage& page, TemplateList* list = nullptr);
 
 }  // namespace kestrel

@@ -13,7 +13,6 @@ namespace kestrel {
 namespace {
 
 using loading::LeftOut;
-using loading::Source;
 using loading::Statement;
 
 constexpr std::string_view kBlank = " \t\r\n";
@@ -69,8 +68,7 @@ class Checker {
 
     // Text that no block holds.
     void checkDropped(std::string_view text, std::wstring_view why) {
-        loading::cutAllStatements(text, list_);
-        for (const Statement& statement : list_.statements) {
+        for (const Statement& statement : loading::statementsOf(text)) {
             if (!trimmed(statement.text).empty()) add(statement.text, {why, true});
         }
     }
@@ -78,12 +76,12 @@ class Checker {
     void checkBlock(const loading::Block& block) {
         const std::string_view header = block.header();
         if (block.body.empty() && !header.empty()) add(header, {L"the block is empty", true});
-        loading::cutAllStatements(block.body, list_);
+        list_ = loading::statementsOf(block.body);
         bool inQuotes = false;
         std::size_t headers = 0;
-        for (std::size_t i = 0; i < list_.statements.size(); ++i) {
-            const Statement& statement = list_.statements[i];
-            if (i == 0 || !isBehind(statement, list_.statements[i - 1])) inQuotes = false;
+        for (std::size_t i = 0; i < list_.size(); ++i) {
+            const Statement& statement = list_[i];
+            if (i == 0 || !isBehind(statement, list_[i - 1])) inQuotes = false;
             if (std::ranges::count(statement.text, '"') % 2 != 0) inQuotes = !inQuotes;
             if (isComment(statement)) inQuotes = false;
             // What is left of a header that the prefix has all but the end of.
@@ -100,7 +98,7 @@ class Checker {
 
   private:
     void check(std::size_t index, bool inQuotes) {
-        const Statement& statement = list_.statements[index];
+        const Statement& statement = list_[index];
         const loading::LeftOutList leftOut = loading::leftOut(statement);
         for (const LeftOut& one : leftOut) add(statement.text, one);
         if (!leftOut.empty() && leftOut.front().all) return;
@@ -115,7 +113,7 @@ class Checker {
     // True when something stands behind the ";" of the statement, or behind more of
     // them.
     bool goesOn(std::size_t index) const {
-        const auto& all = list_.statements;
+        const auto& all = list_;
         for (++index; index < all.size() && isBehind(all[index], all[index - 1]); ++index) {
             if (loading::hasContent(all[index].text)) return true;
         }
@@ -130,25 +128,23 @@ class Checker {
 
     LineCounter lines_;
     const CodePage& page_;
-    loading::StatementList list_;
+    std::vector<Statement> list_;
     std::vector<Loss> losses_;
 };
 
 std::vector<Loss> lossesIn(std::string_view bytes) {
     const CodePage& page = pageOf(bytes, *gProgram().sourcePage);
     if (page.isUtf8()) bytes.remove_prefix(kUtf8Mark.size());
-    Source source = loading::prepare(std::string(bytes), page);
-    const Source raw = source;
-    normalise(source);
-    const loading::Cut cut = cutBlocks(source.text, loading::FieldMaker(page));
-    Checker checker(*raw.bytes, source.text, page);
-    checker.checkDropped(cut.dropped, L"it stands before the first header");
-    for (std::size_t i = 0; i < cut.blocks.size(); ++i) {
-        if (i == 0 && isJoined(cut)) {
-            checker.checkDropped(cut.blocks[0].body,
-                                 L"the first two sections, joined, take its place");
+    const std::string raw = loading::prepared(std::string(bytes));
+    const std::string normal = normalised(loading::withoutEmptyStart(raw));
+    const loading::Cut cut(normal, page);
+    Checker checker(raw, normal, page);
+    checker.checkDropped(cut.dropped(), L"it stands before the first header");
+    for (std::size_t i = 0; i < cut.size(); ++i) {
+        if (i == 0 && cut.isJoined()) {
+            checker.checkDropped(cut[0].body, L"the first two sections, joined, take its place");
         } else {
-            checker.checkBlock(cut.blocks[i]);
+            checker.checkBlock(cut[i]);
         }
     }
     return checker.take();

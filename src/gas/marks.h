@@ -1,45 +1,32 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
 
+#include "gas/words.h"
+
 // The search for the characters that structure a `.gas` text. Private to the
 // loader.
 namespace kestrel::loading {
 
-// Zero for `[ ] { } = / : ;` and CR alone: the least of the differences to them.
-// The plain test for equality would not become vector code in the loop below.
-constexpr std::uint8_t distanceToMark(char c) noexcept {
-    const auto byte = static_cast<std::uint8_t>(c);
-    std::uint8_t least = 0xFF;
-    const auto compare = [&least](unsigned value, unsigned mark) {
-        least = std::min(least, static_cast<std::uint8_t>(value ^ mark));
-    };
-    compare(byte, '\r');
-    compare(byte, '/');
-    compare(byte, '=');
-    compare(byte | 1U, ';');     // and ":"
-    compare(byte | 0x20U, '{');  // and "["
-    compare(byte | 0x20U, '}');  // and "]"
-    return least;
-}
-
 inline constexpr std::size_t kMarkBlock = 64;
+
+// Set for `[ ] { } = / : ;` and CR.
+inline Bytes16 areMarks(Bytes16 bytes) noexcept {
+    const Bytes16 even = bytes | 1;       // ":" and ";" become one
+    const Bytes16 folded = bytes | 0x20;  // "[" and "{", "]" and "}"
+    return reinterpret_cast<Bytes16>((bytes == '\r') | (bytes == '/') | (bytes == '=') |
+                                     (even == ';') | (folded == '{') | (folded == '}'));
+}
 
 // Bit i tells whether byte i of the kMarkBlock bytes at `text` is a mark.
 inline std::uint64_t markBits(const char* text) noexcept {
-    std::array<std::uint8_t, kMarkBlock> hits{};
-    for (std::size_t i = 0; i < kMarkBlock; ++i) hits[i] = distanceToMark(text[i]) == 0 ? 1 : 0;
     std::uint64_t bits = 0;
-    for (std::size_t i = 0; i < kMarkBlock; i += 8) {
-        std::uint64_t eight = 0;
-        for (std::size_t j = 8; j-- > 0;) eight = eight << 8U | hits[i + j];
-        // The product brings the lowest bits of the eight bytes side by side.
-        bits |= (eight * 0x0102040810204080U >> 56U) << i;
+    for (std::size_t i = 0; i < kMarkBlock; i += kWideSize) {
+        bits |= bitsOf(areMarks(bytesAt(text + i))) << i;
     }
     return bits;
 }

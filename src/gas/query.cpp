@@ -17,7 +17,7 @@ bool matches(const GasTemplate& record, std::wstring_view key, std::wstring_view
     return false;
 }
 
-std::wstring_view valueOf(const GasTemplate& record, std::wstring_view name) {
+Text valueOf(const GasTemplate& record, std::wstring_view name) {
     if (record.Name.empty()) return {};
     for (const GasProperty& property : record.Properties) {
         if (property.Name == name) return property.Value;
@@ -25,9 +25,9 @@ std::wstring_view valueOf(const GasTemplate& record, std::wstring_view name) {
     return {};
 }
 
-std::wstring_view labelOf(const GasTemplate& record, std::wstring_view name) {
-    const std::wstring_view doc = valueOf(record, L"doc");
-    return doc.empty() ? name : doc;
+std::wstring labelOf(const GasTemplate& record, std::wstring_view name) {
+    const Text doc = valueOf(record, L"doc");
+    return doc.empty() ? std::wstring(name) : doc.wide();
 }
 
 const GasTemplate* findStart(const std::vector<GasTemplate>& templates, std::wstring_view name) {
@@ -42,12 +42,12 @@ std::wstring templateHistory(const std::vector<GasTemplate>& templates, std::wst
     const TemplateIndex index(templates);
     const GasTemplate* record = findStart(templates, name);
     if (record == nullptr) record = &kNone;
-    std::wstring history(labelOf(*record, name));
+    std::wstring history = labelOf(*record, name);
     // A chain that comes back to a record ends there, whatever it calls it.
     std::unordered_set<const GasTemplate*> seen;
     for (bool more = !name.empty(); more;) {
         seen.insert(record);
-        const std::wstring_view parent = valueOf(*record, L"specializes");
+        const std::wstring parent = valueOf(*record, L"specializes").wide();
         const GasTemplate* found = index.byName(parent);
         if (found == nullptr && !parent.empty()) found = index.byDoc(parent);
         if (seen.contains(found)) break;
@@ -78,14 +78,16 @@ TemplateIndex::TemplateIndex(const std::vector<GasTemplate>& templates) {
     for (const GasTemplate& record : templates) {
         if (record.Name.empty()) continue;
         for (const GasProperty& property : record.Properties) {
-            if (property.Name == L"name") names_.try_emplace(property.Value, &record);
-            if (property.Name == L"doc") docs_.try_emplace(property.Value, &record);
+            if (property.Name == "name") names_.try_emplace(property.Value.bytes(), &record);
+            if (property.Name == "doc") docs_.try_emplace(property.Value.bytes(), &record);
+            page_ = &property.Name.page();
         }
     }
 }
 
-const GasTemplate* TemplateIndex::find(const Records& records, std::wstring_view value) {
-    const auto found = records.find(value);
+const GasTemplate* TemplateIndex::find(const Records& records, std::wstring_view value) const {
+    if (page_ == nullptr || !page_->has(value)) return nullptr;
+    const auto found = records.find(page_->bytes(value));
     return found == records.end() ? nullptr : found->second;
 }
 
@@ -98,7 +100,7 @@ GasTemplate gudtSearchForTemplate(const std::vector<GasTemplate>& templates, std
 }
 
 std::wstring gstrFindPropertyVal(const GasTemplate& record, std::wstring_view name) {
-    return guarded(L"gstrFindPropertyVal", [&] { return std::wstring(valueOf(record, name)); });
+    return guarded(L"gstrFindPropertyVal", [&] { return valueOf(record, name).wide(); });
 }
 
 std::wstring gstrGetTemplateHistory(const std::vector<GasTemplate>& templates,

@@ -35,9 +35,11 @@ class TemplateIndex {
     const GasTemplate* byDoc(std::wstring_view value) const { return find(docs_, value); }
 
   private:
-    using Records = std::unordered_map<std::wstring_view, const GasTemplate*>;
-    static const GasTemplate* find(const Records& records, std::wstring_view value);
+    // By the bytes of the value.
+    using Records = std::unordered_map<std::string_view, const GasTemplate*>;
+    const GasTemplate* find(const Records& records, std::wstring_view value) const;
 
+    const CodePage* page_ = nullptr;  // of all of them; null without any
     Records names_;
     Records docs_;
 };

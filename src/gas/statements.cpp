@@ -2,68 +2,80 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
-#include "base/text.h"
+#include "gas/fields.h"
 #include "gas/marks.h"
 #include "gas/pieces.h"
-#include "system/letters.h"
 
 namespace kestrel::loading {
 namespace {
 
 // What a statement contains, as far as the rules ask for it.
+constexpr std::string_view kContents = "/nt[]{}=";  // "//", "n:", "t:"; the others as they are
 enum Content : std::uint8_t {
-    kComment = 1 << 0,     // "//"
-    kNameKey = 1 << 1,     // "n:"
-    kTypeKey = 1 << 2,     // "t:"
-    kOpen = 1 << 3,        // "["
-    kClose = 1 << 4,       // "]"
-    kBraceOpen = 1 << 5,   // "{"
-    kBraceClose = 1 << 6,  // "}"
-    kEquals = 1 << 7,      // "="
+    kComment = 1 << 0,
+    kNameKey = 1 << 1,
+    kTypeKey = 1 << 2,
+    kOpen = 1 << 3,
+    kClose = 1 << 4,
+    kBraceOpen = 1 << 5,
+    kBraceClose = 1 << 6,
+    kEquals = 1 << 7,
 };
+constexpr unsigned kBrackets = kOpen | kClose | kBraceOpen | kBraceClose;
+
+constexpr std::uint8_t kAnyBraces = 255;
 
 struct Rule {
-    std::uint8_t required;
-    std::uint8_t forbidden;
-    std::uint8_t entries;  // that it may store
-    std::uint8_t braces;   // that it counts
-    bool opens;            // a sub-block
+    std::string_view has;  // of kContents
+    std::string_view lacks = {};
+    std::uint8_t braces = 0;  // that it counts
+    bool opens = false;       // a sub-block
     void (BlockReader::*apply)(const Statement&);
     void (*lose)(const Statement&, LeftOutList&);
 };
 
-constexpr std::uint8_t kAnyBraces = 255;
-
 // The first rule that holds wins.
+using Reader = BlockReader;
 constexpr Rule kRules[] = {
-    {kComment, 0, 0, kAnyBraces, false, &BlockReader::comment, loseInComment},
-    {kOpen | kNameKey | kClose, 0, 2, 0, true, &BlockReader::namedHeader, loseInNamedHeader},
-    {kNameKey | kClose, kTypeKey, 1, 0, false, &BlockReader::ownHeader, loseInOwnHeader},
-    {kOpen | kClose, kEquals, 1, 0, true, &BlockReader::header, loseInHeader},
-    {kOpen | kClose | kBraceOpen | kEquals | kBraceClose, 0, 2, 2, true, &BlockReader::oneLineBody,
-     loseInBody},
-    {kOpen | kClose | kBraceOpen | kEquals, kBraceClose, 2, 1, true, &BlockReader::openingLine,
-     loseInOpeningLine},
-    {kBraceOpen, kEquals, 0, 1, false, &BlockReader::openingBrace, loseBesideBrace},
-    {kBraceClose, kEquals, 0, 1, false, &BlockReader::closingBrace, loseBesideBrace},
-    // Kept: the test can never hold, so a closing brace on a property's line
-    // does not close the group.
-    {kBraceClose | kEquals, kBraceClose, 0, 1, false, &BlockReader::closingBrace, loseBesideBrace},
-    {kEquals, 0, 1, 0, false, &BlockReader::property, loseInProperty},
+    {.has = "/", .braces = kAnyBraces, .apply = &Reader::comment, .lose = loseInComment},
+    {.has = "[n]", .opens = true, .apply = &Reader::namedHeader, .lose = loseInNamedHeader},
+    {.has = "n]", .lacks = "t", .apply = &Reader::ownHeader, .lose = loseInOwnHeader},
+    {.has = "[]", .lacks = "=", .opens = true, .apply = &Reader::header, .lose = loseInHeader},
+    {.has = "[]{=}", .braces = 2, .opens = true, .apply = &Reader::oneLineBody, .lose = loseInBody},
+    {.has = "[]{=",
+     .braces = 1,
+     .opens = true,
+     .apply = &Reader::openingLine,
+     .lose = loseInOpeningLine},
+    {.has = "{",
+     .lacks = "=",
+     .braces = 1,
+     .apply = &Reader::openingBrace,
+     .lose = loseBesideBrace},
+    {.has = "}",
+     .lacks = "=",
+     .braces = 1,
+     .apply = &Reader::closingBrace,
+     .lose = loseBesideBrace},
+    // Kept: a closing brace on a property's line does not close the group.
+    {.has = "=", .apply = &Reader::property, .lose = loseInProperty},
 };
 constexpr std::uint8_t kNoRule = std::size(kRules);
 constexpr std::uint8_t kCommentRule = 0;
 constexpr std::uint8_t kNamedHeaderRule = 1;
+constexpr std::uint8_t kPropertyRule = kNoRule - 1;
 
-// Room for what a comment's line holds beside the comment.
-constexpr std::size_t kCommentFrame = 16;
+constexpr unsigned contentOf(std::string_view marks) {
+    unsigned content = 0;
+    for (const char mark : marks) content |= 1U << kContents.find(mark);
+    return content;
+}
 
 constexpr std::uint8_t firstRule(unsigned content) {
     for (std::uint8_t i = 0; i < kNoRule; ++i) {
-        const Rule& rule = kRules[i];
-        if ((content & rule.required) == rule.required && (content & rule.forbidden) == 0) return i;
+        const unsigned has = contentOf(kRules[i].has);
+        if ((content & has) == has && (content & contentOf(kRules[i].lacks)) == 0) return i;
     }
     return kNoRule;
 }
@@ -88,16 +100,23 @@ bool equalsWithoutCase(std::string_view text, std::string_view lower) {
     return true;
 }
 
-// Which statements a list gets: those that some rule does something with, or all.
-enum class Keep : std::uint8_t { wanted, all };
-
-// Cuts one block, from mark to mark.
-template <Keep keep>
+// Cuts one block, from mark to mark, into statements, which `sink` takes: `all` of them, or
+// those that some rule wants.
+template <bool all, class Sink>
 class Cutter {
   public:
-    Cutter(std::string_view block, bool squeeze, StatementList& list)
-        : start_(block.data()), end_(start_ + block.size()), squeeze_(squeeze), list_(list) {}
+    Cutter(std::string_view block, bool squeeze, Sink& sink)
+        : start_(block.data()), end_(start_ + block.size()), squeeze_(squeeze), sink_(sink) {}
 
+    // Gives the number of the statements.
+    std::uint32_t cut() {
+        forEachMark({start_, end_}, [this](const char* at) { take(at); });
+        // The end of the block ends its last statement.
+        addStatement(end_);
+        return count_;
+    }
+
+  private:
     void take(const char* at) {
         switch (*at) {
             case '\r':
@@ -133,23 +152,16 @@ class Cutter {
         }
     }
 
-    // The end of the block ends its last statement.
     void addStatement(const char* end) {
         const std::uint8_t rule = kRuleOfContent[content_];
-        const Statement statement{
-            {start_, end}, equals_, more_, static_cast<std::uint32_t>(list_.count++), rule, cut_};
+        if (all || rule != kNoRule) {
+            sink_({{start_, end}, equals_, more_, count_, rule, cut_, (content_ & kBrackets) != 0});
+        }
+        ++count_;
         content_ = 0;
         equals_ = more_ = nullptr;
-        if (rule == kNoRule) {
-            if constexpr (keep == Keep::all) list_.statements.push_back(statement);
-            return;
-        }
-        list_.entries += kRules[rule].entries;
-        if (rule == kCommentRule) list_.comments += statement.text.size() + kCommentFrame;
-        list_.statements.push_back(statement);
     }
 
-  private:
     // The marker of two characters that "/" or ":" is a part of.
     std::uint8_t pairAt(const char* at) const {
         if (*at == '/') return at + 1 != end_ && at[1] == '/' ? kComment : 0;
@@ -169,30 +181,26 @@ class Cutter {
     const char* start_;  // of the statement
     const char* end_;
     bool squeeze_;
-    StatementList& list_;
+    Sink& sink_;
+    std::uint32_t count_ = 0;
     const char* equals_ = nullptr;
     const char* more_ = nullptr;
     std::uint8_t content_ = 0;
     bool cut_ = false;  // its line has been cut before
 };
 
-template <Keep keep>
-void cut(std::string_view block, bool squeeze, StatementList& list) {
-    list.statements.clear();
-    list.count = list.entries = list.comments = 0;
-    Cutter<keep> cutter(block, squeeze, list);
-    forEachMark(block, [&](const char* at) { cutter.take(at); });
-    cutter.addStatement(block.data() + block.size());
+template <bool all, class Sink>
+std::uint32_t cutStatements(std::string_view block, bool squeeze, Sink&& sink) {
+    return Cutter<all, Sink>(block, squeeze, sink).cut();
 }
 
 }  // namespace
 
-void cutStatements(std::string_view block, bool squeeze, StatementList& list) {
-    cut<Keep::wanted>(block, squeeze, list);
-}
-
-void cutAllStatements(std::string_view block, StatementList& list) {
-    cut<Keep::all>(block, false, list);
+std::vector<Statement> statementsOf(std::string_view block) {
+    std::vector<Statement> list;
+    cutStatements<true>(block, false,
+                        [&](const Statement& statement) { list.push_back(statement); });
+    return list;
 }
 
 bool isComment(const Statement& statement) noexcept {
@@ -220,31 +228,30 @@ LeftOutList leftOut(const Statement& statement) {
     return list;
 }
 
-BlockReader::BlockReader(GasTemplate& record, Braces& braces, FieldMaker& fields, bool docNames)
-    : record_(record), braces_(braces), fields_(fields), docNames_(docNames) {}
+BlockReader::BlockReader(GasFile& file, GasTemplate& record, Braces& braces, bool docNames)
+    : file_(file), record_(record), braces_(braces), docNames_(docNames) {}
 
-void BlockReader::read(const StatementList& list) {
-    record_.Properties.reserve(list.entries);
-    record_.Comments.reserve(list.comments);
-    for (const Statement& statement : list.statements) {
-        (this->*kRules[statement.rule].apply)(statement);
-    }
-    if (record_.Properties.empty()) record_.Properties.resize(list.count);
+std::uint32_t BlockReader::read(std::string_view block, bool squeeze) {
+    const std::uint32_t count =
+        cutStatements<false>(block, squeeze, [this](const Statement& statement) {
+            // Nearly all of them.
+            if (statement.rule == kPropertyRule) return property(statement);
+            (this->*kRules[statement.rule].apply)(statement);
+        });
+    record_.Comments = Text(file_.keep(comments_), file_.page());
+    return count;
 }
 
 void BlockReader::comment(const Statement& statement) {
-    std::wstring& comments = record_.Comments;
-    appendNumber(comments += L"Line ", statement.index);
-    comments += L":\t";
+    comments_.append("Line ").append(std::to_string(statement.index)).append(":\t");
     for (std::string_view rest = statement.cut ? trimStart(statement.text)
                                                : trimBlanks(statement.text);
          !rest.empty();) {
         const std::size_t at = rest.find("//");
-        fields_.append(comments, rest.substr(0, at));
+        appendNormalised(comments_, rest.substr(0, at));
         rest.remove_prefix(at == std::string_view::npos ? rest.size() : at + 2);
     }
-    if (statement.cut) comments += L';';
-    comments += kLineEnd;
+    comments_ += statement.cut ? ";\r\n" : "\r\n";
 }
 
 void BlockReader::namedHeader(const Statement& statement) {
@@ -252,11 +259,10 @@ void BlockReader::namedHeader(const Statement& statement) {
     openSubBlock();
     // The name is part of the group before anything is stored, so the header's
     // own entries stand inside the sub-block that they open.
-    std::string buffer;
     forEachPart(statement.text, [&](std::string_view part) {
         const Pair pair = splitPair(part, ':');
-        if (pair.whole && equalsWithoutCase(cleaned(pair.first, buffer), "n")) {
-            group_ = fields_.group(group_, fields_.name(pair.second));
+        if (pair.whole && equalsWithoutCase(cleaned(pair.first, nameBuffer_), "n")) {
+            group_ = file_.inside(group_, cleaned(pair.second, nameBuffer_));
         }
     });
     forEachPart(statement.text, [&](std::string_view part) { storeHeaderPart(part); });
@@ -267,24 +273,25 @@ void BlockReader::ownHeader(const Statement& statement) {
 }
 
 void BlockReader::header(const Statement& statement) {
-    const SharedText name = fields_.name(statement.text.substr(0, statement.text.find(']')));
+    const std::string_view name =
+        cleaned(statement.text.substr(0, statement.text.find(']')), nameBuffer_);
     openSubBlock();
-    group_ = fields_.group(group_, name);
-    store(name).IsBlock = true;
+    group_ = file_.inside(group_, name);
+    store(name, {}, true);
 }
 
 void BlockReader::oneLineBody(const Statement& statement) {
     header(statement);
     ++braces_.open;
     const std::string_view body = statement.text.substr(statement.text.find('{') + 1);
-    storeProperty(body.substr(0, body.find('}')));
+    storePair(body.substr(0, body.find('}')));
     closeBrace();
 }
 
 void BlockReader::openingLine(const Statement& statement) {
     header(statement);
     ++braces_.open;
-    storeProperty(statement.text.substr(statement.text.find('{') + 1));
+    storePair(statement.text.substr(statement.text.find('{') + 1));
 }
 
 void BlockReader::openingBrace(const Statement&) {
@@ -299,7 +306,14 @@ void BlockReader::property(const Statement& statement) {
     const char* const begin = statement.text.data();
     const char* const end =
         statement.more != nullptr ? statement.more : begin + statement.text.size();
-    storeProperty({begin, statement.equals}, {statement.equals + 1, end});
+    const std::string_view name(begin, statement.equals);
+    const std::string_view value(statement.equals + 1, end);
+    if (statement.brackets) {
+        storeProperty(cleaned(name, nameBuffer_), cleaned(value, valueBuffer_));
+    } else {
+        storeProperty(cleaned<kNoBrackets>(name, nameBuffer_),
+                      cleaned<kNoBrackets>(value, valueBuffer_));
+    }
 }
 
 void BlockReader::openSubBlock() {
@@ -310,40 +324,34 @@ void BlockReader::openSubBlock() {
 void BlockReader::closeBrace() {
     if (--braces_.open >= braces_.mark) return;
     // The mark stays where it is: every further closing brace drops one more.
-    group_ = group_.around();
+    if (group_ != nullptr) group_ = group_->outer();
 }
 
-void BlockReader::storeProperty(std::string_view text) {
+void BlockReader::storePair(std::string_view text) {
     const Pair pair = splitPair(text, '=');
-    if (pair.whole) storeProperty(pair.first, pair.second);
+    if (!pair.whole) return;
+    storeProperty(cleaned(pair.first, nameBuffer_), cleaned(pair.second, valueBuffer_));
 }
 
 void BlockReader::storeProperty(std::string_view name, std::string_view value) {
-    GasProperty& entry = store(fields_.name(name));
-    entry.Value = fields_.value(value);
+    const GasFile::Slice kept = file_.slice(value);
+    store(name, kept);
     // A record without a name is no record, so an empty `doc` names nothing.
-    if (!docNames_ || entry.Value.empty()) return;
-    if (entry.Name.text().size() != 3 || lowerCase(entry.Name) != L"doc") return;
-    record_.Name = entry.Value;
-    renamed_ = true;
+    if (!docNames_ || value.empty() || !equalsWithoutCase(name, "doc")) return;
+    record_.Name = Text(file_.view(kept), file_.page());
 }
 
 void BlockReader::storeHeaderPart(std::string_view part) {
     const Pair pair = splitPair(part, ':');
     if (!pair.whole) return;
-    std::string buffer;
-    std::string_view key = cleaned(pair.first, buffer);
+    std::string_view key = cleaned(pair.first, nameBuffer_);
     if (equalsWithoutCase(key, "t")) key = "type";
     if (equalsWithoutCase(key, "n")) key = "name";
-    store(fields_.name(key)).Value = fields_.value(pair.second);
+    store(key, file_.slice(cleaned(pair.second, valueBuffer_)));
 }
 
-GasProperty& BlockReader::store(SharedText name) {
-    GasProperty& entry = record_.Properties.emplace_back();
-    entry.Name = std::move(name);
-    entry.Group = group_;
-    entry.Level = level_;
-    return entry;
+void BlockReader::store(std::string_view name, GasFile::Slice value, bool isBlock) {
+    file_.add({file_.slice(name), value, group_ == nullptr ? 0 : group_->id, level_, isBlock});
 }
 
 }  // namespace kestrel::loading

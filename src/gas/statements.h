@@ -7,7 +7,6 @@
 #include <string_view>
 #include <vector>
 
-#include "gas/fields.h"
 #include "gas/leftout.h"
 #include "gas/template.h"
 
@@ -35,22 +34,11 @@ struct Statement {
     std::uint32_t index;    // among all statements of the block
     std::uint8_t rule;      // row of the rule table
     bool cut;               // was cut at a ";", so that one belongs to its end
+    bool brackets;          // it has brackets or braces
 };
 
-struct StatementList {
-    std::vector<Statement> statements;
-    std::size_t count = 0;     // of all statements, those that no rule wants too
-    std::size_t entries = 0;   // properties that the rules will store, at a guess
-    std::size_t comments = 0;  // characters of the comment lines, at a guess
-};
-
-// Cuts `block` into statements and finds the rule of each. A run of line ends
-// counts as one when `squeeze`. The list is overwritten; it points into `block`.
-// It holds the statements that some rule does something with.
-void cutStatements(std::string_view block, bool squeeze, StatementList& list);
-
-// As above, for all statements of a normalised block.
-void cutAllStatements(std::string_view block, StatementList& list);
+// All statements of a normalised block, those that no rule wants too. They point into it.
+std::vector<Statement> statementsOf(std::string_view block);
 
 bool isComment(const Statement& statement) noexcept;
 
@@ -60,16 +48,15 @@ bool opensSubBlock(const Statement& statement);
 // Tells what the rule of `statement` leaves out of it.
 LeftOutList leftOut(const Statement& statement);
 
-// Applies the rules to the statements of one block and fills `record`'s
-// Properties and Comments.
+// Applies the rules to the statements of one block and fills its record.
 class BlockReader {
   public:
-    BlockReader(GasTemplate& record, Braces& braces, FieldMaker& fields, bool docNames);
+    // The record's texts are slices of `file`, its properties the entries that this adds.
+    BlockReader(GasFile& file, GasTemplate& record, Braces& braces, bool docNames);
 
-    void read(const StatementList& list);
-
-    // True when a `doc` property has given the record another Name.
-    bool renamed() const noexcept { return renamed_; }
+    // Reads the block. A run of line ends counts as one when `squeeze`. Gives the number of
+    // its statements.
+    std::uint32_t read(std::string_view block, bool squeeze);
 
     // The rules, one function each; statements.cpp holds their ordered table.
     void comment(const Statement& statement);
@@ -85,18 +72,20 @@ class BlockReader {
   private:
     void openSubBlock();
     void closeBrace();
-    void storeProperty(std::string_view text);
-    void storeProperty(std::string_view name, std::string_view value);
+    void storePair(std::string_view text);
+    void storeProperty(std::string_view name, std::string_view value);  // cleaned
     void storeHeaderPart(std::string_view part);
-    GasProperty& store(SharedText name);
+    void store(std::string_view name, GasFile::Slice value, bool isBlock = false);
 
+    GasFile& file_;
     GasTemplate& record_;
     Braces& braces_;
-    FieldMaker& fields_;
     bool docNames_;
-    bool renamed_ = false;
-    SharedGroup group_;
+    const GasGroup* group_ = nullptr;
     std::int16_t level_ = 0;
+    std::string comments_;
+    std::string nameBuffer_;
+    std::string valueBuffer_;
 };
 
 }  // namespace kestrel::loading

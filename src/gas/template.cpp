@@ -2,35 +2,50 @@
 
 #include <algorithm>
 
-#include "base/text.h"
-
 namespace kestrel {
 
-void appendGroupPath(std::wstring& text, std::wstring_view root, const GasProperty& property) {
-    text.append(root) += L'\\';
-    if (property.Group.empty()) return;
-    property.Group.appendTo(text);
-    text += L'_';
-    appendNumber(text, property.Level);
-    text += L'\\';
+bool GasProperties::operator==(const GasProperties& other) const {
+    return count_ == other.count_ && areNone() == other.areNone() &&
+           std::equal(begin(), end(), other.begin());
 }
 
-bool mayBeGroupPath(std::wstring_view path, std::wstring_view root, const GasProperty& property) {
+GasProperties ownProperties(const GasTemplate& record) {
+    return record.Properties.areNone() ? GasProperties() : record.Properties;
+}
+
+void appendGroupPath(std::string& bytes, const Text& root, const Text& group, int level) {
+    root.appendTo(bytes);
+    bytes += '\\';
+    if (group.empty()) return;
+    group.appendTo(bytes);
+    bytes += '_';
+    bytes.append(std::to_string(level)) += '\\';
+}
+
+std::wstring groupPath(const Text& root, const Text& group, int level) {
+    std::string bytes;
+    appendGroupPath(bytes, root, group, level);
+    return root.page().wide(bytes);
+}
+
+std::wstring groupPath(const GasTemplate& record, const GasProperty& property) {
+    return groupPath(record.Name, property.Group, property.Level);
+}
+
+GroupFilter::GroupFilter(const GasTemplate& record, std::wstring_view path)
+    : root_(record.Name), mayHave_(root_.page().has(path)) {
+    if (mayHave_) path_ = root_.page().bytes(path);
+}
+
+bool GroupFilter::has(const GasProperty& property) {
     constexpr std::size_t kLevel = 7;  // with the marks around it
-    const std::size_t least = root.size() + 1 + property.Group.size();
-    return path.size() >= least && path.size() <= least + kLevel;
-}
-
-std::span<const GasProperty> ownProperties(const GasTemplate& record) {
-    const auto isNone = [](const GasProperty& property) { return property == GasProperty(); };
-    if (std::ranges::all_of(record.Properties, isNone)) return {};
-    return record.Properties;
-}
-
-std::wstring groupPath(std::wstring_view root, const GasProperty& property) {
-    std::wstring path;
-    appendGroupPath(path, root, property);
-    return path;
+    const GasGroup* group = property.Group.group();
+    const std::size_t least = root_.bytes().size() + 1 + (group == nullptr ? 0 : group->size);
+    // Groups in groups without end have paths of any length, which are not made for that.
+    if (!mayHave_ || path_.size() < least || path_.size() > least + kLevel) return false;
+    buffer_.clear();
+    appendGroupPath(buffer_, root_, property.Group, property.Level);
+    return buffer_ == path_;
 }
 
 }  // namespace kestrel

@@ -1,42 +1,84 @@
 #pragma once
 
 #include <array>
+#include <compare>
 #include <cstddef>
 #include <cstdint>
-#include <span>
+#include <iterator>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "gas/sharedgroup.h"
-#include "gas/sharedtext.h"
-#include "gas/sourcetext.h"
+#include "gas/gasfile.h"
 
 // The document model: a loaded `.gas` file is an array of GasTemplate, one for
 // each top-level block. An empty text is the absent value throughout. Records
-// are plain values.
+// are plain values; they keep alive what they are slices of.
 namespace kestrel {
 
-// A property, or the header of a sub-block, inside a block.
-struct GasProperty {
-    SharedText Name;         // as written, cleaned; a header's sub-block name
-    std::wstring Value;      // cleaned; empty for a header
-    SharedGroup Group;       // sub-blocks around it
-    bool IsBlock = false;    // stands for a sub-block header
-    std::int16_t Level = 0;  // sub-block headers met so far in the block, as far as it counts
+// The properties of a record, made from its file as they are asked for.
+class GasProperties {
+  public:
+    class Iterator {
+      public:
+        using value_type = GasProperty;
+        using difference_type = std::ptrdiff_t;
+        using iterator_concept = std::forward_iterator_tag;
 
-    bool operator==(const GasProperty&) const = default;
+        Iterator() = default;
+        Iterator(const GasProperties* all, std::size_t index) : all_(all), index_(index) {}
+        GasProperty operator*() const { return (*all_)[index_]; }
+        Iterator& operator++() {
+            ++index_;
+            return *this;
+        }
+        Iterator operator++(int) { return {all_, index_++}; }
+        bool operator==(const Iterator& other) const { return index_ == other.index_; }
+
+      private:
+        const GasProperties* all_ = nullptr;
+        std::size_t index_ = 0;
+    };
+
+    GasProperties() = default;
+    // `count` entries of `file` from `first` on.
+    GasProperties(std::shared_ptr<const GasFile> file, std::uint32_t first, std::uint32_t count)
+        : file_(std::move(file)), first_(first), count_(count) {}
+    // `count` empty ones.
+    static GasProperties none(std::shared_ptr<const GasFile> file, std::uint32_t count) {
+        return {std::move(file), kNone, count};
+    }
+
+    std::size_t size() const noexcept { return count_; }
+    bool empty() const noexcept { return count_ == 0; }
+    // True when they are nobody's: the array of a block without any.
+    bool areNone() const noexcept { return first_ == kNone; }
+    GasProperty operator[](std::size_t index) const {
+        return areNone() ? GasProperty() : file_->property(first_ + index);
+    }
+    GasProperty back() const { return (*this)[count_ - 1]; }
+    Iterator begin() const { return {this, 0}; }
+    Iterator end() const { return {this, count_}; }
+
+    bool operator==(const GasProperties& other) const;
+
+  private:
+    static constexpr auto kNone = static_cast<std::uint32_t>(-1);
+
+    std::shared_ptr<const GasFile> file_;
+    std::uint32_t first_ = kNone;
+    std::uint32_t count_ = 0;
 };
 
 // One top-level block. Without a Name it is no record.
 struct GasTemplate {
     static constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
 
-    std::wstring Name;  // shown name: the kind and the index, or its `doc` value
-    std::wstring Kind;  // display name of the block's kind
-    std::vector<GasProperty> Properties;
-    SourceText Text;        // the block's source text after normalisation
-    std::wstring Comments;  // "Line n:" TAB text CR LF for each comment
+    kestrel::Text Name;  // shown name: the kind and the index, or its `doc` value
+    kestrel::Text Kind;  // display name of the block's kind
+    GasProperties Properties;
+    kestrel::Text Text;      // the block's source text after normalisation
+    kestrel::Text Comments;  // "Line n:" TAB text CR LF for each comment
     // The block's place among the headers of its file; kNowhere for what is no block there
     // as it stands.
     std::size_t Place = kNowhere;
@@ -46,38 +88,49 @@ struct GasTemplate {
 
 // The properties of `record` that its block has: a block without any keeps an array of empty
 // ones, which are nobody's.
-std::span<const GasProperty> ownProperties(const GasTemplate& record);
+GasProperties ownProperties(const GasTemplate& record);
 
 struct BlockKind {
     std::string_view prefix;  // of the header, compared with case
-    std::wstring_view name;   // display name
+    const char* name;         // display name
 };
 
 // The known kinds. The order matters: the first row whose prefix stands at a
 // file's first header decides the kind of the whole file.
 inline constexpr std::array<BlockKind, 11> kBlockKinds{{
-    {"[t:template,", L"Template"},
-    {"[party]", L"Party"},
-    {"[info]", L"Info"},
-    {"[t:tsd,", L"TSD"},
-    {"[t:siege_nodes,", L"Seige Nodes"},
-    {"[t:sed,", L"SED"},
-    {"[credits_movie", L"Credits Movie"},
-    {"[outro]", L"Outro"},
-    {"[intro_movie]", L"Intro Movie"},
-    {"[t:component,", L"Component"},
-    {"[XXXXX", L"Unknown"},
+    {"[t:template,", "Template"},
+    {"[party]", "Party"},
+    {"[info]", "Info"},
+    {"[t:tsd,", "TSD"},
+    {"[t:siege_nodes,", "Seige Nodes"},
+    {"[t:sed,", "SED"},
+    {"[credits_movie", "Credits Movie"},
+    {"[outro]", "Outro"},
+    {"[intro_movie]", "Intro Movie"},
+    {"[t:component,", "Component"},
+    {"[XXXXX", "Unknown"},
 }};
 
-// The path by which the tree, the property list and the renderer agree on where
-// a property sits: `root`, "\" and, inside a sub-block, group, "_", level, "\".
-std::wstring groupPath(std::wstring_view root, const GasProperty& property);
+// Appends the path by which the tree, the property list and the renderer agree on where a
+// property sits: `root`, "\" and, inside a sub-block, group, "_", level, "\". In the page of
+// the texts.
+void appendGroupPath(std::string& bytes, const Text& root, const Text& group, int level);
 
-// As groupPath(), appending to `text`.
-void appendGroupPath(std::wstring& text, std::wstring_view root, const GasProperty& property);
+// The same as wide text.
+std::wstring groupPath(const Text& root, const Text& group, int level);
+std::wstring groupPath(const GasTemplate& record, const GasProperty& property);
 
-// False when `path` is too long or too short for the group path of `property`, which is not
-// made for that.
-bool mayBeGroupPath(std::wstring_view path, std::wstring_view root, const GasProperty& property);
+// Tells the properties of a record whose group path is the one that is looked for.
+class GroupFilter {
+  public:
+    GroupFilter(const GasTemplate& record, std::wstring_view path);
+    bool has(const GasProperty& property);
+
+  private:
+    const Text& root_;
+    std::string path_;
+    bool mayHave_;  // the page has its characters
+    std::string buffer_;
+};
 
 }  // namespace kestrel

@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "services/program.h"
+
 // Bytes and texts in the program's own code page.
 namespace kestrel {
 
@@ -15,5 +17,19 @@ std::string narrow(std::wstring_view text);
 // a file: in the code page where that has every character, else in UTF-8 behind its mark.
 std::string fileBytes(std::wstring_view text);
 std::wstring fileText(std::string_view bytes);
+
+// The bytes of such a file, made from pieces.
+class FileBytes {
+  public:
+    void add(std::wstring_view text);
+    // The text of `bytes` in `page`.
+    void add(std::string bytes, const CodePage& page);
+    void add(FileBytes other) { add(std::move(other.bytes_), *other.page_); }
+    std::string take();
+
+  private:
+    const CodePage* page_ = gProgram().codePage;  // UTF-8 from the first text on that needs it
+    std::string bytes_;
+};
 
 }  // namespace kestrel

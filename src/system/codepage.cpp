@@ -21,12 +21,6 @@ bool isAscii(wchar_t c) noexcept {
     return static_cast<std::uint32_t>(c) < 0x80;
 }
 
-// The compiler turns these loops into vector code: no branch, no early end.
-bool isAscii(const char* bytes, std::size_t count) noexcept {
-    std::uint8_t all = 0;
-    for (std::size_t i = 0; i < count; ++i) all |= numberOf(bytes[i]);
-    return all < 0x80;
-}
 bool isAscii(std::wstring_view text) noexcept {
     std::uint32_t all = 0;
     for (const wchar_t c : text) all |= static_cast<std::uint32_t>(c);
@@ -51,7 +45,8 @@ std::size_t lineOf(std::wstring_view text, std::size_t index) noexcept {
 
 }  // namespace
 
-CodePage::CodePage(unsigned number) : number_(number) {
+CodePage::CodePage(unsigned number, std::size_t index)
+    : number_(number), index_(static_cast<std::uint8_t>(index)) {
     for (std::size_t byte = 0; byte < wide_.size(); ++byte) {
         wide_[byte] = static_cast<wchar_t>(byte);
     }
@@ -63,17 +58,26 @@ CodePage::CodePage(unsigned number) : number_(number) {
     std::ranges::sort(high_);
 }
 
+std::array<std::unique_ptr<const CodePage>, CodePage::kNumbers.size()>& CodePage::made() {
+    static std::array<std::unique_ptr<const CodePage>, kNumbers.size()> pages;
+    return pages;
+}
+
+const CodePage& CodePage::at(std::uint8_t index) noexcept {
+    return index == kUtf8Index ? utf8() : *made()[index];
+}
+
 const CodePage* CodePage::find(unsigned number) {
-    static std::array<std::unique_ptr<const CodePage>, kNumbers.size()> made;
     const auto* at = std::ranges::find(kNumbers, number);
     if (at == kNumbers.end()) return nullptr;
-    auto& page = made[static_cast<std::size_t>(at - kNumbers.begin())];
-    if (page == nullptr) page.reset(new CodePage(number));
+    const auto index = static_cast<std::size_t>(at - kNumbers.begin());
+    auto& page = made()[index];
+    if (page == nullptr) page.reset(new CodePage(number, index));
     return page.get();
 }
 
 const CodePage& CodePage::utf8() {
-    static const CodePage page(kUtf8);
+    static const CodePage page(kUtf8, kUtf8Index);
     return page;
 }
 
@@ -99,7 +103,7 @@ void CodePage::appendWide(std::wstring& text, std::string_view bytes) const {
     constexpr std::size_t kBlock = 4096;
     for (std::size_t start = 0; start < bytes.size(); start += kBlock) {
         const std::size_t end = std::min(start + kBlock, bytes.size());
-        if (isAscii(bytes.data() + start, end - start)) continue;
+        if (kestrel::isAscii(bytes.substr(start, kBlock))) continue;
         for (std::size_t i = start; i < end; ++i) text[before + i] = wide_[numberOf(bytes[i])];
     }
 }

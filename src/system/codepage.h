@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -22,6 +24,11 @@ class CodePage {
     // its mark that it is UTF-8.
     static const CodePage* find(unsigned number);
     static const CodePage& utf8();
+
+    // A small number that stands for the page in this run, and the page of one.
+    static constexpr std::uint8_t kUtf8Index = kNumbers.size();
+    std::uint8_t index() const noexcept { return index_; }
+    static const CodePage& at(std::uint8_t index) noexcept;
 
     // The page that the system's programs use: of the locale's language, or 1252 where
     // that has more than one byte a character.
@@ -51,12 +58,14 @@ class CodePage {
     static constexpr unsigned kUtf8 = 65001;
     static constexpr std::size_t kHigh = 128;  // the bytes below are ASCII in every page
 
-    explicit CodePage(unsigned number);
+    CodePage(unsigned number, std::size_t index);
+    static std::array<std::unique_ptr<const CodePage>, kNumbers.size()>& made();
 
     // The byte of a character beyond ASCII, or -1.
     int byteOf(wchar_t c) const noexcept;
 
     unsigned number_;
+    std::uint8_t index_;
     std::array<wchar_t, 256> wide_{};
     std::array<std::pair<wchar_t, unsigned char>, kHigh> high_{};  // by character
 };

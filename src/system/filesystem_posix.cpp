@@ -20,6 +20,7 @@
 #include "base/error.h"
 #include "base/paths.h"
 #include "system/file_posix.h"
+#include "system/largepages.h"
 #include "system/systemerror.h"
 
 namespace kestrel {
@@ -76,23 +77,13 @@ bool isMissing(int code) noexcept {
     return code == ENOENT || code == ENOTDIR || code == ELOOP || code == ENAMETOOLONG;
 }
 
-// Asks the system for large pages behind the fresh memory of `bytes`: a fault for
-// each small one takes longer than reading what it will hold. A wish, no more.
-void wishForLargePages(std::string& bytes) noexcept {
-    constexpr std::uintptr_t kPage = std::uintptr_t{1} << 21;
-    const auto start = reinterpret_cast<std::uintptr_t>(bytes.data());
-    const std::uintptr_t first = (start + kPage - 1) / kPage * kPage;
-    const std::uintptr_t last = (start + bytes.capacity()) / kPage * kPage;
-    if (first < last) ::madvise(bytes.data() + (first - start), last - first, MADV_HUGEPAGE);
-}
-
 // Reads to the end, wherever it is by now: the file may shrink or grow.
 std::string readAll(posix::File& file, std::size_t expected) {
     constexpr std::size_t kChunk = 0x40000;
     const auto chunk = std::make_unique_for_overwrite<char[]>(kChunk);
     std::string bytes;
     bytes.reserve(expected);
-    wishForLargePages(bytes);
+    wishForLargePages(bytes.data(), bytes.capacity());
     while (const std::size_t count = file.read(chunk.get(), kChunk)) {
         bytes.append(chunk.get(), count);
     }
@@ -298,5 +289,14 @@ std::wstring cacheFolder() {
 }
 
 }  // namespace filesystem
+
+void wishForLargePages(void* memory, std::size_t bytes) noexcept {
+    constexpr std::uintptr_t kPage = std::uintptr_t{1} << 21;
+    const auto start = reinterpret_cast<std::uintptr_t>(memory);
+    const std::uintptr_t first = (start + kPage - 1) / kPage * kPage;
+    const std::uintptr_t last = (start + bytes) / kPage * kPage;
+    if (first < last)
+        ::madvise(static_cast<char*>(memory) + (first - start), last - first, MADV_HUGEPAGE);
+}
 
 }  // namespace kestrel

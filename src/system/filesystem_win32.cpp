@@ -10,6 +10,7 @@
 #include "base/error.h"
 #include "base/paths.h"
 #include "system/file_win32.h"
+#include "system/largepages.h"
 #include "system/systemerror.h"
 
 namespace kestrel {
@@ -315,5 +316,8 @@ std::wstring cacheFolder() {
 }
 
 }  // namespace filesystem
+
+// Windows gives large pages to those alone who may lock memory.
+void wishForLargePages(void*, std::size_t) noexcept {}
 
 }  // namespace kestrel

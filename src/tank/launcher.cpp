@@ -32,8 +32,8 @@ bool isHighSurrogate(wchar_t c) noexcept {
     return c >= 0xD800 && c <= 0xDBFF;
 }
 
-bool isAscii(char c) noexcept {
-    return (c & 0x80) == 0;
+bool isBeyondAscii(char c) noexcept {
+    return (c & 0x80) != 0;
 }
 
 // True where half a pair is written as if it were a character.
@@ -134,7 +134,7 @@ std::wstring OutputDecoder::decode(std::string_view bytes) {
     std::wstring text;
     for (;;) {
         const auto plain =
-            static_cast<std::size_t>(std::ranges::find_if_not(left, isAscii) - left.begin());
+            static_cast<std::size_t>(std::ranges::find_if(left, isBeyondAscii) - left.begin());
         text.append(left.begin(), left.begin() + static_cast<std::ptrdiff_t>(plain));
         left.remove_prefix(plain);
         std::size_t end = left.find_first_of("\r\n");

@@ -143,7 +143,7 @@ void appendLine(std::wstring& report, std::wstring_view label, std::wstring_view
 void appendNumberLine(std::wstring& report, std::wstring_view label, std::int32_t number,
                       std::wstring_view unit = {}) {
     report += label;
-    appendNumber(report, number);
+    report += std::to_wstring(number);
     report.append(unit).append(kLineEnd);
 }
 
@@ -192,7 +192,7 @@ void appendData(std::wstring& report, TankHandle tank, const Entry& entry) {
     }
     const bool raw = isRaw(entry.name);
     report += raw ? L"Unable to show non-text data(" : L"Data follows(";
-    appendNumber(report, glngGetChildSize(tank, entry.handle));
+    report += std::to_wstring(glngGetChildSize(tank, entry.handle));
     report += L" bytes)";
     if (raw) {
         report += L'.';

@@ -10,7 +10,7 @@
 #include "base/error.h"
 #include "base/paths.h"
 #include "base/text.h"
-#include "gas/gasfiles.h"
+#include "gas/gasnames.h"
 #include "gas/load.h"
 #include "services/files.h"
 #include "services/guard.h"
@@ -69,53 +69,92 @@ class Targets {
     std::map<std::wstring, std::size_t> uses_;  // of the files that are written
 };
 
+// Where the texts of a conversion go.
+class Sink {
+  public:
+    Sink() = default;
+    virtual ~Sink() = default;
+    Sink(const Sink&) = delete;
+    Sink& operator=(const Sink&) = delete;
+
+    // Throws when the text of the source at `path` may not be written.
+    virtual void check(const std::wstring& path) const = 0;
+    virtual void add(const std::wstring& path, FileBytes text) = 0;
+    // Puts texts that wait in their places, `all` of them or those that it is time for; gives
+    // those that failed, by their sources.
+    virtual std::vector<filesystem::Failure> settle(bool all) = 0;
+};
+
+// A file beside each source.
+class SeparateFiles final : public Sink {
+  public:
+    SeparateFiles(const Targets& targets, std::wstring_view header)
+        : targets_(targets), header_(header) {}
+
+    void check(const std::wstring& path) const override { targets_.check(tabPath(path)); }
+
+    void add(const std::wstring& path, FileBytes text) override {
+        FileBytes file;
+        file.add(header_);
+        file.add(std::move(text));
+        output_.add(tabPath(path), file.take());
+        waiting_.emplace(tabPath(path), path);
+    }
+
+    std::vector<filesystem::Failure> settle(bool all) override {
+        if (!all && !output_.isDue()) return {};
+        std::vector<filesystem::Failure> failures = output_.commit();
+        for (filesystem::Failure& failure : failures) failure.path = waiting_.at(failure.path);
+        waiting_.clear();
+        return failures;
+    }
+
+  private:
+    const Targets& targets_;
+    std::wstring_view header_;
+    filesystem::Batch output_;
+    std::map<std::wstring, std::wstring> waiting_;  // sources by the outputs that wait for the disk
+};
+
+// One file for all of them.
+class OneFile final : public Sink {
+  public:
+    void check(const std::wstring&) const override {}
+    void add(const std::wstring&, FileBytes text) override { together_.add(std::move(text)); }
+    std::vector<filesystem::Failure> settle(bool) override { return {}; }
+
+    // Throws when the file was not written.
+    void write(const std::wstring& path, std::wstring_view head) {
+        FileBytes file;
+        file.add(head);
+        file.add(std::move(together_));
+        const Silence silence;
+        if (!writeBytesKeeping(path, file.take()) && silence.failure()) throw *silence.failure();
+    }
+
+  private:
+    FileBytes together_;
+};
+
 // One run over the files of a folder.
 class Conversion {
   public:
-    Conversion(const std::wstring& folder, const std::vector<std::wstring>& names, bool single,
-               std::wstring_view header, Owner* owner, ProgressScope& progress,
-               ConversionOutcome& outcome)
-        : folder_(folder),
-          names_(names),
-          single_(single),
-          header_(header),
-          owner_(owner),
-          progress_(progress),
-          outcome_(outcome),
-          targets_(folder, names, single) {}
+    Conversion(const std::wstring& folder, ProgressScope& progress, ConversionOutcome& outcome)
+        : folder_(folder), progress_(progress), outcome_(outcome) {}
 
-    void convertAll() {
-        for (std::size_t i = 0; i < names_.size() && !outcome_.cancelled; ++i) {
+    // Gives the number of those that were converted.
+    std::size_t convertAll(const std::vector<std::wstring>& names, Sink& sink) {
+        std::size_t converted = 0;
+        for (std::size_t i = 0; i < names.size() && !outcome_.cancelled; ++i) {
             progress_.overall(L"File " + std::to_wstring(i + 1) + L" of " +
-                              std::to_wstring(names_.size()));
-            attempt(names_[i], [&] { convert(names_[i]); });
-            if (output_.isDue()) putInPlace();
+                              std::to_wstring(names.size()));
+            attempt(names[i], [&] { converted += convert(names[i], sink) ? 1 : 0; });
+            converted -= settle(sink, false);
             outcome_.cancelled = !progress_.goesOn();
         }
-        putInPlace();
+        return converted - settle(sink, true);
     }
 
-    // False, which is told, when the single output file may not be written.
-    bool mayWrite(const std::wstring& path) {
-        return attempt(fileName(path), [&] { targets_.check(path); });
-    }
-
-    // The output of all files is one text: `head`, then what they gave. False, which is
-    // told, when it was not written.
-    bool writeTogether(const std::wstring& path, std::wstring_view head) {
-        const bool written = attempt(fileName(path), [&] {
-            together_.insert(0, head);
-            const Silence silence;
-            if (!writeBytesKeeping(path, fileBytes(together_)) && silence.failure())
-                throw *silence.failure();
-        });
-        if (!written) converted_ = 0;
-        return written;
-    }
-
-    std::size_t converted() const noexcept { return converted_; }
-
-  private:
     // Runs `step` for a file; false when it failed, which is told.
     template <class Step>
     bool attempt(std::wstring_view name, Step step) {
@@ -128,46 +167,29 @@ class Conversion {
         return false;
     }
 
-    void convert(const std::wstring& name) {
-        const std::wstring target = tabPath(folder_ + name);
-        if (!single_) targets_.check(target);
-        if (!load(name)) return leaveOut(name, L"it holds no .gas data");
+  private:
+    bool convert(const std::wstring& name, Sink& sink) {
+        const std::wstring path = folder_ + name;
+        sink.check(path);
+        std::string bytes = filesystem::read(path).value_or(std::string());
+        const GasRecords records = readRecords(std::move(bytes), *gProgram().sourcePage);
+        if (records.templates.empty()) return leaveOut(name, L"it holds no .gas data"), false;
         progress_.process(std::wstring(kProcessing).append(name));
-        std::wstring text = render(name);
+        std::string texts = templateTexts(records.templates, progress_);
         // Cancelled: there is nothing whole to write.
-        if (text.empty()) return;
-        if (single_) {
-            together_ += text;
-        } else {
-            output_.add(target, fileBytes(text.insert(0, header_)));
-            waiting_.emplace(target, name);
-        }
-        ++converted_;
+        if (texts.empty()) return false;
+        FileBytes file;
+        file.add(fileHeading(path, records.templates.size()));
+        file.add(std::move(texts), records.templates.front().Name.page());
+        sink.add(path, std::move(file));
+        return true;
     }
 
-    bool load(const std::wstring& name) {
-        const Silence silence;
-        std::wstring source = folder_ + name;
-        const bool loaded = gblnLoadGas(source, templates_, nullptr);
-        if (silence.failure()) throw *silence.failure();
-        return loaded;
-    }
-
-    std::wstring render(const std::wstring& name) {
-        const Silence silence;
-        std::wstring text =
-            gstrMakeFileText(folder_ + name, templates_, owner_, 0, progress_.dialog());
-        if (silence.failure()) throw *silence.failure();
-        return progress_.didCancel() ? std::wstring() : text;
-    }
-
-    // Puts the files that were written in their places.
-    void putInPlace() {
-        for (const filesystem::Failure& failure : output_.commit()) {
-            --converted_;
-            fail(waiting_.at(failure.path), failure.error);
-        }
-        waiting_.clear();
+    // Gives the number of those that failed.
+    std::size_t settle(Sink& sink, bool all) {
+        const std::vector<filesystem::Failure> failures = sink.settle(all);
+        for (const auto& [path, error] : failures) fail(fileName(path), error);
+        return failures.size();
     }
 
     void fail(std::wstring_view name, const RunTimeError& error) {
@@ -194,18 +216,8 @@ class Conversion {
     }
 
     const std::wstring& folder_;
-    const std::vector<std::wstring>& names_;
-    bool single_;
-    std::wstring_view header_;
-    Owner* owner_;
     ProgressScope& progress_;
     ConversionOutcome& outcome_;
-    Targets targets_;
-    std::vector<GasTemplate> templates_;
-    std::wstring together_;
-    filesystem::Batch output_;
-    std::map<std::wstring, std::wstring> waiting_;  // sources by the outputs that wait for the disk
-    std::size_t converted_ = 0;
     bool hasFailed_ = false;
 };
 
@@ -253,20 +265,27 @@ bool gblnConvertFolder(std::wstring& folder, std::wstring& summary, std::wstring
         result.leftOut.clear();
         ProgressScope scope(progress, owner, kProcessing);
         const bool single = (options & kSingleFile) != 0;
-        Conversion conversion(folder, names, single, header, owner, scope, result);
-        const std::wstring output = singleOutput(folder, outputFile);
-        const bool may = !single || conversion.mayWrite(output);
-        if (may) conversion.convertAll();
-        if (!single) {
-            appendCounts(summary, names.size(), conversion.converted());
-            appendLine(summary, L"Output folder: ", folder);
-        } else {
+        const Targets targets(folder, names, single);
+        Conversion conversion(folder, scope, result);
+        if (single) {
+            const std::wstring output = singleOutput(folder, outputFile);
+            OneFile sink;
+            std::size_t converted = 0;
+            const auto step = [&](auto write) {
+                return conversion.attempt(fileName(output), write);
+            };
+            bool written = step([&] { targets.check(output); });
+            if (written) converted = conversion.convertAll(names, sink);
             std::wstring counts = summary;
-            appendCounts(counts, names.size(), conversion.converted());
-            const bool written = may && !result.cancelled &&
-                                 conversion.writeTogether(output, singleHead(header, counts));
-            appendCounts(summary, names.size(), written ? conversion.converted() : 0);
+            appendCounts(counts, names.size(), converted);
+            written = written && !result.cancelled &&
+                      step([&] { sink.write(output, singleHead(header, counts)); });
+            appendCounts(summary, names.size(), written ? converted : 0);
             if (written) appendLine(summary, L"Output filename: ", output);
+        } else {
+            SeparateFiles sink(targets, header);
+            appendCounts(summary, names.size(), conversion.convertAll(names, sink));
+            appendLine(summary, L"Output folder: ", folder);
         }
         appendLeftOut(summary, result.leftOut);
         return true;

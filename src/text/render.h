@@ -7,8 +7,10 @@
 
 #include "gas/template.h"
 #include "services/host.h"
+#include "services/progress.h"
 
-// Tab-delimited text of templates, with CR LF line ends.
+// Tab-delimited text of templates, with CR LF line ends. It is made of the bytes of the
+// records, in their page; whoever shows it asks for wide text.
 namespace kestrel {
 
 // The text of one template: its properties with their group paths and, unless
@@ -23,11 +25,17 @@ std::wstring gstrMakeText(const GasTemplate& record, Owner* owner, std::wstring&
 
 // As gstrMakeText, unfiltered and without a dialog, in parts that `take` gets one after the
 // other: however long the text is, no more than a part of it is held.
-void makeText(const GasTemplate& record, const std::function<void(std::wstring_view part)>& take);
+using TakePart = std::function<void(const Text& part)>;
+void makeText(const GasTemplate& record, const TakePart& take);
 
 // The text of all templates of the file at `path`, in file order; empty when
 // there is none, and after a cancel. `reserved` is not used.
 std::wstring gstrMakeFileText(std::wstring_view path, const std::vector<GasTemplate>& templates,
                               Owner* owner, int reserved, Progress* progress);
+
+// The same as its two parts: what stands above the templates, and their texts. The second
+// is empty after a cancel. Throws RunTimeError.
+std::wstring fileHeading(std::wstring_view path, std::size_t templates);
+std::string templateTexts(const std::vector<GasTemplate>& templates, ProgressScope& progress);
 
 }  // namespace kestrel

@@ -128,14 +128,14 @@ std::wstring branchFilter(std::wstring_view path, bool useTree) {
 
 std::wstring propertyText(const GasTemplate& record, std::size_t position, PropertyColumn column) {
     if (position >= record.Properties.size()) return {};
-    const GasProperty& property = record.Properties[position];
+    const GasProperty property = record.Properties[position];
     switch (column) {
         case PropertyColumn::property:
-            return property.Name;
+            return property.Name.wide();
         case PropertyColumn::value:
-            return property.Value;
+            return property.Value.wide();
         case PropertyColumn::group:
-            return groupPath(record.Name, property);
+            return groupPath(record, property);
     }
     return {};
 }
@@ -145,38 +145,30 @@ std::wstring propertySortText(const GasTemplate& record, std::size_t position,
     if (column != PropertyColumn::group || position >= record.Properties.size()) {
         return propertyText(record, position, column);
     }
-    const GasProperty& property = record.Properties[position];
-    return groupPath(record.Name, {{}, {}, property.Group.start(), false, property.Level});
+    const GasProperty property = record.Properties[position];
+    const GasGroup* group = property.Group.group();
+    return groupPath(record.Name, Text(group == nullptr ? nullptr : group->start), property.Level);
 }
 
 RowOrder propertyRows(const GasTemplate& record, std::wstring_view filter, RowOrder order) {
     if (filter.empty()) return order;
-    std::wstring path;
-    std::erase_if(order, [&](std::uint32_t position) {
-        const GasProperty& property = record.Properties[position];
-        if (!mayBeGroupPath(filter, record.Name, property)) return true;
-        path.clear();
-        appendGroupPath(path, record.Name, property);
-        return path != filter;
-    });
+    GroupFilter branch(record, filter);
+    std::erase_if(order, [&](auto position) { return !branch.has(record.Properties[position]); });
     return order;
 }
 
 std::wstring screenNameText(const GasTemplate& record, const RowOrder& rows) {
-    const GasProperty* last = nullptr;
-    for (std::uint32_t position : rows) {
-        const GasProperty& property = record.Properties[position];
-        // The addresses are those of one array: a later one is later in the file.
-        if (property.Name == L"screen_name" && (last == nullptr || last < &property)) {
-            last = &property;
-        }
+    std::optional<std::uint32_t> last;
+    for (const std::uint32_t position : rows) {
+        if (record.Properties[position].Name == "screen_name") last = std::max(last, {position});
     }
-    if (last == nullptr) return {};
-    return groupPath(record.Name, *last) + L" (Screen Name='" + last->Value + L"')";
+    if (!last) return {};
+    const GasProperty property = record.Properties[*last];
+    return groupPath(record, property) + L" (Screen Name='" + property.Value.wide() + L"')";
 }
 
 std::wstring selectionText(std::size_t position, const GasTemplate& record) {
-    return L"Template " + makeKey(position) + L" is " + record.Name;
+    return L"Template " + makeKey(position) + L" is " + record.Name.wide();
 }
 
 std::wstring countText(std::size_t count, std::wstring_view what) {

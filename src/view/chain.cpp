@@ -57,8 +57,8 @@ std::vector<std::size_t> sourceValues(const std::vector<GasTemplate>& templates)
     for (const GasTemplate& record : templates) {
         if (record.Name.empty()) continue;
         for (const GasProperty& property : record.Properties) {
-            if (property.Name == L"doc" || property.Name == L"name") {
-                values.push_back(hashOf(property.Value));
+            if (property.Name == "doc" || property.Name == "name") {
+                values.push_back(hashOf(property.Value.wide()));
             }
         }
     }
@@ -70,7 +70,7 @@ std::vector<std::size_t> sourceValues(const std::vector<GasTemplate>& templates)
 
 std::wstring chainName(const GasTemplate& record) {
     const std::wstring name = gstrFindPropertyVal(record, L"name");
-    return name.empty() ? record.Name : name;
+    return name.empty() ? record.Name.wide() : name;
 }
 
 bool ChainDocument::load(const std::wstring& file) {
@@ -169,7 +169,7 @@ void SpecializesChain::click(std::size_t index) {
     block_.reset();
     if (record != nullptr) {
         guarded(kRoutine, [&] { grow(index, *record); });
-        text_ = guarded(kRoutine, [&] { return std::wstring(record->Text); });
+        text_ = guarded(kRoutine, [&] { return record->Text.wide(); });
         if (record->Place != GasTemplate::kNowhere) block_ = {currentFile(), record->Place};
     } else {
         text_ = kNoSource;

@@ -14,9 +14,9 @@ class Closing {
     };
     // What is at work now.
     struct Work {
-        bool yields = false;       // something shows its progress
-        bool inDialog = false;     // a dialog waits for its user
-        bool dialogEnds = false;   // one that was told to end is still there
+        bool yields = false;      // something shows its progress
+        bool inDialog = false;    // a dialog waits for its user
+        bool dialogEnds = false;  // one that was told to end is still there
     };
     enum class Step { none, endDialog, go };
 

@@ -42,11 +42,15 @@ void appendRow(std::wstring& text, const ListShot& list, std::size_t index) {
 
 std::wstring gstrMakeListText(const ListShot& list) {
     return guarded(L"gstrMakeText", [&] {
-        std::wstring text = kTextHeading + list.tag;
-        text.append(kLineEnd).append(kFormatLine).append(sortLine(list)).append(kTopRuler);
+        std::wstring text;
+        append(text, kTextHeading);
+        text.append(list.tag).append(kLineEnd);
+        append(text, kFormatLine);
+        append(text.append(sortLine(list)), kTopRuler);
         appendHeadings(text, list);
         for (std::size_t i = 0; i < list.rows.size(); ++i) appendRow(text, list, i);
-        return text.append(kClosingRuler);
+        append(text, kClosingRuler);
+        return text;
     });
 }
 

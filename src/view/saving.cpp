@@ -6,7 +6,7 @@
 #include "base/error.h"
 #include "base/paths.h"
 #include "gas/edit.h"
-#include "gas/gasfiles.h"
+#include "gas/gasnames.h"
 #include "services/files.h"
 #include "services/guard.h"
 #include "services/pagetext.h"

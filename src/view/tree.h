@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -14,8 +13,8 @@ struct BlockNode {
     static constexpr std::size_t kNoParent = static_cast<std::size_t>(-1);
     std::wstring label;              // block name + "_" + level; the template's Name at the root
     std::size_t parent = kNoParent;  // index of the enclosing node
-    SharedGroup group = {};          // of the sub-block; the tree's paths are made when asked for
-    std::int16_t level = 0;
+    // The property that it was made for, whose group and level it has; none at the root.
+    std::size_t property = kNoParent;
 };
 
 // The block tree of `record`: the root at index 0, then one node per sub-block
@@ -26,8 +25,10 @@ std::vector<BlockNode> blockTree(const GasTemplate& record);
 // The branch path of a node of the tree of `record`, with its last "\".
 std::wstring branchPath(const GasTemplate& record, const BlockNode& node);
 
-// The node of the sub-block that `property` stands in; the end of `nodes` when there is none.
-std::vector<BlockNode>::const_iterator nodeOf(const std::vector<BlockNode>& nodes,
+// The node of the tree of `record` for the sub-block that `property` stands in; the end of
+// `nodes` when there is none.
+std::vector<BlockNode>::const_iterator nodeOf(const GasTemplate& record,
+                                              const std::vector<BlockNode>& nodes,
                                               const GasProperty& property);
 
 // What the status bar shows for a node: its branch path without the last "\".

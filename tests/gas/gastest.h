@@ -27,25 +27,21 @@ inline std::string flat(std::wstring_view text) {
     return flat(toUtf8(text));
 }
 
-// The records of the flat text `file`, which outlive the array that they were loaded into.
+// The records of the flat text `file`.
 inline std::vector<GasTemplate> loaded(const std::string& file, TemplateList* list = nullptr) {
-    std::vector<GasTemplate> templates;
-    EXPECT_TRUE(loadGasText(fromUtf8(lines(file)), templates, list));
-    return {templates.begin(), templates.end()};
+    return readRecords(lines(file), CodePage::utf8(), list).templates;
 }
 
 // A property is `name=value @group#level`, a header of a sub-block `[name] @group#level`.
 inline std::string dump(const GasProperty& property) {
-    const std::wstring& name = property.Name;
-    std::wstring line =
-        property.IsBlock ? L"[" + name + L"]" + property.Value : name + L"=" + property.Value;
-    line.append(L" @").append(property.Group.text()) += L'#';
-    return toUtf8(line + std::to_wstring(property.Level));
+    const std::wstring name = property.Name.wide();
+    return toUtf8((property.IsBlock ? L"[" + name + L"]" : name + L"=") + property.Value.wide() +
+                  L" @" + property.Group.wide() + L"#" + std::to_wstring(property.Level));
 }
 
 inline std::string dump(const GasTemplate& record) {
     std::string text;
-    for (const GasProperty& property : record.Properties) {
+    for (const GasProperty property : record.Properties) {
         text += (text.empty() ? "" : ", ") + dump(property);
     }
     return text;

@@ -107,15 +107,15 @@ class Story final : public TemplateList {
     void tellBlocks(const std::string& file) {
         for (const GasTemplate& record : loaded(file, this)) {
             const bool isBlock = record.Place != GasTemplate::kNowhere;
-            tell(toUtf8(record.Kind) + " " + (isBlock ? std::to_string(record.Place) : "-") + " " +
-                 toUtf8(record.Name) + ": " + toUtf8(record.Text.wide()));
+            tell(toUtf8(record.Kind.wide()) + " " + (isBlock ? std::to_string(record.Place) : "-") +
+                 " " + toUtf8(record.Name.wide()) + ": " + toUtf8(record.Text.wide()));
             tellEntries(record);
         }
     }
 
     void tellEntries(const GasTemplate& record) {
         tell("  " + dump(record));
-        if (!record.Comments.empty()) tell("  " + toUtf8(record.Comments));
+        if (!record.Comments.empty()) tell("  " + toUtf8(record.Comments.wide()));
     }
 
     void tellTree(const GasTemplate& record) {
@@ -125,18 +125,18 @@ class Story final : public TemplateList {
             tell(toUtf8(node.label + L" " + branchPath(record, node) + (isBelow ? L" < " : L"") +
                         (isBelow ? nodes[node.parent].label : L"")));
         }
-        const auto last = nodeOf(nodes, record.Properties.back());
+        const auto last = nodeOf(record, nodes, record.Properties.back());
         tell("last: " + toUtf8(last->label + L" " + fullPath(record, *last)));
     }
 
     void read(const std::string& bytes) {
         std::vector<GasTemplate> templates(3);
-        templates[0].Kind = L"kept";
+        templates[0].Kind = "kept";
         std::wstring path = fromUtf8(bytes);
         if (!path.starts_with(L'/')) path = folder_.put(L"x.gas", bytes);
         const bool read = gblnLoadGas(path, templates, this);
         tell((read ? "loaded" : "failed") + std::string(path.empty() ? ", no path, " : ", ") +
-             std::to_string(templates.size()) + " of " + toUtf8(templates[0].Kind));
+             std::to_string(templates.size()) + " of " + toUtf8(templates[0].Kind.wide()));
     }
 
     void check(const std::string& bytes) {
@@ -168,11 +168,11 @@ class Story final : public TemplateList {
         const std::string start = toUtf8(parts.at(0));
         const auto records = loaded(replaced(text_, kUtf8Mark, ""));
         const GasTemplate& block = records.at(static_cast<std::size_t>(start.at(0) - '0'));
-        std::wstring text = block.Text;
+        std::wstring text = block.Text.wide();
         text.replace(text.find(parts.at(1)), parts[1].size(), parts.at(2));
         const std::string now = parts.size() < 4 ? text_ : toUtf8(parts[3]);
         const FileBlock place{folder_.put(L"open.gas", bytesOf(now)), block.Place};
-        ViewedText viewed{[&] { return text; }, true, true, block.Text, place};
+        ViewedText viewed{[&] { return text; }, true, true, block.Text.wide(), place};
         save(viewed, "open.gas", start.substr(1), {});
         EXPECT_EQ(viewed.loaded == text, host_.log.back() == "saved");
     }

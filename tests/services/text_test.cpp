@@ -96,7 +96,7 @@ TEST(Bytes, ARefusalNamesTheFirstCharacterWithoutByteAndItsLine) {
         {L"\u0416", "'\u0416' (U+0416) in line 1"},
         {L"a\r\nb\r\n\u0416\u0417", "'\u0416' (U+0416) in line 3"},
         {L"a\nb\rc\u2500", "'\u2500' (U+2500) in line 3"},
-        {L"a\x9F", "U+009F in line 1"},
+        {L"a\x80", "U+0080 in line 1"},
         {L"a\r\n\U0001F600", "'\U0001F600' (U+1F600) in line 2"},
         {{0xD800}, "U+D800 in line 1"},
         {{0xDFFF}, "U+DFFF in line 1"},

@@ -1,10 +1,9 @@
 // The texts of templates and of lists.
 
-#include <gtest/gtest.h>
-
+#include "text/render.h"
+#include "gas/gastest.h"
 #include "services/program.h"
 #include "support/recordinghost.h"
-#include "text/render.h"
 #include "view/listtext.h"
 
 namespace kestrel {
@@ -21,20 +20,17 @@ std::wstring headed(const std::wstring& name, const std::wstring& rows) {
            kMinus + rows;
 }
 
-const GasTemplate kCrate{L"Template0",
-                         L"Template",
-                         {{L"name", L"box", {}, false, 0}, {L"mass", L"2", L"physics", false, 1}},
-                         L"",
-                         L"Line 3:\t crate\r\n"};
+const GasTemplate kCrate = loaded("[t:template,n:box]|[physics]|// crate|mass = 2;|").at(0);
 const std::wstring kNameRow = L"name\tbox\tTemplate0\\\r\n";
-const std::wstring kMassRow = L"mass\t2\tTemplate0\\physics_1\\\r\n";
+const std::wstring kMassRows =
+    L"physics\t\tTemplate0\\physics_1\\\r\nmass\t2\tTemplate0\\physics_1\\\r\n";
 const std::wstring kCrateText =
-    headed(L"Template0", kNameRow + kMassRow) + kComments + kCrate.Comments + kStars;
+    headed(L"Template0", kNameRow + kMassRows) + kComments + L"Line 2:\t crate\r\n" + kStars;
 
 TEST(Render, AFilterTakesRowsAndTheComments) {
     const test::RecordingHost host;
-    const GasTemplate slash{L"a\\", L"Template", {{L"x", L"1", {}, false, 0}}, L"", L""};
-    const GasTemplate empty{L"Info0", L"Info", {}, L"", L""};
+    const GasTemplate slash = loaded("[t:template,]|doc = a\\;|").at(0);
+    const GasTemplate empty = loaded("[info]|").at(0);
     const struct {
         const GasTemplate& record;
         std::wstring filter;
@@ -45,11 +41,11 @@ TEST(Render, AFilterTakesRowsAndTheComments) {
         {kCrate, L"", false, kCrateText, L"Template0\\"},
         {kCrate, L"not like it", false, kCrateText, L"not like it\\"},
         {kCrate, L"", true, headed(L"Template0", kNameRow) + kStars, L"Template0\\"},
-        {kCrate, L"Template0\\physics_1", true, headed(L"Template0", kMassRow) + kStars,
+        {kCrate, L"Template0\\physics_1", true, headed(L"Template0", kMassRows) + kStars,
          L"Template0\\physics_1\\"},
         {kCrate, L"Template0\\Physics_1", true, headed(L"Template0", L"") + kStars,
          L"Template0\\Physics_1\\"},
-        {slash, L"", true, headed(L"a\\", L"x\t1\ta\\\\\r\n") + kStars, L"a\\\\"},
+        {slash, L"", true, headed(L"a\\", L"doc\ta\\\ta\\\\\r\n") + kStars, L"a\\\\"},
         {empty, L"", false, headed(L"Info0", L"") + kComments + kStars, L"Info0\\"},
     };
     for (const auto& c : cases) {
@@ -63,13 +59,14 @@ TEST(Render, AFilterTakesRowsAndTheComments) {
 
 TEST(Render, PartsAreTheWhole) {
     const test::RecordingHost host;
-    GasTemplate big = kCrate;
-    big.Properties.assign(10000, {L"x", L"1", L"a\\b", false, 1});
+    std::string rows = "[info]|[a\\b]|";
+    for (int i = 0; i < 10000; ++i) rows += "x = 1;|";
+    const GasTemplate big = loaded(rows).at(0);
     std::wstring whole;
     std::size_t longest = 0;
-    makeText(big, [&](std::wstring_view part) {
-        whole += part;
-        longest = std::max(longest, part.size());
+    makeText(big, [&](const Text& part) {
+        whole += part.wide();
+        longest = std::max(longest, part.bytes().size());
     });
     std::wstring filter;
     EXPECT_EQ(whole, gstrMakeText(big, nullptr, filter, false, nullptr));
@@ -79,20 +76,21 @@ TEST(Render, PartsAreTheWhole) {
 TEST(Render, TheDialogTellsTheLastRowWrittenAndCancels) {
     test::RecordingHost host;
     host.logsProgressSteps = true;
-    for (const std::size_t cancelAt : {std::size_t{100}, std::size_t{1}}) {
+    for (const std::size_t cancelAt : {std::size_t{100}, std::size_t{2}}) {
         host.log.clear();
         host.progressSteps = 0;
         host.cancelAt = cancelAt;
         std::wstring filter;
         const std::wstring text = gstrMakeText(kCrate, &host, filter, true, nullptr);
-        EXPECT_EQ(text.empty(), cancelAt == 1) << "a cut text is never handed out";
-        EXPECT_EQ(host.log, (std::vector<std::string>{
-                                "disable", "Process: Processing: Template0",
-                                "SubProcess: ", "show: owner", "ShowProgress: 0 | Property: name",
-                                "ShowProgress: 50 | Property: name", "unload", "enable", "focus"}));
+        EXPECT_EQ(text.empty(), cancelAt == 2) << "a cut text is never handed out";
+        EXPECT_EQ(host.log,
+                  (std::vector<std::string>{
+                      "disable", "Process: Processing: Template0", "SubProcess: ", "show: owner",
+                      "ShowProgress: 0 | Property: name", "ShowProgress: 33 | Property: name",
+                      "ShowProgress: 67 | Property: name", "unload", "enable", "focus"}));
         EXPECT_FALSE(gProgram().progressShowing);
         host.progressSteps = 0;
-        EXPECT_EQ(gstrMakeFileText(L"a.gas", {kCrate}, &host, 0, nullptr).empty(), cancelAt == 1);
+        EXPECT_EQ(gstrMakeFileText(L"a.gas", {kCrate}, &host, 0, nullptr).empty(), cancelAt == 2);
     }
 }
 

@@ -82,12 +82,5 @@ TEST_F(Icons, TakeTheWindowsTextColourAndAnAccentThatCanBeSeen) {
     }
 }
 
-TEST_F(Icons, TheProgramIconHasEverySizeThatWindowsShow) {
-    for (const int size : {16, 24, 32, 48, 64}) {
-        const wxIcon one = programIcon().GetIcon(wxSize(size, size), wxIconBundle::FALLBACK_NONE);
-        EXPECT_TRUE(one.IsOk() && one.GetSize() == wxSize(size, size)) << size;
-    }
-}
-
 }  // namespace
 }  // namespace kestrel::test

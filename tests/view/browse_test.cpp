@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
-#include "gas/query.h"
+#include "base/keys.h"
 #include "gas/gastest.h"
+#include "gas/query.h"
 #include "support/shown.h"
 #include "support/tempfolder.h"
 #include "view/browse.h"
@@ -86,7 +87,7 @@ TEST(Browse, FilterTakesOneBranchAlone) {
 }
 
 TEST(Browse, CellsAndTextsReadAsShown) {
-    GasTemplate box = boxTemplate();
+    const GasTemplate box = boxTemplate();
     const std::tuple<std::size_t, PropertyColumn, const wchar_t*> cells[] = {
         {4, PropertyColumn::property, L"x"},
         {4, PropertyColumn::value, L"1"},
@@ -97,10 +98,12 @@ TEST(Browse, CellsAndTextsReadAsShown) {
         EXPECT_EQ(propertyText(box, position, column), text);
         EXPECT_EQ(propertySortText(box, position, column), text);
     }
-    box.Properties[4].Group = std::wstring(256, L'a') + L"\\b";
-    EXPECT_EQ(propertySortText(box, 4, PropertyColumn::group),
-              L"box\\" + std::wstring(256, L'a') + L"_1\\");
+    const std::string most(256, 'a');
+    const GasTemplate deep = loaded("[info]|[" + most + "]|[b]|x = 1;|").at(0);
+    EXPECT_EQ(propertySortText(deep, 2, PropertyColumn::group),
+              L"Info0\\" + fromUtf8(most) + L"_2\\");
     EXPECT_EQ(selectionText(2, box), L"Template K2 is box");
+    EXPECT_EQ(gintKeyIndex(L"K120"), 120);
     EXPECT_EQ(countText(0, L"Properties"), L"0 Properties");
     EXPECT_EQ(chainText(L"Alpha||b|"), L"Alpha > b");
     Version version = Program::defaultVersion();
@@ -131,7 +134,7 @@ std::vector<GasTemplate> chains() {
         "[t:template,n:q]|doc = Quill;|specializes = p;|"
         "[t:template,n:axe_1]|doc = axe;|specializes = axe;|[t:template,n:d]|specializes = Gamma;|"
         "[t:template,n:p]|mass = second;|mass = third;|");
-    templates.at(1).Name.clear();  // which makes it none
+    templates.at(1).Name = {};  // which makes it none
     return templates;
 }
 

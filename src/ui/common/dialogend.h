@@ -18,6 +18,12 @@ class FileKeeper {
     ~FileKeeper() = default;
 };
 
+// The window as a dialog that is shown modal; null when it is none.
+inline wxDialog* asModal(wxWindow* window) {
+    auto* dialog = dynamic_cast<wxDialog*>(window);
+    return dialog != nullptr && dialog->IsModal() ? dialog : nullptr;
+}
+
 // Shows a dialog until it ends, and gives the keyboard back to its parent: a window
 // manager may be confused by two windows that go at once. The dialog's result.
 inline int showModal(wxDialog& dialog) {

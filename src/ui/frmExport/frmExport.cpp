@@ -1,7 +1,7 @@
 #include "ui/frmExport/frmExport.h"
 
 #include "base/paths.h"
-#include "gas/gasfiles.h"
+#include "gas/gasnames.h"
 #include "services/files.h"
 #include "services/pickers.h"
 #include "services/program.h"

@@ -111,12 +111,11 @@ const BlockNode* frmMain::selectedBlock() const {
     return there ? &blocks_[*node] : nullptr;
 }
 
-const GasProperty* frmMain::selectedProperty() const {
+std::optional<GasProperty> frmMain::selectedProperty() const {
     const GasTemplate* record = selectedTemplate();
     const auto position = lvwProperties->selected();
-    return record != nullptr && position && *position < record->Properties.size()
-               ? &record->Properties[*position]
-               : nullptr;
+    if (record == nullptr || !position || *position >= record->Properties.size()) return {};
+    return record->Properties[*position];
 }
 
 std::wstring frmMain::selectedBranch() const {
@@ -131,7 +130,7 @@ void frmMain::templateSelected() {
         mLoadTree(*record);
         setPanel(pnlInfo, selectionText(*lvwTemplates->selected(), *record));
         setPanel(pnlTemplates, countText(lvwTemplates->rows().size(), L"Templates"));
-        setPanel(pnlType, record->Kind);
+        setPanel(pnlType, record->Kind.wide());
         fillProperties(selectedBranch(), true);
         refreshCommands();
     });

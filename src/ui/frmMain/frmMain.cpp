@@ -2,12 +2,11 @@
 
 #include <wx/app.h>
 #include <wx/dnd.h>
-#include <wx/evtloop.h>
 #include <wx/stdpaths.h>
 
 #include "base/paths.h"
 #include "base/text.h"
-#include "gas/gasfiles.h"
+#include "gas/gasnames.h"
 #include "services/histories.h"
 #include "services/program.h"
 #include "services/settings.h"
@@ -23,14 +22,7 @@
 namespace kestrel {
 namespace {
 
-constexpr int kLeaveMilliseconds = 50;  // between two looks at what still has to end
 constexpr std::wstring_view kHistoryFile = L"info.his";
-
-// The window as a dialog that is shown modal; null when it is none.
-wxDialog* asModal(wxWindow* window) {
-    auto* dialog = dynamic_cast<wxDialog*>(window);
-    return dialog != nullptr && dialog->IsModal() ? dialog : nullptr;
-}
 
 // Opens a dropped `.gas` file.
 class GasDropTarget final : public wxFileDropTarget {
@@ -97,6 +89,15 @@ void frmMain::start(const std::wstring& commandFile) {
         reload();
     }
     CallAfter([this] { offerDrafts(); });
+}
+
+void frmMain::keepAll() {
+    gSaveHistory(*cboHistory, kHistoryFile);
+    gWriteSettings();
+    saveLayout();
+    for (wxWindow* window : wxTopLevelWindows) {
+        if (auto* keeper = dynamic_cast<FileKeeper*>(window)) keeper->saveFiles();
+    }
 }
 
 void frmMain::bindWindow() {
@@ -217,76 +218,6 @@ bool frmMain::restore() {
 void frmMain::showTrayMenu() {
     const std::unique_ptr<wxMenu> menu(makeMenu(mainMenus().front().items));
     tray_->popUp(*this, *menu);
-}
-
-void frmMain::closing(wxCloseEvent& event) {
-    if (busy() && event.CanVeto()) {
-        event.Veto();
-        return;
-    }
-    shutDown();
-    Hide();
-    closing_.begin();
-    leave();
-}
-
-void frmMain::leave() {
-    const wxEventLoopBase* loop = wxEventLoopBase::GetActive();
-    switch (closing_.next({.yields = loop != nullptr && loop->IsYielding(),
-                           .inDialog = loop != nullptr && !loop->IsMain(),
-                           .dialogEnds = ending_.get() != nullptr})) {
-        case Closing::Step::go:
-            Destroy();
-            // A window that is told to go while nothing happens goes when something does.
-            wxWakeUpIdle();
-            break;
-        case Closing::Step::endDialog:
-            endFrontDialog();
-            break;
-        case Closing::Step::none:
-            break;
-    }
-}
-
-void frmMain::endFrontDialog() {
-    // One of the system's is in no list of the toolkit's.
-    const bool cancelled = cancelSystemDialog();
-    for (wxWindow* window : wxTopLevelWindows) {
-        wxDialog* dialog = asModal(window);
-        if (!cancelled && dialog != nullptr) ending_ = dialog;
-    }
-    if (!ending_) {
-        leaving_.StartOnce(kLeaveMilliseconds);
-        return;
-    }
-    ending_->Close(true);
-    wxWakeUpIdle();
-}
-
-void frmMain::keepAll() {
-    gSaveHistory(*cboHistory, kHistoryFile);
-    gWriteSettings();
-    saveLayout();
-    for (wxWindow* window : wxTopLevelWindows) {
-        if (auto* keeper = dynamic_cast<FileKeeper*>(window)) keeper->saveFiles();
-    }
-}
-
-void frmMain::shutDown() {
-    keepAll();
-    std::vector<wxWindow*> others;
-    for (wxWindow* window : wxTopLevelWindows) {
-        if (asModal(window) != nullptr) continue;
-        if (auto* other = dynamic_cast<wxTopLevelWindow*>(window);
-            other != nullptr && other != this && other->IsShown()) {
-            // Not what the toolkit hides for itself: the notification icon has one.
-            others.push_back(window);
-        }
-    }
-    for (wxWindow* window : others) {
-        if (wxTopLevelWindows.Find(window) != nullptr) window->Close(true);
-    }
-    tray_->remove();
 }
 
 }  // namespace kestrel

@@ -191,7 +191,7 @@ class frmMain final : public wxFrame {
     void selectBlock(std::size_t node);
     void clearViews();
     const BlockNode* selectedBlock() const;
-    const GasProperty* selectedProperty() const;
+    std::optional<GasProperty> selectedProperty() const;
     void setPanel(Panel panel, std::wstring_view text) { stbMain->setPanel(panel, text); }
 
     // The window itself (frmMain.cpp).
@@ -200,13 +200,15 @@ class frmMain final : public wxFrame {
     void iconized(bool now);
     void keepPlace();
     void showTrayMenu();
+    void keyPressed(wxKeyEvent& event);
+    bool busy() const;
+    bool isOpen() const noexcept { return !document_.path.empty(); }
+
+    // How it goes (leaving.cpp).
     void closing(wxCloseEvent& event);
     void shutDown();
     void leave();
     void endFrontDialog();
-    void keyPressed(wxKeyEvent& event);
-    bool busy() const;
-    bool isOpen() const noexcept { return !document_.path.empty(); }
 
     // Running commands (dispatch.cpp) and their work (work.cpp, search.cpp).
     void repeat(const Command& button);
@@ -214,7 +216,7 @@ class frmMain final : public wxFrame {
     bool changePane(int step);
     enum class View { rendered, listed };
     // Shows a text, to be edited as the block of a file that it is.
-    void view(std::wstring_view caption, std::wstring_view text, View kind,
+    void view(std::wstring_view caption, std::wstring text, View kind,
               const std::optional<FileBlock>& block = {});
     // What earlier runs have left of texts that were not saved.
     void offerDrafts();
@@ -247,7 +249,7 @@ class frmMain final : public wxFrame {
     wxWeakRef<wxWindow> keyboard_;   // what had it last
     wxWeakRef<wxWindow> returning_;  // what gets it back, once the window is active
     Closing closing_;
-    wxWeakRef<wxDialog> ending_;     // told to, and waited for
+    wxWeakRef<wxDialog> ending_;  // told to, and waited for
     wxTimer leaving_;
 };
 

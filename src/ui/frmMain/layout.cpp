@@ -135,7 +135,7 @@ wxWindow* frmMain::buildTemplatePane(wxWindow* parent) {
     lvwTemplates = std::make_unique<ReportList>(
         fraTemplate, "lvwTemplates", std::vector<ReportList::Column>{{L"Template", 60, 1}},
         [this](std::size_t position, std::size_t) {
-            return document_.templates.at(position).Name;
+            return document_.templates.at(position).Name.wide();
         });
     setAccessibleName(lvwTemplates->window(), "Templates");
     auto* buttons = new wxBoxSizer(wxHORIZONTAL);

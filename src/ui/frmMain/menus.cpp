@@ -157,7 +157,7 @@ bool frmMain::can(const Command& command) const {
         case Needs::selection:
             return selectedTemplate() != nullptr;
         case Needs::property:
-            return selectedProperty() != nullptr;
+            return selectedProperty().has_value();
         case Needs::nothing:
             break;
     }

@@ -3,6 +3,7 @@
 #include <wx/utils.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "base/paths.h"
 #include "gas/query.h"
@@ -139,7 +140,7 @@ bool frmMain::copyTemplates() {
 }
 
 bool frmMain::copyValue() {
-    copyText(selectedProperty()->Value);
+    copyText(selectedProperty()->Value.wide());
     return true;
 }
 
@@ -154,19 +155,19 @@ bool frmMain::copyRow() {
 }
 
 bool frmMain::copyPath() {
-    const GasProperty* property = tvwInfo->window().HasFocus() ? nullptr : selectedProperty();
-    copyText(property == nullptr ? selectedBranch()
-                                 : groupPath(selectedTemplate()->Name, *property));
+    const auto property = selectedProperty();
+    const bool isBranch = tvwInfo->window().HasFocus() || !property;
+    copyText(isBranch ? selectedBranch() : groupPath(*selectedTemplate(), *property));
     return true;
 }
 
 bool frmMain::copyName() {
-    copyText(selectedTemplate()->Name);
+    copyText(selectedTemplate()->Name.wide());
     return true;
 }
 
 bool frmMain::filterByProperty() {
-    const auto block = nodeOf(blocks_, *selectedProperty());
+    const auto block = nodeOf(*selectedTemplate(), blocks_, *selectedProperty());
     if (block == blocks_.cend()) return false;
     chkTree->SetValue(true);
     selectBlock(static_cast<std::size_t>(block - blocks_.cbegin()));
@@ -236,7 +237,7 @@ bool frmMain::editSource() {
     if (record == nullptr) return false;
     // What the loader has put together is no text of the file.
     const bool whole = record->Place != GasTemplate::kNowhere;
-    view((whole ? L"Edit Source: " : L"View Source: ") + record->Name, std::wstring(record->Text),
+    view((whole ? L"Edit Source: " : L"View Source: ") + record->Name.wide(), record->Text.wide(),
          View::listed,
          whole ? std::optional(FileBlock{document_.path, record->Place}) : std::nullopt);
     return true;
@@ -245,7 +246,7 @@ bool frmMain::editSource() {
 bool frmMain::viewListed() {
     const GasTemplate* record = selectedTemplate();
     if (record == nullptr) return false;
-    view(L"View Listed Text: " + record->Name, std::wstring(record->Text), View::listed);
+    view(L"View Listed Text: " + record->Name.wide(), record->Text.wide(), View::listed);
     return true;
 }
 
@@ -254,9 +255,9 @@ bool frmMain::viewParsed() {
     if (record == nullptr) return false;
     std::wstring branch = selectedBranch();
     OwnerWx owner(*this, &lvwTemplates->window());
-    const std::wstring text = gstrMakeText(*record, &owner, branch, chkTree->GetValue(), nullptr);
+    std::wstring text = gstrMakeText(*record, &owner, branch, chkTree->GetValue(), nullptr);
     if (text.empty()) return false;
-    view(L"View Parsed Text: " + record->Name, text, View::rendered);
+    view(L"View Parsed Text: " + record->Name.wide(), std::move(text), View::rendered);
     return true;
 }
 
@@ -278,11 +279,12 @@ OpenFile frmMain::openFileHooks() {
             [this] { return document_.stamp; }};
 }
 
-void frmMain::view(std::wstring_view caption, std::wstring_view text, View kind,
+void frmMain::view(std::wstring_view caption, std::wstring text, View kind,
                    const std::optional<FileBlock>& block) {
     frmView viewer(this, openFileHooks());
     viewer.SetTitle(shownLine(caption));
-    viewer.TextBlock(text);
+    // It would live as long as the window.
+    viewer.TextBlock(std::exchange(text, {}));
     viewer.Block(block);
     viewer.TextFormat(kind == View::rendered ? 1 : 0);
     showModal(viewer);
@@ -301,13 +303,14 @@ void frmMain::offerDrafts() {
 }
 
 bool frmMain::follow() {
-    const GasProperty& property = *selectedProperty();
-    if (property.Name == L"specializes") {
-        const GasTemplate* parent = findTemplate(document_.templates, L"name", property.Value);
+    const GasProperty property = *selectedProperty();
+    const std::wstring name = property.Value.wide();
+    if (property.Name == "specializes") {
+        const GasTemplate* parent = findTemplate(document_.templates, L"name", name);
         if (parent == nullptr) return false;
-        view(L"View Source: " + parent->Name, std::wstring(parent->Text), View::listed);
-    } else if (property.Name == L"name") {
-        setPanel(pnlInfo, chainText(gstrGetTemplateHistory(document_.templates, property.Value)));
+        view(L"View Source: " + parent->Name.wide(), parent->Text.wide(), View::listed);
+    } else if (property.Name == "name") {
+        setPanel(pnlInfo, chainText(gstrGetTemplateHistory(document_.templates, name)));
     }
     return true;
 }

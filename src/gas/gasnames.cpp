@@ -1,4 +1,4 @@
-#include "gas/gasfiles.h"
+#include "gas/gasnames.h"
 
 #include "system/filesystem.h"
 #include "system/letters.h"
