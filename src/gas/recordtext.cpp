@@ -62,11 +62,12 @@ std::wstring Text::wide() const {
 }
 
 bool Text::operator==(const Text& other) const {
+    // The same bytes are another text in another page.
+    if (page_ != other.page_) return wide() == other.wide();
     const GasGroup* own = group();
     const GasGroup* others = other.group();
     if (own != nullptr && others != nullptr) return *own == *others;
-    if (isPlain() && other.isPlain() && page_ == other.page_) return bytes() == other.bytes();
-    return wide() == other.wide();
+    return isPlain() && other.isPlain() ? bytes() == other.bytes() : wide() == other.wide();
 }
 
 bool Text::operator==(std::wstring_view other) const {

@@ -86,6 +86,7 @@ struct GasGroup {
     // The group around the last name; null for a single name.
     const GasGroup* outer() const noexcept;
     void appendTo(std::string& bytes) const;
+    // Of the same page.
     bool operator==(const GasGroup& other) const noexcept;
 };
 

@@ -100,6 +100,9 @@ TEST(Load, NamesAndValuesOfEveryLengthAreCleanedAndStayApart) {
             }
         }
     }
+    const std::string bytes = "[info]\r\n[caf\xE9]\r\n\x97 = \xE9";
+    EXPECT_EQ(readRecords(bytes, *CodePage::find(1252)).templates.at(0).Properties,
+              info("[café]|— = é").Properties);
     const GasTemplate record = info(body);
     ASSERT_EQ(record.Properties.size(), expected.size());
     for (std::size_t i = 0; i < expected.size(); ++i) {
