@@ -30,7 +30,9 @@ constexpr std::size_t kMostGroups = 10'000'000;
 using Templates = std::vector<GasTemplate>;
 
 Templates fromText(std::wstring_view text) {
-    Templates templates = readRecords(toUtf8(text), CodePage::utf8()).templates;
+    // The text may begin with the character of the mark, too.
+    const std::string bytes = std::string(kUtf8Mark) + toUtf8(text);
+    Templates templates = readRecords(bytes, CodePage::utf8()).templates;
     if (templates.empty()) templates.resize(1);
     return templates;
 }
