@@ -20,6 +20,12 @@ namespace kestrel::bench {
 namespace {
 
 namespace fs = std::filesystem;
+// The file of a start; empty without one.
+std::wstring& openedFile() {
+    static std::wstring file;
+    return file;
+}
+
 class EmptyApp final : public wxApp {
   public:
     bool OnInit() override {
@@ -94,13 +100,20 @@ void addStarts(const char* program) {
 }
 
 int startAs(const std::string& who, int count, char** words) {
+    if (count > 1) openedFile() = fs::path(words[1]).wstring();
     EndOncePainted end;
     if (who == "empty") {
         wxApp::SetInstance(new EmptyApp);
     } else {
         wxApp::SetInstance(new App);
     }
-    return wxEntry(count, words);
+    int none = 1;
+    return wxEntry(none, words);
 }
 
 }  // namespace kestrel::bench
+
+// As the program's own main source does.
+std::optional<std::wstring> kestrel::App::commandFile() {
+    return bench::openedFile().empty() ? std::nullopt : std::optional(bench::openedFile());
+}
