@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -12,9 +11,9 @@
 
 // How the loader reads the statements of one block. Private to the loader.
 //
-// Everything here works on the bytes of the text; they become wide text where a
-// field is stored. All characters that structure a `.gas` text are ASCII, so the
-// bytes may be of the 8-bit code page or UTF-8 alike.
+// Everything here works on the bytes of the text, of which records are slices. All
+// characters that structure a `.gas` text are ASCII, so the bytes may be of an 8-bit code
+// page or UTF-8 alike.
 namespace kestrel::loading {
 
 // The part of the block's state that runs on over all blocks of a file: the
