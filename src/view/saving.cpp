@@ -39,117 +39,134 @@ bool agrees(std::wstring_view question) {
     return askUser(question, Icon::question, Buttons::noYes) == Answer::yes;
 }
 
-std::wstring chooseTarget(const ViewedText& viewed, std::wstring_view openPath) {
-    const std::wstring_view first = viewed.canEdit ? kGasFiles : kTextFiles;
-    const std::wstring_view second = viewed.canEdit ? kTextFiles : kGasFiles;
-    const std::wstring filter = std::wstring(first).append(L"|").append(second);
-    const std::wstring_view start = viewed.block     ? viewed.block->path
-                                    : viewed.canEdit ? openPath
-                                                     : folderOf(openPath);
-    return askForFile(L"Select Save As Filename and Location", filter, true, start);
-}
+// One saving of a text: what is asked, in its order, and what is then written.
+class Saving {
+  public:
+    Saving(ViewedText& viewed, const OpenFile& openFile)
+        : viewed_(viewed),
+          openFile_(openFile),
+          openPath_(openFile.path ? openFile.path() : std::wstring()),
+          text_(viewed.text()),
+          page_(viewed.block ? *viewed.block->page : *gProgram().sourcePage) {}
 
-const CodePage& pageOf(const ViewedText& viewed) {
-    return viewed.block ? *viewed.block->page : *gProgram().sourcePage;
-}
-
-// The game reads bytes of its code page, and would show others for what that does not have.
-std::string bytesFor(const std::wstring& target, const ViewedText& viewed) {
-    if (!isGasName(target)) return fileBytes(viewed.text());
-    const CodePage& page = pageOf(readFileBytes(target), pageOf(viewed));
-    try {
-        return std::string(page.isUtf8() ? kUtf8Mark : "").append(page.bytes(viewed.text()));
-    } catch (const RunTimeError& error) {
-        throw RunTimeError(error.number(), L"Cannot write '" + target + L"': " +
-                                               error.description() +
-                                               L". Replace it, or save the text as a text file");
-    }
-}
-
-// What to do with a text that is one of the blocks of the file that it is saved to.
-enum class Place { file, block, nowhere };
-
-Place choosePlace(const ViewedText& viewed, std::wstring_view file) {
-    const std::size_t blocks = countBlocks(readFileBytes(file));
-    // A file that holds this one alone may have comments above it.
-    if (blocks > 1) {
-        const Answer inPlace =
-            askUser(L"This text is one of the " + std::to_wstring(blocks) +
-                        L" blocks of this file. Put it in its place and keep the others?",
-                    Icon::question, Buttons::yesNoCancel);
-        if (inPlace != Answer::yes) return inPlace == Answer::no ? Place::file : Place::nowhere;
-    }
-    const std::wstring why = whyNotOneBlock(viewed.loaded, viewed.text());
-    if (blocks <= 1) {
-        const bool fits = why.empty() && replaceBlock(readFileBytes(file), viewed.block->index,
-                                                      viewed.loaded, viewed.text(), pageOf(viewed));
-        return fits ? Place::block : Place::file;
-    }
-    if (why.empty()) return Place::block;
-    return agrees(L"This text is no longer one block of the file. " + why +
-                  L" Put it in its place all the same?")
-               ? Place::block
-               : Place::nowhere;
-}
-
-// The file with the text in its place; nothing, which is told, where it has none now.
-std::optional<std::string> inPlace(const ViewedText& viewed, std::wstring_view file) {
-    auto bytes = replaceBlock(readFileBytes(file), viewed.block->index, viewed.loaded,
-                              viewed.text(), pageOf(viewed));
-    if (bytes) return bytes;
-    tellUser(L"Nothing was written: \"" + std::wstring(file) +
-                 L"\" does not hold this block any more as it was loaded. Save the text to "
-                 L"another file, or open this one again.",
-             Icon::exclamation);
-    return std::nullopt;
-}
-
-// What the file at `target` shall hold, once the user agrees; nothing when it stays.
-std::optional<std::string> replacement(const ViewedText& viewed, const std::wstring& target,
-                                       bool isOwnFile, const OpenFile& openFile) {
-    if (!agrees(L"File already exists. Replace existing file?")) return std::nullopt;
-    std::string whole = bytesFor(target, viewed);
-    const Place place = isOwnFile ? choosePlace(viewed, target) : Place::file;
-    // In place nothing of the other program's is lost.
-    const bool refused = place == Place::file && openFile.path &&
-                         isSameFile(target, openFile.path()) && isChangedByAnother(openFile) &&
-                         !agrees(
-                             L"The file has been changed by another program since it was loaded. "
-                             L"Overwrite it?");
-    if (refused || place == Place::nowhere) return std::nullopt;
-    auto bytes = place == Place::block ? inPlace(viewed, target) : std::optional(std::move(whole));
-    const bool may = !bytes || !filesystem::isProtected(target) ||
-                     agrees(L'"' + target + L"\" is write-protected. Replace it anyway?");
-    return may ? std::move(bytes) : std::nullopt;
-}
-
-bool writeOver(const std::wstring& target, std::string_view bytes) {
-    const filesystem::Unprotected open(target);
-    if (isGasName(target)) return writeBytesKeeping(target, bytes);
-    filesystem::replace(target, bytes, {});
-    return true;
-}
-
-bool save(ViewedText& viewed, const OpenFile& openFile) {
-    const std::wstring openPath = openFile.path ? openFile.path() : std::wstring();
-    const std::wstring target = chooseTarget(viewed, openPath);
-    if (target.empty()) return false;
-    if (!fileExists(target)) {
-        filesystem::replace(target, bytesFor(target, viewed), {});
+    bool save() {
+        target_ = chooseTarget();
+        if (target_.empty()) return false;
+        if (!fileExists(target_)) {
+            filesystem::replace(target_, bytesFor({}), {});
+            return true;
+        }
+        isOwnFile_ = viewed_.block && isSameFile(target_, viewed_.block->path);
+        const auto bytes = replacement();
+        if (!bytes || !writeOver(*bytes)) return false;
+        if (isOwnFile_) viewed_.loaded = text_;
+        if (openFile_.reload && isSameFile(target_, openPath_)) openFile_.reload();
         return true;
     }
-    const bool isOwnFile = viewed.block && isSameFile(target, viewed.block->path);
-    const auto bytes = replacement(viewed, target, isOwnFile, openFile);
-    if (!bytes || !writeOver(target, *bytes)) return false;
-    if (isOwnFile) viewed.loaded = viewed.text();
-    if (openFile.reload && isSameFile(target, openPath)) openFile.reload();
-    return true;
-}
+
+  private:
+    // What to do with a text that is one of the blocks of the file that it is saved to.
+    enum class Place { file, block, nowhere };
+
+    std::wstring chooseTarget() const {
+        const std::wstring_view first = viewed_.canEdit ? kGasFiles : kTextFiles;
+        const std::wstring_view second = viewed_.canEdit ? kTextFiles : kGasFiles;
+        const std::wstring filter = std::wstring(first).append(L"|").append(second);
+        const std::wstring_view start = viewed_.block     ? viewed_.block->path
+                                        : viewed_.canEdit ? openPath_
+                                                          : folderOf(openPath_);
+        return askForFile(L"Select Save As Filename and Location", filter, true, start);
+    }
+
+    // The whole text for a target that holds `old`. The game reads bytes of its code page, and
+    // would show others for what that does not have.
+    std::string bytesFor(std::string_view old) const {
+        if (!isGasName(target_)) return fileBytes(text_);
+        const CodePage& page = pageOf(old, page_);
+        try {
+            return std::string(page.isUtf8() ? kUtf8Mark : "").append(page.bytes(text_));
+        } catch (const RunTimeError& error) {
+            throw RunTimeError(error.number(),
+                               L"Cannot write '" + target_ + L"': " + error.description() +
+                                   L". Replace it, or save the text as a text file");
+        }
+    }
+
+    // What the target shall hold, once the user agrees; nothing when it stays.
+    std::optional<std::string> replacement() const {
+        if (!agrees(L"File already exists. Replace existing file?")) return std::nullopt;
+        const std::string old = readFileBytes(target_);
+        std::string whole = bytesFor(old);
+        const Place place = isOwnFile_ ? choosePlace(old) : Place::file;
+        // In place nothing of the other program's is lost.
+        const bool refused =
+            place == Place::file && isSameFile(target_, openPath_) &&
+            isChangedByAnother(openFile_) &&
+            !agrees(
+                L"The file has been changed by another program since it was loaded. "
+                L"Overwrite it?");
+        if (refused || place == Place::nowhere) return std::nullopt;
+        auto bytes = place == Place::block ? inPlace() : std::optional(std::move(whole));
+        const bool may = !bytes || !filesystem::isProtected(target_) ||
+                         agrees(L'"' + target_ + L"\" is write-protected. Replace it anyway?");
+        return may ? std::move(bytes) : std::nullopt;
+    }
+
+    Place choosePlace(std::string_view old) const {
+        const std::size_t blocks = countBlocks(old);
+        // A file that holds this one alone may have comments above it.
+        if (blocks > 1) {
+            const Answer inPlace =
+                askUser(L"This text is one of the " + std::to_wstring(blocks) +
+                            L" blocks of this file. Put it in its place and keep the others?",
+                        Icon::question, Buttons::yesNoCancel);
+            if (inPlace != Answer::yes) return inPlace == Answer::no ? Place::file : Place::nowhere;
+        }
+        const std::wstring why = whyNotOneBlock(viewed_.loaded, text_);
+        if (blocks <= 1) return why.empty() && put(old) ? Place::block : Place::file;
+        if (why.empty()) return Place::block;
+        return agrees(L"This text is no longer one block of the file. " + why +
+                      L" Put it in its place all the same?")
+                   ? Place::block
+                   : Place::nowhere;
+    }
+
+    // The file with the text in its place.
+    std::optional<std::string> put(std::string_view file) const {
+        return replaceBlock(file, viewed_.block->index, viewed_.loaded, text_, page_);
+    }
+
+    // Of the file as it is by now; nothing, which is told, where it has no such place.
+    std::optional<std::string> inPlace() const {
+        auto bytes = put(readFileBytes(target_));
+        if (bytes) return bytes;
+        tellUser(L"Nothing was written: \"" + target_ +
+                     L"\" does not hold this block any more as it was loaded. Save the text to "
+                     L"another file, or open this one again.",
+                 Icon::exclamation);
+        return std::nullopt;
+    }
+
+    bool writeOver(std::string_view bytes) const {
+        const filesystem::Unprotected open(target_);
+        if (isGasName(target_)) return writeBytesKeeping(target_, bytes);
+        filesystem::replace(target_, bytes, {});
+        return true;
+    }
+
+    ViewedText& viewed_;
+    const OpenFile& openFile_;
+    std::wstring openPath_;
+    std::wstring text_;
+    const CodePage& page_;  // of the block's file, else of the program
+    std::wstring target_;
+    bool isOwnFile_ = false;  // the target is what the text was loaded from
+};
 
 }  // namespace
 
 bool saveViewedText(ViewedText& viewed, const OpenFile& openFile) {
-    return guarded(L"saveViewedText", [&] { return save(viewed, openFile); });
+    return guarded(L"saveViewedText", [&] { return Saving(viewed, openFile).save(); });
 }
 
 }  // namespace kestrel
