@@ -7,7 +7,6 @@
 #include "cli/commands.h"
 #include "cli/run.h"
 #include "gas/gasnames.h"
-#include "gas/query.h"
 #include "system/filesystem.h"
 #include "view/chain.h"
 

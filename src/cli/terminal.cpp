@@ -9,7 +9,6 @@
 #include "base/bytes.h"
 #include "base/text.h"
 #include "cli/system.h"
-#include "services/program.h"
 
 namespace kestrel::cli {
 namespace {

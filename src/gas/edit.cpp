@@ -7,7 +7,6 @@
 #include "base/bytes.h"
 #include "gas/blocks.h"
 #include "gas/recordtext.h"
-#include "system/codepage.h"
 
 namespace kestrel {
 namespace {

@@ -128,8 +128,7 @@ bool gblnLoadGas(std::wstring& path, std::vector<GasTemplate>& templates, Templa
             if (records.hasHeader) templates.clear();
             templates.resize(1);
             if (list != nullptr) list->clear();
-            tellUser(L"File loading error: Either no data found or unsupported file type.",
-                     Icon::exclamation);
+            tellUser(kNoGasData, Icon::exclamation);
         }
         return true;
     });

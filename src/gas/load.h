@@ -10,10 +10,13 @@
 // an error, and it fails only when the text yields no block at all.
 namespace kestrel {
 
+inline constexpr std::wstring_view kNoGasData =
+    L"File loading error: Either no data found or unsupported file type.";
+
 // Loads the `.gas` file at `path` into `templates`, replacing what it held, and
 // adds a row for each block to `list` (may be null, as the windows have it; the caller
 // empties it before). True when at least one block was loaded. A text without any block
-// gives the message "File loading error: ..." and false: `list` is then empty
+// gives the message kNoGasData and false: `list` is then empty
 // and `templates` holds one element, index 0 as it was before. When the text
 // holds no "]" at all, `path` is emptied too. A run-time error is reported and
 // gives false, an empty list and one empty record.

@@ -17,7 +17,7 @@ std::string readFileBytes(std::wstring_view path);
 // Puts `text` into the file at `path`, whole or not at all: on any failure the
 // failure is reported and an existing file stays as it was. Text that the code page cannot
 // hold is written in UTF-8, behind its mark; gstrReadFile() reads both. An empty path does
-// nothing. Returns nothing; see writeFile() for callers that must know.
+// nothing. Returns nothing; the windows call writeFile(), which does.
 void gWriteFile(std::wstring_view path, std::wstring_view text);
 
 // As gWriteFile; true when the file was written. With `backup` the file that it

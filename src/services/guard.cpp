@@ -2,9 +2,6 @@
 
 #include <utility>
 
-#include "base/error.h"
-#include "services/program.h"
-
 namespace kestrel {
 
 Silence::Silence()

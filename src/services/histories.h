@@ -24,7 +24,7 @@ void gSaveHistory(const TextList& list, std::wstring_view name);
 void gAddHistoryItem(TextList& list, std::wstring_view text);
 
 // Removes the entries equal to `text`; of two that stand next to each other
-// only the first.
+// only the first. Part of the product's interface; no window asks for it.
 void gRemoveHistoryItem(TextList& list, std::wstring_view text);
 
 // All lines of the file at `path`, blank ones too. Unlike the others it does not

@@ -4,7 +4,6 @@
 
 #include "base/bytes.h"
 #include "services/version.h"
-#include "system/codepage.h"
 
 namespace kestrel {
 

@@ -1,7 +1,6 @@
 #include "services/settingslock.h"
 
 #include "services/files.h"
-#include "system/filelock.h"
 
 namespace kestrel {
 

@@ -1,8 +1,6 @@
 #include "system/codepage.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <memory>
 
 #include "base/bytes.h"
 #include "base/error.h"

@@ -9,15 +9,12 @@
 
 #include <cerrno>
 #include <climits>
-#include <cstdint>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
-#include <memory>
 #include <system_error>
 
 #include "base/bytes.h"
-#include "base/error.h"
 #include "base/paths.h"
 #include "system/file_posix.h"
 #include "system/largepages.h"

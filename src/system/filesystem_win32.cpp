@@ -3,11 +3,7 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <cstdint>
-#include <memory>
-#include <vector>
 
-#include "base/error.h"
 #include "base/paths.h"
 #include "system/file_win32.h"
 #include "system/largepages.h"

@@ -175,12 +175,6 @@ void appendKind(std::wstring& report, const Entry& entry) {
     report += kLineEnd;
 }
 
-bool isRaw(std::wstring_view name) {
-    constexpr std::wstring_view kEnd = L".raw";
-    return name.size() >= kEnd.size() &&
-           compareWithoutCase(name.substr(name.size() - kEnd.size()), kEnd) == 0;
-}
-
 void appendData(std::wstring& report, TankHandle tank, const Entry& entry) {
     const std::wstring ruler(25, L'+');
     std::int32_t count = 0;
@@ -190,7 +184,7 @@ void appendData(std::wstring& report, TankHandle tank, const Entry& entry) {
                                     : L"Unable to get child data...";
         return;
     }
-    const bool raw = isRaw(entry.name);
+    const bool raw = endsWithoutCase(entry.name, L".raw");
     report += raw ? L"Unable to show non-text data(" : L"Data follows(";
     report += std::to_wstring(glngGetChildSize(tank, entry.handle));
     report += L" bytes)";

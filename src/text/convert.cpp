@@ -5,7 +5,6 @@
 #include <set>
 #include <span>
 #include <utility>
-#include <vector>
 
 #include "base/error.h"
 #include "base/paths.h"

@@ -27,30 +27,6 @@ std::size_t hashOf(std::wstring_view text) noexcept {
     return std::hash<std::wstring_view>()(text);
 }
 
-// Keeps the first message of what it stands around, which shows none.
-class FirstMessage final : public Messages {
-  public:
-    FirstMessage() : before_(std::exchange(gProgram().host.messages, this)) {}
-    ~FirstMessage() override { gProgram().host.messages = before_; }
-    FirstMessage(const FirstMessage&) = delete;
-    FirstMessage& operator=(const FirstMessage&) = delete;
-
-    const std::wstring& text() const noexcept { return text_; }
-
-    Answer ask(std::wstring_view text, std::wstring_view, Icon, Buttons) override {
-        if (text_.empty()) text_ = text;
-        return Answer::cancel;
-    }
-    std::optional<std::wstring> prompt(std::wstring_view, std::wstring_view,
-                                       std::wstring_view) override {
-        return {};
-    }
-
-  private:
-    Messages* before_;
-    std::wstring text_;
-};
-
 // The hash of every value by which findSource() finds a record.
 std::vector<std::size_t> sourceValues(const std::vector<GasTemplate>& templates) {
     std::vector<std::size_t> values;
@@ -78,9 +54,9 @@ bool ChainDocument::load(const std::wstring& file) {
     std::vector<GasTemplate> templates;
     std::wstring path = file;
     problem_.clear();
-    const FirstMessage message;
+    const Silence silence;
     if (!gblnLoadGas(path, templates, nullptr)) {
-        problem_ = message.text();
+        problem_ = silence.failure() ? silence.failure()->description() : kNoGasData;
         return false;
     }
     file_ = file;

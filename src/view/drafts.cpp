@@ -10,7 +10,6 @@
 #include "services/guard.h"
 #include "services/program.h"
 #include "system/codepage.h"
-#include "system/filelock.h"
 #include "system/filesystem.h"
 
 namespace kestrel {

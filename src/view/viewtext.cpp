@@ -1,15 +1,11 @@
 #include "view/viewtext.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
-#include <cstring>
-#include <vector>
 
 #include "base/bytes.h"
 #include "services/files.h"
 #include "services/pickers.h"
-#include "services/program.h"
 #include "services/tools.h"
 #include "system/letters.h"
 
@@ -94,18 +90,8 @@ std::size_t findFrom(std::string_view text, const std::vector<Letter>& letters, 
 }  // namespace
 
 std::size_t characterCount(std::string_view text) noexcept {
-    constexpr std::uint64_t kOnes = 0x0101010101010101;
     std::size_t count = 0;
-    std::size_t at = 0;
-    // Eight bytes a step: a byte that continues a character has its two highest
-    // bits 1 and 0.
-    for (; sizeof(wchar_t) != 2 && at + 8 <= text.size(); at += 8) {
-        std::uint64_t bytes;
-        std::memcpy(&bytes, text.data() + at, sizeof bytes);
-        const std::uint64_t continuing = (bytes >> 7) & ~(bytes >> 6) & kOnes;
-        count += 8 - static_cast<std::size_t>(std::popcount(continuing));
-    }
-    for (; at < text.size(); ++at) count += charactersAt(text[at]);
+    for (const char byte : text) count += charactersAt(byte);
     return count;
 }
 
