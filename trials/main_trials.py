@@ -165,6 +165,9 @@ def try_columns_and_panes_are_remembered(k):
     k.finish()
     k.start(k.file)
     wait(lambda: k.main.box[2] > 850, "the size of before")
+    k.finish()
+    k.write(os.path.join(k.folder, "layout.set"), "remember=1\nwindow=7\n")
+    k.start(k.file)
 
 
 def try_system_boxes_open_where_the_user_is(k):

@@ -85,6 +85,7 @@ TEST_F(TextPaneTest, GivesBackWhatWasPutIn) {
         EXPECT_EQ(
             pane->StyleGetBackground(0),
             wxSystemSettings::GetColour(canEdit ? wxSYS_COLOUR_WINDOW : wxSYS_COLOUR_BTNFACE));
+        EXPECT_EQ(pane->GetCaretForeground(), pane->StyleGetForeground(0));
         for (const std::wstring& text : texts) {
             pane->setText(text);
             holds(text);
@@ -156,7 +157,7 @@ TEST_F(TextPaneTest, ColoursGasTextInViewAndItsTabsGoToTheirStops) {
     const int last = pane->GetLength() - static_cast<int>(block.size());
     const std::string plain(block.size(), '_');
     EXPECT_EQ(styles(last, plain), plain);
-    pane->DocumentEnd();
+    pane->selectEverything();
     EXPECT_EQ(styles(last, coloured), coloured);
     pane->SetTargetStart(last);
     pane->SetTargetEnd(last + 1);
@@ -181,6 +182,8 @@ TEST(ProgressDialog, AnswersOnOddPercentagesAndNotAtEachStep) {
     progress.Process(L"");
     const frmProgress& dialog = *frmProgress::current();
     EXPECT_EQ(dialog.lblProces->GetLabelText(), "False");
+    progress.Overall(L"File 1 of 2");
+    EXPECT_GT(dialog.lblOverall->GetRect().y, dialog.lblSubProcess->GetRect().y);
     wxQueueEvent(dialog.cmdCommands[0], new wxCommandEvent(wxEVT_BUTTON));
     for (int percent = 0; percent <= 100; percent += 2) progress.ShowProgress(percent, L"even");
     progress.breathe();
