@@ -1,6 +1,7 @@
 #include "ui/common/buttons.h"
 
 #include "ui/common/accessible.h"
+#include "ui/common/listen.h"
 #include "ui/icons/icons.h"
 
 namespace kestrel {
@@ -14,10 +15,8 @@ wxButton* addPictureButton(wxWindow* parent, std::string_view iconName, const wx
     setAccessibleName(*button, wxControl::RemoveMnemonics(label));
     button->SetToolTip(tooltip);
     button->SetBitmap(icon(iconName, *button));
-    button->Bind(wxEVT_SYS_COLOUR_CHANGED, [button, iconName](wxSysColourChangedEvent& event) {
-        button->SetBitmap(icon(iconName, *button));
-        event.Skip();
-    });
+    listen(*button, wxEVT_SYS_COLOUR_CHANGED,
+           [button, iconName] { button->SetBitmap(icon(iconName, *button)); });
     return button;
 }
 

@@ -5,6 +5,7 @@
 
 #include "ui/common/accessible.h"
 #include "ui/common/link.h"
+#include "ui/common/listen.h"
 
 namespace kestrel {
 
@@ -26,18 +27,9 @@ wxWindow* makePlatformLink(wxWindow* parent, const wxString& text, const wxStrin
     };
     underline(false);
     colour();
-    link->Bind(wxEVT_ENTER_WINDOW, [underline](wxMouseEvent& event) {
-        underline(true);
-        event.Skip();
-    });
-    link->Bind(wxEVT_LEAVE_WINDOW, [underline](wxMouseEvent& event) {
-        underline(false);
-        event.Skip();
-    });
-    link->Bind(wxEVT_SYS_COLOUR_CHANGED, [colour](wxSysColourChangedEvent& event) {
-        colour();
-        event.Skip();
-    });
+    listen(*link, wxEVT_ENTER_WINDOW, [underline] { underline(true); });
+    listen(*link, wxEVT_LEAVE_WINDOW, [underline] { underline(false); });
+    listen(*link, wxEVT_SYS_COLOUR_CHANGED, colour);
     setAccessibleName(*link, text);
     return link;
 }

@@ -4,14 +4,18 @@
 
 #include <algorithm>
 
+#include "services/files.h"
 #include "services/guard.h"
 #include "services/histories.h"
-#include "services/program.h"
+#include "services/pickers.h"
+#include "system/filesystem.h"
 #include "ui/common/accessible.h"
 #include "ui/common/buttons.h"
+#include "ui/common/listen.h"
 #include "ui/common/mnemonics.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
+#include "ui/host/host_wx.h"
 
 namespace kestrel {
 namespace {
@@ -42,13 +46,11 @@ PathDialog::PathDialog(wxWindow* parent, const wxString& title, const wxString& 
           [this](const KeyPress&) { Close(); }) {
     Bind(wxEVT_CHAR_HOOK, &PathDialog::keyPressed, this);
     Bind(wxEVT_CLOSE_WINDOW, &PathDialog::closing, this);
-    Bind(wxEVT_SHOW, [this](wxShowEvent& event) {
+    listen(*this, wxEVT_SHOW, [this](const wxShowEvent& event) {
         if (event.IsShown()) CallAfter([this] { keepHeight(); });
-        event.Skip();
     });
     // The main window, which waits for this one, goes and comes back with it.
-    Bind(wxEVT_ICONIZE, [this](wxIconizeEvent& event) {
-        event.Skip();
+    listen(*this, wxEVT_ICONIZE, [this](const wxIconizeEvent& event) {
         auto* main = dynamic_cast<wxTopLevelWindow*>(GetParent());
         if (main == nullptr || !event.IsIconized()) return;
         main->Iconize();
@@ -132,6 +134,22 @@ void PathDialog::choose(HistoryCombo& box, const std::wstring& text) {
         gAddHistoryItem(box, text);
     }
     pathsChanged();
+}
+
+void PathDialog::chooseFolder(HistoryCombo& box, std::wstring_view title) {
+    OwnerWx owner(*this);
+    choose(box, gBrowseFolder(title, &owner, box.text()).value_or(std::wstring()));
+}
+
+bool PathDialog::mayMake(const std::wstring& source, const std::wstring& target) {
+    if (!filesystem::isFolder(source)) {
+        tellUser(L"Source Folder not found. Please enter a valid Source Folder name and try again.",
+                 Icon::exclamation);
+        return false;
+    }
+    return !fileExists(target) ||
+           askUser(L"Target file already exists, do you wish to overwrite the existing file?",
+                   Icon::question, Buttons::noYes) == Answer::yes;
 }
 
 void PathDialog::onPress(wxButton& button, std::function<void()> command) {

@@ -70,6 +70,11 @@ class PathDialog : public wxDialog, public FileKeeper {
 
     // Puts what was chosen into the box and its history; an empty text is no choice.
     void choose(HistoryCombo& box, const std::wstring& text);
+    // Asks for a folder, from the one in the box on.
+    void chooseFolder(HistoryCombo& box, std::wstring_view title);
+    // False for a source that is no folder, which is told, and for a target that is there and
+    // that the user wants to keep. An empty target is none.
+    static bool mayMake(const std::wstring& source, const std::wstring& target);
 
     // Lets a press of the button do `command`, whose failures are reported.
     void onPress(wxButton& button, std::function<void()> command);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/keys.h"
+#include "ui/common/listen.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
 
@@ -36,10 +37,7 @@ ReportList::ReportList(wxWindow* parent, const wxString& name, std::vector<Colum
     };
     rows_.onHeader = [this](std::size_t column) { sortBy(column); };
     rows_.onColumnDragged = [this] { dragged_ = true; };
-    window().Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
-        event.Skip();
-        stretchColumns();
-    });
+    listen(window(), wxEVT_SIZE, [this] { stretchColumns(); });
 }
 
 void ReportList::fill(std::size_t count, const Keep& keep) {

@@ -7,6 +7,7 @@
 #include <memory>
 #include <utility>
 
+#include "ui/common/listen.h"
 #include "ui/common/nodemodel_gtk.h"
 
 namespace kestrel {
@@ -140,14 +141,13 @@ class TreeView : public wxControl, public Nodes {
                                               TreeView* self) { self->activated(); }),
                                this);
         // A menu is about the row that it opens over.
-        Bind(wxEVT_RIGHT_DOWN, [this](wxMouseEvent& event) {
+        listen(*this, wxEVT_RIGHT_DOWN, [this](const wxMouseEvent& event) {
             const std::size_t node = nodeAt(event.GetPosition());
             if (node != kRoot && node != selectedNode()) {
                 selectNode(node);
                 selectedByUser();
             }
             SetFocus();
-            event.Skip();
         });
     }
 
@@ -259,10 +259,9 @@ class NodeTreeGtk final : public TreeView, public NodeTree {
                                                     "text", 0, nullptr);
         setNodes({}, false);
         Bind(wxEVT_KEY_DOWN, &NodeTreeGtk::keyPressed, this);
-        Bind(wxEVT_LEFT_DOWN, [this](wxMouseEvent& event) {
+        listen(*this, wxEVT_LEFT_DOWN, [this](const wxMouseEvent& event) {
             const std::size_t node = nodeAt(event.GetPosition());
             if (node != kRoot && node == selectedNode()) activated();
-            event.Skip();
         });
     }
 

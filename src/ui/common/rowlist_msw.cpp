@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "ui/common/accessible.h"
+#include "ui/common/listen.h"
 #include "ui/common/rowlist.h"
 
 namespace kestrel {
@@ -90,18 +91,16 @@ class NodeTreeMsw final : public wxTreeCtrl, public NodeTree {
             if (!filling_ && onSelect) onSelect();
         });
         Bind(wxEVT_TREE_ITEM_ACTIVATED, [this](wxTreeEvent&) { pressed(); });
-        Bind(wxEVT_LEFT_DOWN, [this](wxMouseEvent& event) {
-            event.Skip();
+        listen(*this, wxEVT_LEFT_DOWN, [this](const wxMouseEvent& event) {
             int where = 0;
             const wxTreeItemId item = HitTest(event.GetPosition(), where);
             const bool on = (where & (wxTREE_HITTEST_ONITEMICON | wxTREE_HITTEST_ONITEMLABEL)) != 0;
             if (on && item == GetSelection()) pressed();
         });
-        Bind(wxEVT_RIGHT_DOWN, [this](wxMouseEvent& event) {
+        listen(*this, wxEVT_RIGHT_DOWN, [this](const wxMouseEvent& event) {
             int where = 0;
             if (const wxTreeItemId item = HitTest(event.GetPosition(), where)) SelectItem(item);
             SetFocus();
-            event.Skip();
         });
     }
 

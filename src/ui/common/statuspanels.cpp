@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "ui/common/listen.h"
 #include "ui/common/strings.h"
 
 namespace kestrel {
@@ -14,15 +15,10 @@ StatusPanels::StatusPanels(wxWindow* parent, std::vector<Panel> panels)
     SetFieldsCount(static_cast<int>(widths.size()), widths.data());
     labels_ = makePanelLabels(*this, panels_.size());
     for (std::size_t i = 0; i < labels_.size(); ++i) labels_[i]->SetToolTip(panels_[i].tooltip);
-    Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
-        event.Skip();
-        CallAfter([this] { placeLabels(); });
-    });
+    listen(*this, wxEVT_SIZE, [this] { CallAfter([this] { placeLabels(); }); });
     if (!labels_.empty()) return;
-    Bind(wxEVT_MOTION, [this](wxMouseEvent& event) {
-        tellPanel(event.GetPosition());
-        event.Skip();
-    });
+    listen(*this, wxEVT_MOTION,
+           [this](const wxMouseEvent& event) { tellPanel(event.GetPosition()); });
 }
 
 void StatusPanels::setPanel(int panel, std::wstring_view text) {

@@ -74,7 +74,10 @@ void frmExport::layOut() {
 
 void frmExport::bindCommands() {
     onPress(*cmdCommands[kConvert], [this] { convert(); });
-    onPress(*cmdCommands[kPickSource], [this] { pickSource(); });
+    onPress(*cmdCommands[kPickSource], [this] {
+        chooseFolder(*cboSourceFolder,
+                     L"Select the Source Folder that contains your .gas files to be converted. ");
+    });
     onPress(*cmdCommands[kPickTarget], [this] { pickTarget(); });
     cmdCommands[kDone]->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Close(); });
     chkSingleFile->Bind(wxEVT_CHECKBOX, [this](wxCommandEvent&) { modeChanged(); });
@@ -99,13 +102,9 @@ void frmExport::convert() {
     std::wstring source = cboSourceFolder->takePath();
     const std::wstring target = cboTarget->takePath();
     if (source.empty()) return;
-    if (!filesystem::isFolder(source)) {
-        tellUser(L"Source Folder not found. Please enter a valid Source Folder name and try again.",
-                 Icon::exclamation);
-        return;
-    }
     const bool single = chkSingleFile->GetValue();
-    if (single && !target.empty() && !mayWrite(singleOutput(source, target))) return;
+    const bool named = single && !target.empty();
+    if (!mayMake(source, named ? singleOutput(source, target) : std::wstring())) return;
     std::wstring summary;
     ConversionOutcome outcome;
     OwnerWx owner(*this);
@@ -120,23 +119,9 @@ void frmExport::convert() {
              Icon::information);
 }
 
-bool frmExport::mayWrite(const std::wstring& target) const {
-    if (!fileExists(target)) return true;
-    return askUser(L"Target file already exists, do you wish to overwrite the existing file?",
-                   Icon::question, Buttons::noYes) == Answer::yes;
-}
-
 std::wstring frmExport::header() const {
     return conversionHeader(fromWx(txtTitle->GetValue()), fromWx(txtAuthor->GetValue()),
                             fromWx(txtBuild->GetValue()), fromWx(txtCopyright->GetValue()));
-}
-
-void frmExport::pickSource() {
-    OwnerWx owner(*this);
-    const auto folder =
-        gBrowseFolder(L"Select the Source Folder that contains your .gas files to be converted. ",
-                      &owner, cboSourceFolder->text());
-    choose(*cboSourceFolder, folder.value_or(std::wstring()));
 }
 
 void frmExport::pickTarget() {

@@ -44,9 +44,7 @@ class frmExport final : public PathDialog {
     void entered() override { press(*cmdCommands[kConvert]); }
     void modeChanged();
     void convert();
-    bool mayWrite(const std::wstring& target) const;
     std::wstring header() const;
-    void pickSource();
     void pickTarget();
 };
 

@@ -4,7 +4,6 @@
 #include "services/guard.h"
 #include "services/histories.h"
 #include "services/pickers.h"
-#include "services/program.h"
 #include "system/codepage.h"
 #include "system/filesystem.h"
 #include "system/plainpath.h"

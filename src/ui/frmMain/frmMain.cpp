@@ -12,6 +12,7 @@
 #include "services/settings.h"
 #include "system/filesystem.h"
 #include "ui/common/dialogend.h"
+#include "ui/common/listen.h"
 #include "ui/common/mousecapture.h"
 #include "ui/common/strings.h"
 #include "ui/frmProgress/frmProgress.h"
@@ -103,50 +104,30 @@ void frmMain::keepAll() {
 void frmMain::bindWindow() {
     SetDropTarget(new GasDropTarget(*this));
     Bind(wxEVT_CLOSE_WINDOW, &frmMain::closing, this);
-    Bind(wxEVT_IDLE, [this](wxIdleEvent& event) {
-        leave();
-        event.Skip();
-    });
+    listen(*this, wxEVT_IDLE, [this] { leave(); });
     leaving_.Bind(wxEVT_TIMER, [this](wxTimerEvent&) { leave(); });
     Bind(wxEVT_CHAR_HOOK, &frmMain::keyPressed, this);
-    Bind(wxEVT_SYS_COLOUR_CHANGED, [this](wxSysColourChangedEvent& event) {
-        refreshIcons();
-        event.Skip();
-    });
-    Bind(wxEVT_ICONIZE, [this](wxIconizeEvent& event) {
-        iconized(event.IsIconized());
-        event.Skip();
-    });
+    listen(*this, wxEVT_SYS_COLOUR_CHANGED, [this] { refreshIcons(); });
+    listen(*this, wxEVT_ICONIZE,
+           [this](const wxIconizeEvent& event) { iconized(event.IsIconized()); });
     // A window that comes back gives the keyboard to its first control, until it is active.
-    Bind(wxEVT_ACTIVATE, [this](wxActivateEvent& event) {
-        event.Skip();
-        if (event.GetActive() && returning_) {
+    listen(*this, wxEVT_ACTIVATE, [this](const wxActivateEvent& event) {
+        if (!event.GetActive()) return;
+        if (returning_) {
             CallAfter([this] {
                 if (returning_) returning_->SetFocus();
                 returning_ = nullptr;
             });
         }
+        frmProgress* progress = frmProgress::current();
+        if (progress != nullptr && gProgram().progressShowing) progress->Raise();
     });
-    Bind(wxEVT_CHILD_FOCUS, [this](wxChildFocusEvent& event) {
+    listen(*this, wxEVT_CHILD_FOCUS, [this](const wxChildFocusEvent& event) {
         // The toolkit takes the keyboard from a window that goes.
         if (IsShown() && !IsIconized()) keyboard_ = event.GetWindow();
-        event.Skip();
     });
-    Bind(wxEVT_MOVE, [this](wxMoveEvent& event) {
-        keepPlace();
-        event.Skip();
-    });
-    Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
-        keepPlace();
-        event.Skip();
-    });
-    Bind(wxEVT_ACTIVATE, [](wxActivateEvent& event) {
-        frmProgress* progress = frmProgress::current();
-        if (event.GetActive() && progress != nullptr && gProgram().progressShowing) {
-            progress->Raise();
-        }
-        event.Skip();
-    });
+    listen(*this, wxEVT_MOVE, [this] { keepPlace(); });
+    listen(*this, wxEVT_SIZE, [this] { keepPlace(); });
     cboHistory->onChange = [this] { historyChanged(); };
     cboHistory->onChoose = [this] { reload(); };
     cboHistory->onEnter = [this] { reload(); };

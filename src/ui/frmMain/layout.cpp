@@ -12,6 +12,7 @@
 #include "services/files.h"
 #include "services/guard.h"
 #include "ui/common/accessible.h"
+#include "ui/common/listen.h"
 #include "ui/common/strings.h"
 #include "ui/common/style.h"
 #include "ui/common/twips.h"
@@ -109,14 +110,9 @@ wxSplitterWindow* frmMain::makePanes(wxWindow* parent, double share) {
         event.SetSashPosition(sashWithRoom(*panes, event.GetSashPosition()));
     });
     shares_[panes] = share;
-    panes->Bind(wxEVT_SIZE, [this, panes](wxSizeEvent& event) {
-        event.Skip();
-        CallAfter([this, panes] { shareWidth(*panes); });
-    });
-    panes->Bind(wxEVT_SPLITTER_SASH_POS_CHANGED, [this, panes](wxSplitterEvent& event) {
-        event.Skip();
-        CallAfter([this, panes] { shares_[panes] = shareOf(*panes); });
-    });
+    listen(*panes, wxEVT_SIZE, [this, panes] { CallAfter([this, panes] { shareWidth(*panes); }); });
+    listen(*panes, wxEVT_SPLITTER_SASH_POS_CHANGED,
+           [this, panes] { CallAfter([this, panes] { shares_[panes] = shareOf(*panes); }); });
     return panes;
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "services/tools.h"
+#include "ui/common/listen.h"
 #include "ui/common/strings.h"
 #include "ui/common/style.h"
 #include "ui/frmMain/frmMain.h"
@@ -29,10 +30,7 @@ void frmMain::buildMenus() {
     mnuFile = bar->GetMenu(0);
     SetMenuBar(bar);
     // What can be done changes with the lists; a menu tells it when it opens.
-    Bind(wxEVT_MENU_OPEN, [this](wxMenuEvent& event) {
-        refreshCommands();
-        event.Skip();
-    });
+    listen(*this, wxEVT_MENU_OPEN, [this] { refreshCommands(); });
 }
 
 wxMenu* frmMain::makeMenu(const std::vector<CommandMenuItem>& items) {

@@ -100,9 +100,9 @@ std::wstring frmMain::fileText() {
 
 bool frmMain::previewAll() {
     if (lvwTemplates->rows().empty()) return false;
-    const std::wstring text = fileText();
+    std::wstring text = fileText();
     if (text.empty()) return false;
-    view(L"View All Templates", text, View::rendered);
+    view(L"View All Templates", std::move(text), View::rendered);
     return true;
 }
 

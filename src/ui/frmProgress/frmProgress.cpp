@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "ui/common/accessible.h"
+#include "ui/common/listen.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
 #include "ui/host/host_wx.h"
@@ -60,10 +61,7 @@ frmProgress::frmProgress(wxWindow* parent)
             event.Skip();
         }
     });
-    Bind(wxEVT_PAINT, [this](wxPaintEvent& event) {
-        painted_ = true;
-        event.Skip();
-    });
+    listen(*this, wxEVT_PAINT, [this] { painted_ = true; });
     shownDialog() = this;
 }
 

@@ -1,8 +1,5 @@
 #include "ui/frmSpecialize/frmSpecialize.h"
 
-#include <wx/dcclient.h>
-#include <wx/settings.h>
-
 #include <algorithm>
 #include <functional>
 #include <utility>
@@ -11,6 +8,7 @@
 #include "services/guard.h"
 #include "services/program.h"
 #include "ui/common/accessible.h"
+#include "ui/common/listen.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
 
@@ -75,11 +73,8 @@ frmSpecialize::frmSpecialize(wxWindow* parent, OpenFile openFile)
     tvwTemplates->window().MoveBeforeInTabOrder(txtView);
     cmdCommands.back()->MoveBeforeInTabOrder(cmdCommands[TextCommands::kScriptEditor]);
     wxSizer* content = panes();
-    Bind(wxEVT_PAINT, &frmSpecialize::paintBorder, this);
-    Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
-        fitTree();
-        event.Skip();
-    });
+    commands_.frame(tvwTemplates->window());
+    listen(*this, wxEVT_SIZE, [this] { fitTree(); });
     layOut(content, buttonRow(), wxSize(kFirstWidth, kFirstHeight));
     bindTree();
     txtView->tabMovesOn(true);
@@ -112,15 +107,6 @@ wxSizer* frmSpecialize::buttonRow() {
     wxSizer* row = commands_.buttonRow();
     row->Insert(1, cmdCommands.back(), wxSizerFlags().Expand().Border(wxLEFT, commands_.margin()));
     return row;
-}
-
-// The tree looks as the pane beside it, whose border is painted after this.
-void frmSpecialize::paintBorder(wxPaintEvent& event) {
-    wxPaintDC canvas(this);
-    canvas.SetPen(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNSHADOW));
-    canvas.SetBrush(*wxTRANSPARENT_BRUSH);
-    canvas.DrawRectangle(tvwTemplates->window().GetRect().Inflate(1));
-    event.Skip();
 }
 
 void frmSpecialize::fitTree() {

@@ -25,7 +25,6 @@ class frmSpecialize final : public TextWindow {
   private:
     wxSizer* panes();
     wxSizer* buttonRow();
-    void paintBorder(wxPaintEvent& event);
     // Gives the tree the width that the user chose, as far as the text keeps some.
     void fitTree();
     void bindTree();

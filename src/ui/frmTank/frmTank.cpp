@@ -138,7 +138,7 @@ void frmTank::find() {
     }
     if (report.empty()) return;
     lastSearch_ = searched;
-    showReport(report, cboTankFilename->text());
+    showReport(std::move(report), cboTankFilename->text());
 }
 
 void frmTank::test() {
@@ -162,7 +162,7 @@ void frmTank::list() {
     if (!listed) {
         tellUser(L"Tank list failed!", Icon::exclamation);
     } else if (!report.empty()) {
-        showReport(report, path());
+        showReport(std::move(report), path());
     }
 }
 
@@ -171,9 +171,10 @@ void frmTank::showProperties() {
     gShowProps(path(), &owner);
 }
 
-void frmTank::showReport(const std::wstring& report, std::wstring_view path) {
+void frmTank::showReport(std::wstring report, std::wstring_view path) {
     frmView viewer(this, openFile_);
-    viewer.TextBlock(report);
+    // The pane has its own; two of a large report need not wait for the user.
+    viewer.TextBlock(std::exchange(report, {}));
     viewer.CanEdit(false);
     viewer.SetTitle(shownLine(std::wstring(L"Tank List: ").append(path)));
     showModal(viewer);

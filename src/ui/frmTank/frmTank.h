@@ -47,7 +47,7 @@ class frmTank final : public PathDialog {
     void test();
     void list();
     void showProperties();
-    void showReport(const std::wstring& report, std::wstring_view path);
+    void showReport(std::wstring report, std::wstring_view path);
 
     OpenFile openFile_;
     std::wstring lastSearch_;  // the last text that was found

@@ -2,11 +2,10 @@
 
 #include <utility>
 
-#include "services/files.h"
 #include "services/pickers.h"
 #include "services/program.h"
-#include "system/filesystem.h"
 #include "ui/common/link.h"
+#include "ui/common/listen.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
 #include "ui/frmView/frmView.h"
@@ -28,17 +27,6 @@ std::wstring quotedText(const wxTextCtrl& box) {
 
 std::wstring flag(const wxCheckBox& box, std::wstring_view option) {
     return box.GetValue() ? std::wstring(option) : std::wstring();
-}
-
-bool mayBuild(const std::wstring& source, const std::wstring& target) {
-    if (!filesystem::isFolder(source)) {
-        tellUser(L"Source Folder not found. Please enter a valid Source Folder name and try again.",
-                 Icon::exclamation);
-        return false;
-    }
-    if (!fileExists(target)) return true;
-    return askUser(L"Target file already exists, do you wish to overwrite the existing file?",
-                   Icon::question, Buttons::noYes) == Answer::yes;
 }
 
 // Lets the keys through that type nothing, and digits. Kept: Backspace is
@@ -132,15 +120,14 @@ void frmZeltor::layOut() {
 
 void frmZeltor::bindCommands() {
     onPress(*cmdCommands[kCreate], [this] { create(); });
-    onPress(*cmdCommands[kPickSource], [this] { pickSource(); });
+    onPress(*cmdCommands[kPickSource], [this] {
+        chooseFolder(*cboSourceFolder, L"Select the Source Folder of your New Tank file. ");
+    });
     onPress(*cmdCommands[kPickTarget], [this] { pickTarget(); });
     cmdCommands[kDone]->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Close(); });
     txtPriority->Bind(wxEVT_CHAR, digitTyped);
-    txtPriority->Bind(wxEVT_KILL_FOCUS, [this](wxFocusEvent& event) {
-        // A box cannot be shown while the keyboard is on its way.
-        CallAfter([this] { priorityLeft(); });
-        event.Skip();
-    });
+    // A box cannot be shown while the keyboard is on its way.
+    listen(*txtPriority, wxEVT_KILL_FOCUS, [this] { CallAfter([this] { priorityLeft(); }); });
 }
 
 void frmZeltor::pathsChanged() {
@@ -150,7 +137,7 @@ void frmZeltor::pathsChanged() {
 void frmZeltor::create() {
     const std::wstring source = cboSourceFolder->takePath();
     const std::wstring target = cboTarget->takePath();
-    if (source.empty() || target.empty() || !mayBuild(source, target)) return;
+    if (source.empty() || target.empty() || !mayMake(source, target)) return;
     BuildRequest build = request();
     gExecZeltor(build, redLauncher);
     // Nothing runs after a refused start, and there is nothing to be seen.
@@ -183,13 +170,6 @@ void frmZeltor::showLog(const std::wstring& target) {
     };
     showModal(viewer);
     redLauncher.onData = nullptr;
-}
-
-void frmZeltor::pickSource() {
-    OwnerWx owner(*this);
-    const auto folder = gBrowseFolder(L"Select the Source Folder of your New Tank file. ", &owner,
-                                      cboSourceFolder->text());
-    choose(*cboSourceFolder, folder.value_or(std::wstring()));
 }
 
 void frmZeltor::pickTarget() {

@@ -63,7 +63,6 @@ class frmZeltor final : public PathDialog {
     void create();
     BuildRequest request() const;
     void showLog(const std::wstring& target);
-    void pickSource();
     void pickTarget();
     void priorityLeft();
 

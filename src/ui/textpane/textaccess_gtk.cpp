@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <string>
 
+#include "ui/common/listen.h"
 #include "ui/textpane/textpane.h"
 
 namespace kestrel {
@@ -305,8 +306,7 @@ void makeReadable(TextPane& pane) {
         g_signal_emit_by_name(object, inserted ? "text-insert" : "text-remove",
                               static_cast<gint>(at), length, text.c_str());
     };
-    pane.Bind(wxEVT_STC_UPDATEUI, [object](wxStyledTextEvent& event) {
-        event.Skip();
+    listen(pane, wxEVT_STC_UPDATEUI, [object](const wxStyledTextEvent& event) {
         if ((event.GetUpdated() & wxSTC_UPDATE_SELECTION) == 0) return;
         g_signal_emit_by_name(object, "text-caret-moved", getCaret(ATK_TEXT(object)));
         g_signal_emit_by_name(object, "text-selection-changed");

@@ -8,6 +8,7 @@
 
 #include "services/guard.h"
 #include "ui/common/buttons.h"
+#include "ui/common/listen.h"
 #include "ui/common/mnemonics.h"
 #include "ui/common/mousecapture.h"
 #include "ui/common/strings.h"
@@ -50,12 +51,14 @@ TextCommands::TextCommands(wxTopLevelWindow& window, OpenFile openFile, bool fil
           [this](const KeyPress& key) { run(*rowOf(key)); }) {
     addControls(file);
     window_.Bind(wxEVT_CHAR_HOOK, &TextCommands::keyPressed, this);
-    window_.Bind(wxEVT_ACTIVATE, &TextCommands::activated, this);
+    // A window that takes the keyboard before it is shown may have no caption yet.
+    listen(window_, wxEVT_ACTIVATE, [this](const wxActivateEvent& event) {
+        if (event.GetActive() && window_.IsShown()) takeCaption();
+    });
     window_.Bind(wxEVT_PAINT, &TextCommands::paintBorder, this);
-    txtView->Bind(wxEVT_SET_FOCUS, &TextCommands::caretMoved, this);
-    txtView->Bind(wxEVT_STC_UPDATEUI, &TextCommands::caretMoved, this);
-    txtView->Bind(wxEVT_STC_CHANGE, [this](wxStyledTextEvent& event) {
-        event.Skip();
+    listen(*txtView, wxEVT_SET_FOCUS, [this] { caretMoved(); });
+    listen(*txtView, wxEVT_STC_UPDATEUI, [this] { caretMoved(); });
+    listen(*txtView, wxEVT_STC_CHANGE, [this] {
         if (block_ && !draftTimer_.IsRunning()) draftTimer_.StartOnce(kDraftMilliseconds);
     });
     draftTimer_.Bind(wxEVT_TIMER, [this](wxTimerEvent&) { keepDraft(); });
@@ -65,16 +68,9 @@ TextCommands::~TextCommands() {
     releaseMouse(window_);
 }
 
-void TextCommands::activated(wxActivateEvent& event) {
-    // A window that takes the keyboard before it is shown may have no caption yet.
-    if (event.GetActive() && window_.IsShown()) takeCaption();
-    event.Skip();
-}
-
 // The pane tells of its caret in the midst of its painting, where nothing else may be
 // painted.
-void TextCommands::caretMoved(wxEvent& event) {
-    event.Skip();
+void TextCommands::caretMoved() {
     if (std::exchange(stale_, true)) return;
     CallAfter([this] {
         stale_ = false;
@@ -87,11 +83,12 @@ void TextCommands::paintBorder(wxPaintEvent&) {
     wxPaintDC canvas(&window_);
     canvas.SetPen(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNSHADOW));
     canvas.SetBrush(*wxTRANSPARENT_BRUSH);
-    canvas.DrawRectangle(txtView->GetRect().Inflate(1));
+    for (const wxWindow* window : framed_) canvas.DrawRectangle(window->GetRect().Inflate(1));
 }
 
 void TextCommands::addControls(bool file) {
     txtView = new TextPane(&window_, "txtView");
+    frame(*txtView);
     for (const Row& row : kRows) {
         if (row.index == kNoIndex) continue;
         wxButton* button =

@@ -33,6 +33,9 @@ class TextCommands final : public wxEvtHandler {
     std::array<wxButton*, kButtons> cmdCommands;
     StatusPanels* stbMain;
 
+    // Draws a border around a control of the window, as around the text.
+    void frame(const wxWindow& control) { framed_.push_back(&control); }
+
     // The distance of the controls from each other and from the window's edges.
     int margin() const;
 
@@ -74,8 +77,7 @@ class TextCommands final : public wxEvtHandler {
     static const std::array<Row, 7> kRows;
 
     void addControls(bool file);
-    void activated(wxActivateEvent& event);
-    void caretMoved(wxEvent& event);
+    void caretMoved();
     void forgetDraft();
     void paintBorder(wxPaintEvent& event);
     void keyPressed(wxKeyEvent& event);
@@ -93,6 +95,7 @@ class TextCommands final : public wxEvtHandler {
     ViewedText viewed() const;
 
     wxTopLevelWindow& window_;
+    std::vector<const wxWindow*> framed_;
     OpenFile openFile_;
     std::optional<wxString> caption_;
     std::wstring searchText_;

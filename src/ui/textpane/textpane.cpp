@@ -9,6 +9,7 @@
 #include "base/error.h"
 #include "services/program.h"
 #include "ui/common/accessible.h"
+#include "ui/common/listen.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
 #include "ui/textpane/textaccess.h"
@@ -58,22 +59,17 @@ void TextPane::bindEvents() {
         // The rest is coloured when it comes into view.
         if (GetEndStyled() < event.GetPosition()) StartStyling(event.GetPosition());
     });
-    Bind(wxEVT_STC_UPDATEUI, [this](wxStyledTextEvent& event) {
+    listen(*this, wxEVT_STC_UPDATEUI, [this] {
         showLines();
         showBraces();
-        event.Skip();
     });
-    Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
+    listen(*this, wxEVT_SIZE, [this] {
         CallAfter([this] {
             fitScrollWidth();
             showLines();
         });
-        event.Skip();
     });
-    Bind(wxEVT_SYS_COLOUR_CHANGED, [this](wxSysColourChangedEvent& event) {
-        applyColours();
-        event.Skip();
-    });
+    listen(*this, wxEVT_SYS_COLOUR_CHANGED, [this] { applyColours(); });
     Bind(wxEVT_KEY_DOWN, &TextPane::keyPressed, this);
     Bind(wxEVT_CONTEXT_MENU, [this](wxContextMenuEvent&) { showMenu(); });
 }
