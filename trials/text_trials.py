@@ -17,6 +17,9 @@ def try_tab_leaves_the_chains_text(k):
     before = k.pane().text()
     k.walk(("Tab", "Text"), ("Tab", "Reset File List"))
     assert k.pane().text() == before and browser.name == "Specializes Browser"
+    x, y, width, _ = k.find("Chain").box
+    k.drag((x + width + 3, y + 50), (x + width + 63, y + 50))
+    wait(lambda: k.find("Chain").box[2] > width + 40, "a wider tree")
     k.close(browser)
     view = edit(k)
     k.focus_is("Text")

@@ -21,10 +21,15 @@ void GasFile::reserve(std::size_t bytes) {
     reserveEntries(bytes);
 }
 
-// Most files have fewer bytes of entries than bytes of their own.
+// Most files have at least as many bytes as two entries take for each of theirs.
 void GasFile::reserveEntries(std::size_t bytes) {
-    entries_.reserve(bytes / sizeof(Entry) + 1);
-    wishForLargePages(entries_.data(), bytes);
+    packed_.reserve(bytes / sizeof(Packed) / 2 + 1);
+    wishForLargePages(packed_.data(), bytes / 2);
+}
+
+void GasFile::addRare(const Entry& entry) {
+    packed_.push_back({static_cast<std::uint32_t>(rare_.size()), 0, 0, kRare, 0});
+    rare_.push_back(entry);
 }
 
 std::string_view GasFile::keep(std::string_view text) {

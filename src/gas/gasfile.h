@@ -34,8 +34,10 @@ class GasFile {
     struct Slice {
         std::uint32_t place = 0;
         std::uint32_t size = 0;
+
+        std::uint32_t end() const noexcept { return place + size; }
     };
-    // A property as it is stored.
+    // A property.
     struct Entry {
         Slice name;
         Slice value;
@@ -78,10 +80,21 @@ class GasFile {
     // as several. Of one name in one group it mostly is the same one.
     const GasGroup* inside(const GasGroup* around, std::string_view name);
 
-    void add(const Entry& entry) { entries_.push_back(entry); }
-    std::uint32_t entries() const noexcept { return static_cast<std::uint32_t>(entries_.size()); }
+    void add(const Entry& entry) {
+        const Slice value = entry.value.size != 0 ? entry.value : Slice{entry.name.end(), 0};
+        const std::uint32_t gap = value.place - entry.name.end();
+        if (entry.name.size > 0xFF || value.size >= kRare || gap > 0xFF ||
+            entry.group > kMostGroup || entry.level > kMostLevel) {
+            return addRare(entry);
+        }
+        packed_.push_back({entry.name.place, static_cast<std::uint8_t>(entry.name.size),
+                           static_cast<std::uint8_t>(gap), static_cast<std::uint16_t>(value.size),
+                           static_cast<std::uint32_t>(entry.group << kGroupShift |
+                                                      entry.level << 1 | (entry.isBlock ? 1 : 0))});
+    }
+    std::uint32_t entries() const noexcept { return static_cast<std::uint32_t>(packed_.size()); }
     GasProperty property(std::size_t index) const noexcept {
-        const Entry& entry = entries_[index];
+        const Entry entry = entryAt(index);
         return {{view(entry.name), page_},
                 {view(entry.value), page_},
                 Text(entry.group == 0 ? nullptr : &groups_[entry.group - 1]),
@@ -93,6 +106,31 @@ class GasFile {
     static constexpr std::uint32_t kKept = std::uint32_t{1} << 31;
     static constexpr unsigned kSlotBits = 8;
 
+    // A property as nearly all of them are stored: its value stands shortly behind its name.
+    struct Packed {
+        std::uint32_t name;  // its place
+        std::uint8_t nameSize;
+        std::uint8_t gap;
+        std::uint16_t valueSize;  // kRare: `name` is an index of rare_
+        std::uint32_t rest;       // the group, the level and whether it is a block
+    };
+    static constexpr std::uint16_t kRare = 0xFFFF;
+    static constexpr unsigned kGroupShift = 12;
+    static constexpr std::uint32_t kMostGroup = (std::uint32_t{1} << (32 - kGroupShift)) - 1;
+    static constexpr std::int16_t kMostLevel = (1 << (kGroupShift - 1)) - 1;
+
+    void addRare(const Entry& entry);
+    Entry entryAt(std::size_t index) const noexcept {
+        const Packed& packed = packed_[index];
+        if (packed.valueSize == kRare) return rare_[packed.name];
+        const Slice name{packed.name, packed.nameSize};
+        return {name,
+                {name.end() + packed.gap, packed.valueSize},
+                packed.rest >> kGroupShift,
+                static_cast<std::int16_t>(packed.rest >> 1 & kMostLevel),
+                (packed.rest & 1) != 0};
+    }
+
     void reserveEntries(std::size_t bytes);
     Slice keptSlice(std::string_view text);
     const GasGroup* with(const GasGroup* around, std::string_view name);
@@ -101,7 +139,8 @@ class GasFile {
     const CodePage& page_;
     std::pmr::monotonic_buffer_resource room_;
     std::vector<std::string_view> kept_;
-    std::vector<Entry> entries_;
+    std::vector<Packed> packed_;
+    std::vector<Entry> rare_;
     std::deque<GasGroup> groups_;
     std::array<const GasGroup*, std::size_t{1} << kSlotBits> latest_{};  // by names
 };

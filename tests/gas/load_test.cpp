@@ -55,6 +55,8 @@ TEST(Load, TreesKeepThePathsOfSubBlocksThatAreTooDeepToDraw) {
     const GasProperty last = record.Properties.back();
     EXPECT_EQ(Text(last.Group.group()->start), record.Properties[127].Group) << "256 characters";
     EXPECT_EQ(branchPath(record, nodes.back()), groupPath(record, last));
+    const GasTemplate deepest = info(repeat("[a]\r\n", 1'050'000));
+    EXPECT_EQ(deepest.Properties.back().Group.group()->id, 1'050'000U);
 }
 
 // Beside those that bench/shapes.cpp measures: with them a careless parser would run for
@@ -99,6 +101,12 @@ TEST(Load, NamesAndValuesOfEveryLengthAreCleanedAndStayApart) {
                 expected.push_back(clean + "=" + clean + " @#0");
             }
         }
+    }
+    // Each of them on both sides of what is stored shortly.
+    for (const std::size_t length : {255U, 256U, 65534U, 65535U}) {
+        const std::string text(length, 'z');
+        body += text + "=;|y=" + text + ";|y=" + std::string(length - 1, ' ') + "z;|";
+        expected.insert(expected.end(), {text + "= @#0", "y=" + text + " @#0", "y=z @#0"});
     }
     const std::string bytes = "[info]\r\n[caf\xE9]\r\n\x97 = \xE9";
     EXPECT_EQ(readRecords(bytes, *CodePage::find(1252)).templates.at(0).Properties,

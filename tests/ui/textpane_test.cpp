@@ -92,7 +92,9 @@ TEST_F(TextPaneTest, GivesBackWhatWasPutIn) {
         }
     }
     std::wstring all;
+    pane->SetScrollWidth(9999);
     pane->setText(all);
+    EXPECT_LT(pane->GetScrollWidth(), 9999);
     for (const std::wstring& piece : texts) {
         pane->append(piece);
         holds(all += piece);
