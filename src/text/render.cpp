@@ -6,6 +6,7 @@
 #include "base/text.h"
 #include "services/guard.h"
 #include "services/program.h"
+#include "system/largepages.h"
 #include "text/rulers.h"
 
 namespace kestrel {
@@ -118,8 +119,10 @@ std::string templateTexts(const std::vector<GasTemplate>& templates, ProgressSco
     std::string text;
     for (std::size_t i = 0; i < templates.size(); ++i) {
         // Room for all of them, told from the first ones.
-        if (i == kSample)
+        if (i == kSample) {
             text.reserve(std::min(text.size() / i * templates.size() / 8 * 9, kMostText));
+            wishForLargePages(text.data(), text.capacity());
+        }
         progress.process(processing(templates[i]));
         const bool whole = appendTemplate(text, templates[i], nullptr, progress);
         if (!whole || !progress.goesOn()) return {};
