@@ -33,14 +33,9 @@ inline int showModal(wxDialog& dialog) {
     return result;
 }
 
-// Ends a dialog: one that is shown modal goes with its maker, any other one destroys
-// itself. A modal one that is told so again waits for its maker.
+// Ends a dialog that is shown modal. One that is told so again waits for its maker.
 inline void endDialog(wxDialog& dialog) {
-    if (dialog.IsModal()) {
-        dialog.EndModal(wxID_CANCEL);
-    } else if (dialog.GetReturnCode() == 0) {
-        dialog.Destroy();
-    }
+    if (dialog.IsModal()) dialog.EndModal(wxID_CANCEL);
 }
 
 }  // namespace kestrel

@@ -21,7 +21,7 @@
 
 namespace kestrel {
 
-// A dialog, modal as a rule, around paths that are typed, picked and remembered.
+// A modal dialog around paths that are typed, picked and remembered.
 // It grows in width alone, closes when Esc is let go but not while something works, and
 // is minimised with the main window.
 class PathDialog : public wxDialog, public FileKeeper {

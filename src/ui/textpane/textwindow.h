@@ -10,8 +10,7 @@
 
 namespace kestrel {
 
-// A window that shows a text. The caller makes it, hands it the text, and shows it, modal
-// or not. One that is shown modeless destroys itself when it closes.
+// A window that shows a text. The caller makes it, hands it the text, and shows it modal.
 class TextWindow : public wxDialog, public FileKeeper {
   public:
     // Whether the user may change the text; at first he may.
