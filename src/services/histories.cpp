@@ -11,7 +11,7 @@
 #include "services/guard.h"
 #include "services/pagetext.h"
 #include "services/program.h"
-#include "services/settingslock.h"
+#include "services/settings.h"
 #include "system/filesystem.h"
 
 namespace kestrel {
@@ -122,7 +122,7 @@ void replaceKeeping(const std::wstring& path, const std::string& bytes,
 void save(const std::wstring& path, const Entries& mine, const Form& form) {
     Entries& found = gProgram().found.histories[path];
     if (isSame(mine, found)) return;
-    const SettingsLock lock;
+    const FileLock lock = lockSettings();
     const std::optional<std::string> old = filesystem::read(path);
     const Entries now = form.entries(old.value_or(std::string()));
     const std::wstring text =

@@ -10,7 +10,6 @@
 #include "services/guard.h"
 #include "services/pagetext.h"
 #include "services/program.h"
-#include "services/settingslock.h"
 #include "system/filesystem.h"
 #include "system/letters.h"
 
@@ -138,7 +137,7 @@ void gWriteSettings() {
     guarded(L"gWriteSettings", [] {
         Program& program = gProgram();
         const std::wstring path = programFile(kFile);
-        const SettingsLock lock;
+        const FileLock lock = lockSettings();
         const FileNow now = fileNow(path);
         if (now.there && program.settings == program.found.settings) return;
         const Content content = contentOf(now.text);
@@ -148,6 +147,10 @@ void gWriteSettings() {
         program.found.settings = program.settings;
         program.found.settingsUnread = false;
     });
+}
+
+FileLock lockSettings() {
+    return FileLock(programFile(L"settings.lock"), std::chrono::seconds(5));
 }
 
 std::wstring toolCaption(std::wstring_view setting, std::wstring_view defaultCaption) {

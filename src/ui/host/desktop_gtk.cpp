@@ -44,6 +44,39 @@ GtkWindow* openChooser() {
     return chooser;
 }
 
+std::wstring pathIn(GtkWidget* chooser) {
+    const std::unique_ptr<char, Free> path(
+        gtk_file_chooser_get_filename(GTK_FILE_CHOOSER(chooser)));
+    return path ? fromUtf8(path.get()) : std::wstring();
+}
+
+void goTo(GtkWidget* chooser, const std::wstring& folder) {
+    if (folder.empty()) return;
+    gtk_file_chooser_set_current_folder(GTK_FILE_CHOOSER(chooser), toUtf8(folder).c_str());
+}
+
+// Now, in a format of the user's language; the one of a system without a language is for
+// logs, and stands for American English.
+std::wstring formatted(UDateFormatStyle time, UDateFormatStyle date) {
+    const std::string_view name = std::setlocale(LC_TIME, nullptr);
+    const bool plain = name == "C" || name == "POSIX" || name.starts_with("C.");
+    UErrorCode code = U_ZERO_ERROR;
+    const std::unique_ptr<UDateFormat, decltype(&udat_close)> format(
+        udat_open(time, date, plain ? "en_US" : std::string(name).c_str(), nullptr, -1, nullptr, -1,
+                  &code),
+        udat_close);
+    constexpr std::size_t kMost = 256;
+    std::array<UChar, kMost> text{};
+    udat_format(format.get(), ucal_getNow(), text.data(),
+                static_cast<std::int32_t>(text.size() - 1), nullptr, &code);
+    // No 8-bit code page has narrow blanks.
+    std::ranges::replace(text, u'\u202F', u' ');
+    std::array<char, 4 * kMost> bytes{};
+    u_strToUTF8(bytes.data(), static_cast<std::int32_t>(bytes.size()), nullptr, text.data(), -1,
+                &code);
+    return U_FAILURE(code) ? std::wstring() : fromUtf8(bytes.data());
+}
+
 }  // namespace
 
 bool showDesktopProperties(const std::wstring& path) {
@@ -113,43 +146,6 @@ int dotsPerInch(const wxWindow& window) {
     const double dots = gdk_screen_get_resolution(gtk_widget_get_screen(window.m_widget));
     return dots > 0 ? static_cast<int>(std::lround(dots)) : 96;
 }
-
-namespace {
-
-std::wstring pathIn(GtkWidget* chooser) {
-    const std::unique_ptr<char, Free> path(
-        gtk_file_chooser_get_filename(GTK_FILE_CHOOSER(chooser)));
-    return path ? fromUtf8(path.get()) : std::wstring();
-}
-
-void goTo(GtkWidget* chooser, const std::wstring& folder) {
-    if (folder.empty()) return;
-    gtk_file_chooser_set_current_folder(GTK_FILE_CHOOSER(chooser), toUtf8(folder).c_str());
-}
-
-// Now, in a format of the user's language; the one of a system without a language is for
-// logs, and stands for American English.
-std::wstring formatted(UDateFormatStyle time, UDateFormatStyle date) {
-    const std::string_view name = std::setlocale(LC_TIME, nullptr);
-    const bool plain = name == "C" || name == "POSIX" || name.starts_with("C.");
-    UErrorCode code = U_ZERO_ERROR;
-    const std::unique_ptr<UDateFormat, decltype(&udat_close)> format(
-        udat_open(time, date, plain ? "en_US" : std::string(name).c_str(), nullptr, -1, nullptr, -1,
-                  &code),
-        udat_close);
-    constexpr std::size_t kMost = 256;
-    std::array<UChar, kMost> text{};
-    udat_format(format.get(), ucal_getNow(), text.data(),
-                static_cast<std::int32_t>(text.size() - 1), nullptr, &code);
-    // No 8-bit code page has narrow blanks.
-    std::ranges::replace(text, u'\u202F', u' ');
-    std::array<char, 4 * kMost> bytes{};
-    u_strToUTF8(bytes.data(), static_cast<std::int32_t>(bytes.size()), nullptr, text.data(), -1,
-                &code);
-    return U_FAILURE(code) ? std::wstring() : fromUtf8(bytes.data());
-}
-
-}  // namespace
 
 void startIn(wxFileDialog& dialog, const std::wstring& folder) {
     goTo(dialog.m_widget, folder);
