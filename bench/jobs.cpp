@@ -1,16 +1,12 @@
 // Whole jobs of the program, beside the least that they could take: wall-clock times.
-#include <benchmark/benchmark.h>
 #include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <functional>
-#include <string>
 #include <thread>
-#include <utility>
-#include <vector>
 
+#include "common.h"
 #include "services/program.h"
 #include "tank/launcher.h"
 #include "tank/reports.h"
@@ -22,17 +18,11 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int kFiles = 2'000;
+constexpr std::string_view kTemplate =
+    "[t:template,n:thing_#]\r\n{\r\n\tdoc = \"Thing #\";\r\n\tspecializes = \"base\";\r\n"
+    "\t[look]\r\n\t{\r\n\t\tmodel = \"m_thing_#\";\r\n\t\tscale = 1.25;\r\n\t}\r\n}\r\n";
 
-std::string gasText(int number) {
-    std::string text;
-    for (int i = 0; i < 40; ++i) {
-        const std::string id = std::to_string(number) + "_" + std::to_string(i);
-        text += "[t:template,n:thing_" + id + "]\r\n{\r\n\tdoc = \"Thing " + id +
-                "\";\r\n\tspecializes = \"base\";\r\n\t[look]\r\n\t{\r\n\t\tmodel = \"m_thing_" +
-                id + "\";\r\n\t\tscale = 1.25;\r\n\t}\r\n}\r\n";
-    }
-    return text;
-}
+constexpr const char* kPlain = "reading the files and writing their texts, plain";
 
 std::string readPlain(const fs::path& file) {
     std::ifstream in(file, std::ios::binary);
@@ -43,6 +33,19 @@ void writePlain(const fs::path& file, const std::string& bytes) {
     std::ofstream(file, std::ios::binary) << bytes;
 }
 
+// A folder with the sources, each time a new one: file systems are slow to make files where
+// some were just removed.
+fs::path freshFolder(const fs::path& parent) {
+    static int count = 0;
+    fs::path made = parent / std::to_string(++count);
+    fs::create_directories(made);
+    for (long i = 0; i < kFiles; ++i) {
+        writePlain(made / ("file" + std::to_string(i) + ".gas"), numbered(kTemplate, 40, i * 40));
+    }
+    ::sync();
+    return made;
+}
+
 void convert(const fs::path& folder, std::int16_t options) {
     std::wstring name = folder.wstring();
     std::wstring summary;
@@ -50,131 +53,87 @@ void convert(const fs::path& folder, std::int16_t options) {
     if (!gblnConvertFolder(name, summary, L"", options, L"", nullptr, progress)) std::abort();
 }
 
-class Jobs {
-  public:
-    explicit Jobs(fs::path folder) : folder_(std::move(folder)) {
-        fs::remove_all(folder_);
-        for (int i = 0; i < kFiles; ++i) {
-            sources_.emplace_back("file" + std::to_string(i), gasText(i));
-        }
-        const fs::path first = freshFolder();
-        convert(first, 0);
-        for (const auto& [name, source] : sources_) {
-            outputs_.push_back(readPlain(first / (name + ".tab")));
-        }
-    }
-    ~Jobs() {
-        gProgram().host.tank = nullptr;
-        fs::remove_all(folder_);
-    }
-
-    void conversions() {
-        const auto add = [this](const char* name, std::function<void(const fs::path&)> job) {
-            addJob(name, [this, job](benchmark::State& state) {
-                for (auto _ : state) {
-                    state.PauseTiming();
-                    const fs::path at = freshFolder();
-                    state.ResumeTiming();
-                    job(at);
-                }
-            });
+void addConversions(const fs::path& parent) {
+    const auto add = [parent](const char* name, const std::function<void(const fs::path&)>& job) {
+        const auto run = [parent, job](benchmark::State& state) {
+            const fs::path folder = freshFolder(parent);
+            for (auto _ : state) job(folder);
         };
-        const auto plain = [this](const fs::path& at) {
-            for (std::size_t i = 0; i < sources_.size(); ++i) {
-                readPlain(at / (sources_[i].first + ".gas"));
-                writePlain(at / (sources_[i].first + ".tab"), outputs_[i]);
-            }
-        };
-        add("reading the files and writing their texts, plain", plain);
-        add("the same, until it is on the disk", [plain](const fs::path& at) {
-            plain(at);
-            ::sync();
-        });
-        add("conversion, a file each", [](const fs::path& at) { convert(at, 0); });
-        add("conversion, a single file", [](const fs::path& at) { convert(at, kSingleFile); });
+        addSingle(name, 5, run)->UseRealTime();
+    };
+    const fs::path first = freshFolder(parent);
+    convert(first, 0);
+    const auto texts = std::make_shared<std::map<fs::path, std::string>>();
+    for (const auto& file : fs::directory_iterator(first)) {
+        const fs::path name = file.path().filename();
+        if (name.extension() == ".tab") texts->emplace(name, readPlain(file));
     }
-
-    void listings(const fs::path& library) {
-        fs::copy_file(library, folder_ / library.filename());
-        tank_ = makeTankLibrary({folder_.wstring()});
-        gProgram().host.tank = tank_.get();
-        benchmark::RegisterBenchmark(
-            "full list of an archive",
-            [this](benchmark::State& state) {
-                const fs::path archive = folder_ / "archive.dsres";
-                writePlain(archive,
-                           "tank\nfile|name=thing.gas|path=\\art|size=10|comp=8|crc=-5|repeat=" +
-                               std::to_string(state.range(0)) + "\n");
-                for (auto _ : state) {
-                    std::wstring report;
-                    gblnListTank(archive.wstring(), report, nullptr, kFullList);
-                }
-                state.SetComplexityN(state.range(0));
-            })
-            ->RangeMultiplier(2)
-            ->Range(125'000, 1'000'000)
-            ->Complexity(benchmark::oN)
-            ->Unit(benchmark::kMillisecond)
-            ->UseRealTime();
-    }
-
-    static void builder(const fs::path& program) {
-        addJob("a builder's output", [program](benchmark::State& state) {
-            std::size_t characters = 0;
-            for (auto _ : state) {
-                const std::unique_ptr<Launcher> launcher = makeLauncher();
-                if (launcher->start(program.wstring() + L" -title flood", program.wstring()) !=
-                    Launcher::kStarted) {
-                    return state.SkipWithError("the builder does not start");
-                }
-                for (ProgramOutput output; !output.ended; characters += output.text.size()) {
-                    output = launcher->poll();
-                    if (output.text.empty()) {
-                        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-                    }
-                }
-            }
-            state.SetItemsProcessed(static_cast<std::int64_t>(characters));
-        });
-    }
-
-  private:
-    static void addJob(const char* name, std::function<void(benchmark::State&)> job) {
-        benchmark::RegisterBenchmark(name, std::move(job))
-            ->Unit(benchmark::kMillisecond)
-            ->Iterations(1)
-            ->UseRealTime();
-    }
-
-    // With the sources, each time a new one: file systems are slow to make files where some
-    // were just removed.
-    fs::path freshFolder() {
-        const fs::path made = folder_ / std::to_string(++count_);
-        fs::create_directories(made);
-        for (const auto& [name, bytes] : sources_) writePlain(made / (name + ".gas"), bytes);
+    const auto plain = [texts](const fs::path& folder) {
+        for (const auto& [name, text] : *texts) {
+            readPlain((folder / name).replace_extension(".gas"));
+            writePlain(folder / name, text);
+        }
+    };
+    add(kPlain, plain);
+    add("the same, until it is on the disk", [plain](const fs::path& folder) {
+        plain(folder);
         ::sync();
-        return made;
-    }
+    });
+    add("conversion, a file each", [](const fs::path& folder) { convert(folder, 0); });
+    add("conversion, a single file", [](const fs::path& folder) { convert(folder, kSingleFile); });
+}
 
-    fs::path folder_;
-    int count_ = 0;
-    std::vector<std::pair<std::string, std::string>> sources_;
-    std::vector<std::string> outputs_;
-    std::unique_ptr<TankLibrary> tank_;
-};
+void listArchive(benchmark::State& state, const fs::path& folder) {
+    const fs::path archive = folder / "archive.dsres";
+    writePlain(archive, "tank\nfile|name=thing.gas|path=\\art|size=10|comp=8|crc=-5|repeat=" +
+                            std::to_string(state.range(0)) + "\n");
+    for (auto _ : state) {
+        std::wstring report;
+        gblnListTank(archive.wstring(), report, nullptr, kFullList);
+    }
+    state.SetComplexityN(state.range(0));
+}
+
+void readBuilder(benchmark::State& state, const fs::path& folder) {
+    const std::wstring program = L"" KESTREL_STUB_BUILDER;
+    const std::wstring words = L" -title flood -out " + (folder / "out.dsres").wstring();
+    std::size_t characters = 0;
+    for (auto _ : state) {
+        const std::unique_ptr<Launcher> launcher = makeLauncher();
+        if (launcher->start(program + words, program) != Launcher::kStarted) std::abort();
+        for (ProgramOutput output; !output.ended; characters += output.text.size()) {
+            output = launcher->poll();
+            if (output.text.empty()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+    state.SetItemsProcessed(static_cast<std::int64_t>(characters));
+}
 
 }  // namespace
 }  // namespace kestrel::bench
 
-// kestrel_bench_jobs LIBRARY BUILDER [OPTION...]: the stand-ins for the archive library and
-// the builder.
+// NOLINTNEXTLINE(bugprone-exception-escape): what goes wrong ends the run.
 int main(int count, char** words) {
+    using namespace kestrel::bench;
     benchmark::Initialize(&count, words);
-    if (count != 3) return 2;
-    kestrel::bench::Jobs jobs(std::filesystem::temp_directory_path() / "kestrel-bench-jobs");
-    jobs.conversions();
-    jobs.listings(words[1]);
-    kestrel::bench::Jobs::builder(words[2]);
-    benchmark::RunSpecifiedBenchmarks();
+    const Folder folder;
+    addConversions(folder.path);
+    const fs::path library = KESTREL_STUB_TANK;
+    fs::copy_file(library, folder.path / library.filename());
+    const auto tank = kestrel::makeTankLibrary({folder.path.wstring()});
+    kestrel::gProgram().host.tank = tank.get();
+    benchmark::RegisterBenchmark("full list of an archive", listArchive, folder.path)
+        ->RangeMultiplier(2)
+        ->Range(125'000, 1'000'000)
+        ->Complexity(benchmark::oN)
+        ->UseRealTime();
+    addSingle("a builder's output", 5, readBuilder, folder.path)->UseRealTime();
+    Report report;
+    benchmark::RunSpecifiedBenchmarks(&report);
+    std::printf("\n%-44s %10s %10s %10s\n", "goal", "limit", "file each", "single");
+    const double plain = report.of(kPlain);
+    Report::printGoal("conversion : reading and writing, plain", "<= 1.5",
+                      {report.of("conversion, a file each") / plain,
+                       report.of("conversion, a single file") / plain});
     return 0;
 }
