@@ -1,34 +1,27 @@
 // How long the windows keep a user waiting, beside the least that could be done.
-
-#include <benchmark/benchmark.h>
-#include <wx/app.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
 #include <wx/evtloop.h>
-#include <wx/init.h>
+#include <wx/stopwatch.h>
 
-#include <algorithm>
-#include <chrono>
-#include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <functional>
-#include <string>
-#include <vector>
 
+#include "common.h"
 #include "gas/load.h"
 #include "services/program.h"
-#include "starts.h"
+#include "ui/app.h"
 #include "ui/common/strings.h"
 #include "ui/frmMain/frmMain.h"
 #include "ui/frmView/frmView.h"
 #include "ui/frmZeltor/frmZeltor.h"
-#include "ui/host/host_wx.h"
 
 namespace kestrel::bench {
 namespace {
 
 namespace fs = std::filesystem;
 using Job = std::function<void()>;
-using Steady = std::chrono::steady_clock;
 
 // Lets the windows paint and do what they put off, until nothing is left.
 void settle() {
@@ -43,104 +36,73 @@ void settle() {
     }
 }
 
-std::string templates(int count) {
-    std::string text;
-    for (int i = 0; i < count; ++i) {
-        const std::string id = std::to_string(i * 7919LL % count);
-        text += "[t:template,n:thing_" + id + "]\r\n{\r\n\tdoc = \"Thing " + id +
-                "\";\r\n\tspecializes = \"base\";\r\n\t[look]\r\n\t{\r\n\t\tmodel = m_" + id +
-                ";\r\n\t}\r\n}\r\n";
+// A user who searches for what is not there.
+class Answers final : public Messages {
+    Answer ask(std::wstring_view, std::wstring_view, Icon, Buttons) override { return Answer::ok; }
+    std::optional<std::wstring> prompt(std::wstring_view, std::wstring_view,
+                                       std::wstring_view) override {
+        return L"nowhere to be found";
     }
-    return text;
-}
-
-// One template with `count` properties in a hundred blocks.
-std::string properties(int count) {
-    std::string text = "[t:template,n:wide]\r\n{\r\n";
-    for (int i = 0; i < count; ++i) {
-        if (i % (count / 100) == 0) {
-            text += (i == 0 ? "[block" : "}\r\n[block") + std::to_string(i) + "]\r\n{\r\n";
-        }
-        text +=
-            "property_" + std::to_string(i * 7919LL % count) + " = " + std::to_string(i) + ";\r\n";
-    }
-    return text + "}\r\n}\r\n";
-}
+};
 
 class Windows {
   public:
-    Windows() : folder_(fs::temp_directory_path() / "kestrel-bench-windows") {
-        fs::remove_all(folder_);
-        fs::create_directories(folder_);
-        gProgram().folder = folder_.wstring();
-        host_.interfaces();
-        gProgram().host.clipboard = &host_.clipboard;
+    explicit Windows(const fs::path& folder) : folder_(folder) {
+        gProgram().folder = folder.wstring();
+        gProgram().settings.zeltor = L"" KESTREL_STUB_BUILDER;
         gProgram().host.messages = &answers_;
-        window_ = new frmMain;
         window_->Show();
-        settle();
-    }
-    ~Windows() {
+        addAll();
+        Report report;
+        benchmark::RunSpecifiedBenchmarks(&report);
         window_->Destroy();
         settle();
-        fs::remove_all(folder_);
     }
 
+  private:
     // In the order in which they run: each finds what the ones before have opened.
     void addAll() {
-        const std::wstring large = put("large.gas", templates(95'000));
-        const std::wstring huge = put("huge.gas", templates(1'000'000));
-        const std::wstring wide = put("wide.gas", properties(100'000));
-        add("loading a 10 MB file alone", [large] {
+        const std::string thing =
+            "[t:template,n:thing_#]\r\n{\r\n\tdoc = \"Thing #\";\r\n\tspecializes = \"base\";\r\n"
+            "\t[look]\r\n\t{\r\n\t\tmodel = m_#;\r\n\t}\r\n}\r\n";
+        const std::string block =
+            "[block#]\r\n{\r\n" + numbered("property_# = #;\r\n", 1'000) + "}\r\n";
+        const std::wstring large = put("large.gas", numbered(thing, 95'000));
+        const std::wstring huge = put("huge.gas", numbered(thing, 1'000'000));
+        const std::wstring wide =
+            put("wide.gas", "[t:template,n:wide]\r\n{\r\n" + numbered(block, 100) + "}\r\n");
+        const Job openWide = [this, wide] {
+            close();
+            if (window_->document().path != wide) window_->openFile(wide);
+        };
+        const Job filter = [this] { window_->chkTree->SetValue(true); };
+        const Job doNotFilter = [this] { window_->chkTree->SetValue(false); };
+        add("loading a 10 MB file alone", nullptr, [large] {
             std::wstring path = large;
             std::vector<GasTemplate> records;
             gblnLoadGas(path, records, nullptr);
         });
-        add("opening 1,000,000 templates", [this, huge] { window_->openFile(huge); });
-        add("opening the 10 MB file", [this, large] { window_->openFile(large); });
-        add("selecting one of its templates", [this] { select(*window_->lvwTemplates); });
-        answers_.text = L"nowhere to be found";
-        add("finding no template", [this] { window_->findTemplateName(); });
+        add("opening 1,000,000 templates", nullptr, [this, huge] { window_->openFile(huge); });
+        add("opening the 10 MB file", nullptr, [this, large] { window_->openFile(large); });
+        add("selecting one of its templates", nullptr, [this] { select(*window_->lvwTemplates); });
+        add("finding no template", nullptr, [this] { window_->findTemplateName(); });
         add(
-            "a viewer on its text", [this] { view(); }, [this] { close(); });
-        add("finding nothing in the viewer", [this] { viewer_->txtView->find(answers_.text); });
-        add("a letter typed there", [this] { viewer_->txtView->AddText("x"); });
-        add(
-            "selecting a template of 100,000 properties",
-            [this] { window_->lvwTemplates->onSelect(); },
-            [this, wide] {
-                close();
-                if (window_->document().path != wide) window_->openFile(wide);
-            });
-        for (const bool filters : {true, false}) {
-            add(
-                filters ? "a click on its tree, which filters" : "a click on its tree",
-                [this] { nextNode(); }, [this, filters] { window_->chkTree->SetValue(filters); });
+            "a viewer on its text", [this] { close(); }, [this] { view(); });
+        add("finding nothing in the viewer", nullptr,
+            [this] { viewer_->txtView->find(L"nowhere"); });
+        add("a letter typed there", nullptr, [this] { viewer_->txtView->AddText("x"); });
+        add("selecting a template of 100,000 properties", openWide,
+            [this] { window_->lvwTemplates->onSelect(); });
+        add("a click on its tree, which filters", filter, [this] { clickNode(); });
+        add("a click on its tree", doNotFilter, [this] { clickNode(); });
+        add("finding no property", nullptr, [this] { window_->findPropertyName(); });
+        add("selecting one of its properties", nullptr,
+            [this] { select(*window_->lvwProperties); });
+        for (const char* part : {"flood", "wait"}) {
+            const auto run = [this, part](benchmark::State& state) { build(state, part); };
+            addSingle(std::string("the log of a builder, ") + part, 1, run)->UseRealTime();
         }
-        add("finding no property", [this] { window_->findPropertyName(); });
-        add("selecting one of its properties", [this] { select(*window_->lvwProperties); });
-        benchmark::RegisterBenchmark("a builder that writes all it can",
-                                     [this](auto& state) {
-                                         for (auto _ : state) runBuilder(state);
-                                     })
-            ->Iterations(1)
-            ->Repetitions(1)
-            ->Unit(benchmark::kMillisecond)
-            ->UseRealTime();
     }
-
-  private:
-    class Answers final : public Messages {
-      public:
-        Answer ask(std::wstring_view, std::wstring_view, Icon, Buttons) override {
-            return Answer::ok;
-        }
-        std::optional<std::wstring> prompt(std::wstring_view, std::wstring_view,
-                                           std::wstring_view) override {
-            return text;
-        }
-        std::wstring text;
-    };
 
     std::wstring put(const char* name, const std::string& bytes) const {
         std::ofstream(folder_ / name, std::ios::binary) << bytes;
@@ -148,24 +110,30 @@ class Windows {
     }
 
     // The CPU time of `job` until everything is painted; `before` is not timed.
-    static void add(const char* name, Job job, Job before = {}) {
-        benchmark::RegisterBenchmark(name,
-                                     [job, before](benchmark::State& state) {
-                                         for (auto _ : state) {
-                                             state.PauseTiming();
-                                             if (before) before();
-                                             settle();
-                                             state.ResumeTiming();
-                                             job();
-                                             settle();
-                                         }
-                                     })
-            ->Iterations(1)
-            ->Repetitions(7)
-            ->Unit(benchmark::kMillisecond)
-            ->ComputeStatistics("longest", [](const std::vector<double>& times) {
-                return *std::max_element(times.begin(), times.end());
-            });
+    static void add(const char* name, const Job& before, const Job& job) {
+        const auto run = [before, job](benchmark::State& state) {
+            if (before) before();
+            settle();
+            for (auto _ : state) {
+                job();
+                settle();
+            }
+        };
+        addSingle(name, 7, run)->ComputeStatistics("longest", [](const std::vector<double>& times) {
+            return *std::ranges::max_element(times);
+        });
+    }
+
+    void select(ReportList& list) {
+        row_ = (row_ + 37'441) % list.rows().size();
+        list.selectRow(row_);
+        list.onSelect();
+    }
+
+    void clickNode() {
+        NodeTree& tree = *window_->tvwInfo;
+        tree.select(tree.selected().value_or(0) % 100 + 1);
+        tree.onSelect();
     }
 
     void view() {
@@ -176,61 +144,55 @@ class Windows {
         viewer_->Show();
     }
 
-    // The longest that the windows were not asked for anything new while a builder writes
-    // as fast as it can, and how long its log takes to close while it writes nothing.
-    void runBuilder(benchmark::State& state) {
-        gProgram().settings.zeltor = L"" KESTREL_STUB_BUILDER;
-        const double flood = build("flood", [this] { return !builder_.running(); });
-        state.counters["MB/s"] = static_cast<double>(logged_) * 1e-3 / flood;
-        state.counters["longest pause, ms"] = longest_;
-        build("wait", [this] { return logged_ > 0; });
-        state.counters["closing a silent log, ms"] = closing_;
-        std::ofstream(folder_ / "out.dsres.go") << "go";
-        while (builder_.running()) settle();
+    void close() {
+        if (viewer_ != nullptr) viewer_->Destroy();
+        viewer_ = nullptr;
+        settle();
     }
 
-    // The milliseconds until `done`, from the click on; its log is then closed.
-    double build(const char* part, const std::function<bool()>& done) {
-        frmZeltor dialog(window_, builder_, {});
+    // From the click on until the log of a builder is closed by Esc. It plays a part: to
+    // write as fast as it can and end ("flood"), or to write a line and be silent ("wait").
+    // A pause is how long the windows are not asked for anything new.
+    void build(benchmark::State& state, const std::string& part) {
+        TimedLauncher builder;
+        frmZeltor dialog(window_, builder, {});
         dialog.cboSourceFolder->SetValue(toWx(folder_.wstring()));
-        dialog.cboTarget->SetValue(toWx((folder_ / "out.dsres").wstring()));
+        dialog.cboTarget->SetValue(toWx((folder_ / part).wstring()));
         dialog.txtTitle->SetValue(part);
         dialog.txtBuild->SetValue("100");
         dialog.Show();
         settle();
-        const auto begin = Steady::now();
-        double took = 0;
-        Steady::time_point last = begin;
-        Steady::time_point escape;
+        int logged = 0;
+        long longest = 0;
+        wxStopWatch pause;
+        wxStopWatch closing;
         wxTimer timer;
         timer.Bind(wxEVT_TIMER, [&](wxTimerEvent&) {
-            longest_ = std::max(longest_, since(last));
-            last = Steady::now();
+            longest = std::max(longest, pause.Time());
+            pause.Start();
             auto* log = dynamic_cast<frmView*>(wxTopLevelWindows.GetLast()->GetData());
             if (log == nullptr) return;
-            logged_ = static_cast<std::size_t>(log->txtView->GetLength());
-            if (!done()) return;
+            logged = log->txtView->GetLength();
+            if (part == "wait" ? logged == 0 : builder.running()) return;
             timer.Stop();
-            took = since(begin);
-            escape = Steady::now();
+            closing.Start();
             pressEscape(*log->txtView);
         });
-        logged_ = 0;
-        longest_ = 0;
-        timer.Start(1);
-        wxButton& create = *dialog.cmdCommands[frmZeltor::kCreate];
-        wxCommandEvent press(wxEVT_BUTTON, create.GetId());
-        create.ProcessWindowEvent(press);
-        closing_ = since(escape);
-        return took;
-    }
-
-    static double since(Steady::time_point begin) {
-        return std::chrono::duration<double, std::milli>(Steady::now() - begin).count();
+        for (auto _ : state) {
+            pause.Start();
+            timer.Start(1);
+            wxCommandEvent press(wxEVT_BUTTON);
+            dialog.cmdCommands[frmZeltor::kCreate]->ProcessWindowEvent(press);
+            state.counters["closing, ms"] = static_cast<double>(closing.Time());
+        }
+        state.counters["longest pause, ms"] = static_cast<double>(longest);
+        state.SetBytesProcessed(logged);
+        std::ofstream(folder_ / (part + ".go")) << "go";
+        while (builder.running()) settle();
     }
 
     static void pressEscape(wxWindow& window) {
-        for (const wxEventType type : {wxEVT_CHAR_HOOK, wxEVT_KEY_DOWN, wxEVT_KEY_UP}) {
+        for (const wxEventType type : {wxEVT_CHAR_HOOK, wxEVT_KEY_UP}) {
             wxKeyEvent event(type);
             event.m_keyCode = WXK_ESCAPE;
             event.SetEventObject(&window);
@@ -238,63 +200,85 @@ class Windows {
         }
     }
 
-    void select(ReportList& list) {
-        row_ = (row_ + 37'441) % list.rows().size();
-        list.selectRow(row_);
-    }
-
-    void nextNode() {
-        NodeTree& tree = *window_->tvwInfo;
-        tree.select(tree.selected().value_or(0) % 100 + 1);
-        tree.onSelect();
-    }
-
-    void close() {
-        if (viewer_ != nullptr) viewer_->Destroy();
-        viewer_ = nullptr;
-        settle();
-    }
-
     fs::path folder_;
-    HostWx host_;
     Answers answers_;
-    frmMain* window_;
+    frmMain* window_ = new frmMain;
     frmView* viewer_ = nullptr;
-    TimedLauncher builder_;
-    std::size_t logged_ = 0;  // characters
-    double closing_ = 0;      // milliseconds
-    double longest_ = 0;      // of the pauses, too
     std::size_t row_ = 0;
 };
 
-class BenchApp final : public wxApp {
-  public:
-    bool OnInit() override {
-        SetExitOnFrameDelete(false);
-        CallAfter([this] {
-            Windows windows;
-            windows.addAll();
-            benchmark::RunSpecifiedBenchmarks();
-            ExitMainLoop();
-        });
-        return true;
+// Runs an application that does `work`.
+int runApp(int count, char** words, const Job& work) {
+    wxApp::SetInstance(new wxApp);
+    if (!wxEntryStart(count, words)) return 1;
+    wxTheApp->SetExitOnFrameDelete(false);
+    wxTheApp->CallAfter(work);
+    return wxTheApp->OnRun();
+}
+
+// Ends the process when something was painted and nothing is left to be done.
+class EndOncePainted final : public wxEventFilter {
+    int FilterEvent(wxEvent& event) override {
+        if (event.GetEventType() == wxEVT_PAINT) painted_ = true;
+        if (event.GetEventType() == wxEVT_IDLE && painted_) std::_Exit(0);
+        return Event_Skip;
     }
+
+    bool painted_ = false;
 };
+
+// The time until a start by this `program`, as a process that is called `name` and opens
+// `file`, is painted.
+void addStart(const char* what, const char* program, std::string name, std::string file) {
+    const auto run = [=](benchmark::State& state) mutable {
+        char* const words[] = {name.data(), file.empty() ? nullptr : file.data(), nullptr};
+        pid_t child = 0;
+        int status = 1;
+        rusage used{};
+        for (auto _ : state) {
+            posix_spawn(&child, program, nullptr, nullptr, words, environ);
+            wait4(child, &status, 0, &used);
+        }
+        if (status != 0) state.SkipWithError("a start failed");
+        const auto sum = [](long user, long system) { return static_cast<double>(user + system); };
+        state.counters["CPU ms"] = 1e3 * sum(used.ru_utime.tv_sec, used.ru_stime.tv_sec) +
+                                   1e-3 * sum(used.ru_utime.tv_usec, used.ru_stime.tv_usec);
+    };
+    addSingle(what, 15, run)->UseRealTime();
+}
 
 }  // namespace
 }  // namespace kestrel::bench
 
-// kestrel_bench_windows [OPTION...]; with "start WHO [FILE]" it is one of the starts that it
-// compares.
+// The file of a start.
+std::optional<std::wstring> kestrel::App::commandFile() {
+    const auto words = wxTheApp->argv.GetArguments();
+    return words.size() > 1 ? std::optional(words[1].ToStdWstring()) : std::nullopt;
+}
+
+// kestrel_bench_windows [OPTION...]. Called kestrel or empty it is one of the starts that it
+// compares: of the program, or of an empty window.
 int main(int count, char** words) {
     using namespace kestrel::bench;
-    if (count > 2 && std::string(words[1]) == "start") {
-        const std::string who = words[2];
-        std::rotate(words + 1, words + 3, words + count);
-        return startAs(who, count - 2, words);
+    const std::string_view name = words[0];
+    EndOncePainted end;
+    if (name == "kestrel" || name == "empty") wxEvtHandler::AddFilter(&end);
+    if (name == "kestrel") {
+        wxApp::SetInstance(new kestrel::App);
+        return wxEntry(count, words);
+    }
+    if (name == "empty") {
+        return runApp(count, words, [] { (new wxFrame(nullptr, wxID_ANY, "empty"))->Show(); });
     }
     benchmark::Initialize(&count, words);
-    addStarts(words[0]);
-    wxApp::SetInstance(new BenchApp);
-    return wxEntry(count, words);
+    const Folder folder;
+    const fs::path file = folder.path / "small.gas";
+    std::ofstream(file) << "[t:template,n:small]\r\n{\r\n\tdoc = \"Small\";\r\n}\r\n";
+    addStart("a start of an empty window", words[0], "empty", "");
+    addStart("a start", words[0], "kestrel", "");
+    addStart("a start with a small file", words[0], "kestrel", file.string());
+    return runApp(count, words, [&] {
+        Windows measured(folder.path);
+        wxTheApp->ExitMainLoop();
+    });
 }
