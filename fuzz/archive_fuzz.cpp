@@ -2,7 +2,6 @@
 #include <limits>
 
 #include "fuzz/fuzz.h"
-#include "services/program.h"
 #include "tank/library.h"
 #include "tank/reports.h"
 #include "tank/wrappers.h"

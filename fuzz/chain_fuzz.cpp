@@ -5,7 +5,6 @@
 #include "gas/template.h"
 #include "services/files.h"
 #include "services/pagetext.h"
-#include "system/filesystem.h"
 #include "view/browse.h"
 #include "view/chain.h"
 #include "view/tree.h"

@@ -2,11 +2,9 @@
 #include <array>
 #include <set>
 
-#include "base/bytes.h"
 #include "base/text.h"
 #include "fuzz/fuzz.h"
 #include "services/histories.h"
-#include "services/program.h"
 #include "services/settings.h"
 #include "support/vectortextlist.h"
 

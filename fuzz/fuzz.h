@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "base/bytes.h"
 #include "support/recordinghost.h"
 #include "support/tempfolder.h"
 

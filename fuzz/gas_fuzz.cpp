@@ -3,7 +3,6 @@
 #include <numeric>
 #include <span>
 
-#include "base/bytes.h"
 #include "base/text.h"
 #include "fuzz/fuzz.h"
 #include "gas/load.h"
@@ -11,7 +10,6 @@
 #include "gas/query.h"
 #include "gas/template.h"
 #include "services/pagetext.h"
-#include "services/program.h"
 #include "system/letters.h"
 #include "text/render.h"
 #include "view/browse.h"

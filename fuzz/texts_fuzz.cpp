@@ -1,7 +1,6 @@
 // Texts of many uses: the input's first byte tells which of them the others are.
 #include <array>
 
-#include "base/bytes.h"
 #include "base/commandfile.h"
 #include "base/keys.h"
 #include "base/text.h"

@@ -3,8 +3,6 @@
 #include <optional>
 #include <sstream>
 
-#include "base/bytes.h"
-#include "base/paths.h"
 #include "support/stories.h"
 #include "support/system.h"
 

@@ -6,10 +6,8 @@
 
 #include <system_error>
 
-#include "base/error.h"
 #include "faults/faults.h"
 #include "services/files.h"
-#include "system/filesystem.h"
 
 namespace kestrel::test {
 namespace {

@@ -4,10 +4,8 @@
 
 #include <random>
 
-#include "base/bytes.h"
 #include "faults/faults.h"
 #include "services/histories.h"
-#include "services/program.h"
 #include "services/settings.h"
 #include "support/vectortextlist.h"
 

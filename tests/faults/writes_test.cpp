@@ -8,12 +8,10 @@
 #include <map>
 #include <optional>
 
-#include "base/bytes.h"
 #include "base/text.h"
 #include "faults/faults.h"
 #include "services/files.h"
 #include "services/histories.h"
-#include "services/program.h"
 #include "services/settings.h"
 #include "support/vectortextlist.h"
 #include "text/convert.h"

@@ -2,12 +2,10 @@
 #include <filesystem>
 #include <random>
 
-#include "base/bytes.h"
 #include "gas/edit.h"
 #include "gas/losses.h"
 #include "gastest.h"
 #include "services/files.h"
-#include "system/filesystem.h"
 #include "view/tree.h"
 
 namespace kestrel {

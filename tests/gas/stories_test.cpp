@@ -5,12 +5,10 @@
 #include <sstream>
 #include <unordered_map>
 
-#include "base/bytes.h"
 #include "base/text.h"
 #include "gas/losses.h"
 #include "gastest.h"
 #include "services/pagetext.h"
-#include "services/program.h"
 #include "support/recordinghost.h"
 #include "support/stories.h"
 #include "view/chain.h"

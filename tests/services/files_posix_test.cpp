@@ -1,11 +1,7 @@
-#include "base/bytes.h"
-#include "base/paths.h"
 #include "services/files.h"
 #include "services/fixture.h"
-#include "services/program.h"
 #include "services/settings.h"
 #include "system/codepage.h"
-#include "system/filesystem.h"
 
 namespace kestrel::test {
 namespace {

@@ -1,12 +1,8 @@
 #include <thread>
 
-#include "base/bytes.h"
-#include "base/paths.h"
 #include "services/files.h"
 #include "services/fixture.h"
-#include "services/program.h"
 #include "system/filelock.h"
-#include "system/filesystem.h"
 
 namespace kestrel::test {
 namespace {

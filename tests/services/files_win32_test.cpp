@@ -1,12 +1,10 @@
 #include <thread>
 
-#include "base/paths.h"
 #include "services/files.h"
 #include "services/fixture.h"
 #include "system/file_win32.h"
 #include "system/filelock.h"
 #include "system/filestamp.h"
-#include "system/filesystem.h"
 
 namespace kestrel::test {
 namespace {

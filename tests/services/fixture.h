@@ -4,13 +4,9 @@
 
 #include <functional>
 
-#include "base/error.h"
-#include "services/program.h"
 #include "support/recordinghost.h"
 #include "support/stories.h"
 #include "support/system.h"
-#include "support/tempfolder.h"
-#include "system/filesystem.h"
 
 // What the tests of the services share.
 namespace kestrel::test {

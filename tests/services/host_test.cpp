@@ -1,14 +1,11 @@
 #include <stdexcept>
 
-#include "base/error.h"
 #include "services/fixture.h"
 #include "services/guard.h"
 #include "services/pickers.h"
-#include "services/program.h"
 #include "services/progress.h"
 #include "services/shell.h"
 #include "services/tools.h"
-#include "system/filesystem.h"
 #include "system/process.h"
 
 namespace kestrel::test {

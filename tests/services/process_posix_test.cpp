@@ -2,9 +2,7 @@
 
 #include <thread>
 
-#include "base/error.h"
 #include "services/fixture.h"
-#include "system/filesystem.h"
 #include "system/process.h"
 
 namespace kestrel::test {

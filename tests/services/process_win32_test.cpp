@@ -1,6 +1,5 @@
 #include <windows.h>
 
-#include "base/error.h"
 #include "services/fixture.h"
 #include "system/process.h"
 

@@ -1,11 +1,8 @@
 #include "services/settings.h"
-#include "base/bytes.h"
 #include "base/text.h"
 #include "services/fixture.h"
 #include "services/histories.h"
-#include "services/program.h"
 #include "support/vectortextlist.h"
-#include "system/filesystem.h"
 
 namespace kestrel::test {
 namespace {

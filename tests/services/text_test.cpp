@@ -1,14 +1,10 @@
 #include <random>
 
-#include "base/bytes.h"
 #include "base/commandfile.h"
-#include "base/paths.h"
 #include "base/text.h"
 #include "services/fixture.h"
 #include "services/pagetext.h"
-#include "services/program.h"
 #include "system/codepage.h"
-#include "system/filesystem.h"
 #include "system/letters.h"
 #include "system/plainpath.h"
 

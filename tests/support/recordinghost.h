@@ -2,7 +2,6 @@
 
 #include <deque>
 
-#include "base/error.h"
 #include "services/program.h"
 #include "support/shown.h"
 

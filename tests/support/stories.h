@@ -6,7 +6,6 @@
 
 #include "base/paths.h"
 #include "support/tempfolder.h"
-#include "system/filesystem.h"
 
 namespace kestrel::test {
 

@@ -2,11 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "base/bytes.h"
-#include "services/program.h"
 #include "support/recordinghost.h"
 #include "support/tempfolder.h"
-#include "system/filesystem.h"
 #include "tank/library.h"
 #include "tank/reports.h"
 #include "tank/wrappers.h"

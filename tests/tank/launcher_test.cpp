@@ -1,4 +1,3 @@
-#include "base/bytes.h"
 #include "tank/launching.h"
 
 namespace kestrel {

@@ -3,11 +3,9 @@
 #include <map>
 #include <span>
 
-#include "base/bytes.h"
 #include "base/paths.h"
 #include "support/recordinghost.h"
 #include "support/tempfolder.h"
-#include "system/filesystem.h"
 #include "text/convert.h"
 
 namespace kestrel {

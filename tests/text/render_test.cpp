@@ -2,7 +2,6 @@
 
 #include "text/render.h"
 #include "gas/gastest.h"
-#include "services/program.h"
 #include "support/recordinghost.h"
 #include "view/listtext.h"
 

@@ -7,7 +7,6 @@
 #include <chrono>
 #include <random>
 
-#include "base/bytes.h"
 #include "services/pagetext.h"
 #include "support/shown.h"
 #include "ui/frmProgress/frmProgress.h"

@@ -5,7 +5,6 @@
 #include "base/keys.h"
 #include "gas/gastest.h"
 #include "gas/query.h"
-#include "support/shown.h"
 #include "support/tempfolder.h"
 #include "view/browse.h"
 #include "view/chain.h"

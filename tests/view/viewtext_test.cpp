@@ -1,10 +1,6 @@
 #include "view/viewtext.h"
-#include "base/bytes.h"
-#include "base/paths.h"
 #include "services/files.h"
 #include "services/fixture.h"
-#include "services/program.h"
-#include "system/filesystem.h"
 #include "view/drafts.h"
 
 namespace kestrel::test {
