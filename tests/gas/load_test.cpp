@@ -142,7 +142,8 @@ TEST(Load, WhatIsNotToldIsKept) {
 
 // Each block of each sample, put back as it is shown.
 TEST(Samples, StayToTheByteWhereNothingWasChanged) {
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(KESTREL_SAMPLES)) {
+    for (const auto& entry :
+         std::filesystem::recursive_directory_iterator(KESTREL_SOURCES "/samples")) {
         if (entry.path().extension() != ".gas") continue;
         std::wstring path = fromUtf8(entry.path().string());
         const std::string file = readFileBytes(path);

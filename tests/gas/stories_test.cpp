@@ -247,7 +247,7 @@ class Story final : public TemplateList {
 };
 
 TEST(Gas, TellsItsStories) {
-    const fs::path stories = fs::absolute(KESTREL_STORIES);
+    const fs::path stories = fs::absolute(KESTREL_SOURCES "/tests/gas/stories.txt");
     std::optional<Story> story(std::in_place);
     test::playStories(stories, [&](const std::string& line) {
         if (line.empty()) story.emplace();

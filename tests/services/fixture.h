@@ -31,7 +31,7 @@ class ToldServices : public Services {
         std::string all;
         const std::string here = shown(folder.path());
         for (const std::string& line : host.log) all += replaced(line, here, "FOLDER") + "\n";
-        expectGolden(KESTREL_TOLD + test + ".txt", all);
+        expectGolden(KESTREL_SOURCES "/tests/services/golden/" + test + ".txt", all);
     }
     Lines told() { return std::exchange(host.log, {}); }
 };

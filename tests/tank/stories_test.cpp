@@ -180,7 +180,7 @@ class Stories : public test::Archives {
 };
 
 TEST_F(Stories, EndAsTheyDid) {
-    test::playStories(fs::absolute(KESTREL_STORIES),
+    test::playStories(fs::absolute(KESTREL_SOURCES "/tests/tank/stories.txt"),
                       [this](const std::string& line) { return play(line); });
 }
 

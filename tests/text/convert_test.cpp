@@ -40,7 +40,7 @@ class Convert : public testing::Test {
 
 TEST_F(Convert, SamplesGiveTheirGoldenTexts) {
     std::map<fs::path, std::string> golden;
-    for (const auto& entry : fs::recursive_directory_iterator(KESTREL_GOLDEN)) {
+    for (const auto& entry : fs::recursive_directory_iterator(KESTREL_SOURCES "/tests/golden")) {
         if (entry.is_directory()) continue;
         std::ifstream file(entry.path(), std::ios::binary);
         std::string text{std::istreambuf_iterator<char>(file), {}};
@@ -48,7 +48,7 @@ TEST_F(Convert, SamplesGiveTheirGoldenTexts) {
         golden[entry.path().filename()] = text.replace(text.find(mods), mods.size(), toUtf8(here));
     }
     EXPECT_EQ(golden.size(), 18U);
-    for (const auto& entry : fs::recursive_directory_iterator(KESTREL_SAMPLES)) {
+    for (const auto& entry : fs::recursive_directory_iterator(KESTREL_SOURCES "/samples")) {
         if (entry.is_directory()) continue;
         fs::copy_file(entry.path(), files.native() / entry.path().filename());
     }
