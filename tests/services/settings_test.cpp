@@ -15,9 +15,8 @@ const std::string kNone = "(missing)";
 enum OfFiles : bool { kOfPaths, kOfFiles };
 
 // In these tests a bar stands for the end of a line, and between the entries of a list.
-std::string ends(std::string text) {
-    for (std::size_t at = 0; (at = text.find('|', at)) != text.npos;) text.replace(at, 1, "\r\n");
-    return text;
+std::string ends(const std::string& text) {
+    return replaced(text, "|", "\r\n");
 }
 
 class KeptFiles : public ToldServices {
