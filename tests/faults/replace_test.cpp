@@ -12,8 +12,6 @@
 namespace kestrel::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 using Kind = Fault::Kind;
 
 class Replace : public ToldServices {
@@ -69,7 +67,6 @@ TEST_F(Replace, WhatFailsIsTold) {
             EXPECT_EQ(strays(), 0U);
         }
     }
-    setTemporaryFolder({});
 }
 
 TEST_F(Replace, ModeAndOwnerStay) {

@@ -22,8 +22,6 @@
 namespace kestrel::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 using Kind = Fault::Kind;
 
 using FileBytes = std::map<std::string, std::string>;

@@ -11,13 +11,13 @@
 // What the tests of the services share.
 namespace kestrel::test {
 
-using Lines = std::vector<std::string>;
 using Texts = std::vector<std::wstring>;
 
 // A fresh program whose files stand in a temporary folder.
 class Services : public testing::Test {
   protected:
     Services() { gProgram().folder = folder.path(); }
+    ~Services() override { setTemporaryFolder({}); }
 
     RecordingHost host;
     TempFolder folder;

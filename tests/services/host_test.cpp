@@ -197,7 +197,7 @@ TEST_F(Hosts, AConfiguredPathAndTheFileAtTheEndAreTakenWhole) {
 
 TEST_F(Hosts, ProgramsFailWithTheSystemsReason) {
     const std::wstring text = folder.put(L"plain.txt", "no program\n");
-    std::filesystem::permissions(folder.native(L"plain.txt"), std::filesystem::perms::owner_all);
+    fs::permissions(folder.native(L"plain.txt"), fs::perms::owner_all);
     const std::pair<std::wstring, const char*> cases[] = {{folder.path(L"missing"), "53"},
                                                           {L"no-such-program-anywhere", "53"},
                                                           {folder.path(), "70"},

@@ -16,7 +16,7 @@ class PosixProcess : public Services {
             folder.put(name,
                        "#!/bin/sh\nfor word in \"$@\"; do echo \"<$word>\"; done >\"${0%/*}/out\"\n"
                        "cat >>\"${0%/*}/out\"; echo end >>\"${0%/*}/out\"\n");
-        std::filesystem::permissions(folder.native(name), std::filesystem::perms::owner_all);
+        fs::permissions(folder.native(name), fs::perms::owner_all);
         return path;
     }
 };
@@ -38,10 +38,9 @@ TEST_F(PosixProcess, KnowsTheProgramsAndNothingPlantedRuns) {
     for (const wchar_t* name : {L"no-such-program-anywhere", L"/etc/passwd", L"/bin"}) {
         EXPECT_FALSE(isProgram(name));
     }
-    const std::filesystem::path before = std::filesystem::current_path();
     const std::string path = std::getenv("PATH");
     for (const wchar_t* name : {L"notepad.exe", L"my", L"planted"}) putProgram(name);
-    std::filesystem::current_path(folder.native());
+    fs::current_path(folder.native());
     ::setenv("PATH", (":.:" + path).c_str(), 1);
     const std::wstring below = folder.path(L"my tools/a b/x");
     for (const std::wstring& program :
@@ -51,7 +50,6 @@ TEST_F(PosixProcess, KnowsTheProgramsAndNothingPlantedRuns) {
     ::unsetenv("PATH");
     EXPECT_TRUE(isProgram(L"sh")) << "where the system keeps its own";
     ::setenv("PATH", path.c_str(), 1);
-    std::filesystem::current_path(before);
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     EXPECT_EQ(folder.bytes(L"out"), "(missing)");
 }

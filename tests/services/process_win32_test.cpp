@@ -6,8 +6,6 @@
 namespace kestrel::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 class WindowsProcess : public Services {
   protected:
     WindowsProcess() {
@@ -17,7 +15,6 @@ class WindowsProcess : public Services {
         }
         fs::current_path(folder.native());
     }
-    ~WindowsProcess() override { fs::current_path(before_); }
 
     // The command line that the tool of that name was started with, within some
     // seconds.
@@ -32,9 +29,6 @@ class WindowsProcess : public Services {
     }
 
     const std::wstring tool = folder.path(L"my dir\\tool \u0436.exe");
-
-  private:
-    const fs::path before_ = fs::current_path();
 };
 
 TEST_F(WindowsProcess, TheToolSeesTheLineAsItIsAndNothingPlantedRuns) {

@@ -22,7 +22,7 @@ std::string ends(const std::string& text) {
 class KeptFiles : public ToldServices {
   protected:
     void put(std::wstring_view name, const std::string& text) const {
-        std::filesystem::remove(folder.native(name));
+        fs::remove(folder.native(name));
         if (text != kNone) folder.put(name, ends(text));
     }
     static std::string joined(const Texts& texts) {

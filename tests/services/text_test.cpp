@@ -154,8 +154,7 @@ TEST(CommandFile, PathsAsFileManagersCopyThem) {
     const TempFolder folder;
     folder.put(L"'file'", "");
     filesystem::makeFolder(folder.path(L"'folder'"));
-    const std::filesystem::path before = std::filesystem::current_path();
-    std::filesystem::current_path(folder.native());
+    fs::current_path(folder.native());
     const bool windows = kSeparator == L'\\';
     const std::wstring root = windows ? L"C:\\" : L"/";
     const std::wstring address = windows ? L"C:/" : L"";
@@ -175,7 +174,6 @@ TEST(CommandFile, PathsAsFileManagersCopyThem) {
         {L"file:a.gas", L"file:a.gas"},
     };
     for (const auto& [text, path] : cases) EXPECT_EQ(plainPath(text), path) << toUtf8(text);
-    std::filesystem::current_path(before);
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 
 namespace kestrel::test {
 
+using Lines = std::vector<std::string>;
+
 // A fresh program record whose host is this object, for its lifetime. It
 // answers from scripts and writes each call into `log`, one line a call.
 class RecordingHost final : public Messages,
@@ -19,7 +21,7 @@ class RecordingHost final : public Messages,
   public:
     RecordingHost() { gProgram().host = {this, this, &files_, this, this, this, this}; }
 
-    std::vector<std::string> log;
+    Lines log;
 
     // Scripts: each call takes the first element. Without one ask() agrees (OK,
     // or Yes), and all others are cancelled.
@@ -39,8 +41,8 @@ class RecordingHost final : public Messages,
     std::wstring missingProgram;  // is not found, and cannot be run
 
     // The lines of the log that begin with `start`.
-    std::vector<std::string> logged(std::string_view start) const {
-        std::vector<std::string> lines = log;
+    Lines logged(std::string_view start) const {
+        Lines lines = log;
         std::erase_if(lines, [&](const std::string& line) { return !line.starts_with(start); });
         return lines;
     }

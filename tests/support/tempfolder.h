@@ -11,20 +11,23 @@
 
 namespace kestrel::test {
 
-// A new folder, removed with all that is in it at the end of its life. It does
-// not read or write through the code under test.
+namespace fs = std::filesystem;
+
+// A new folder, removed with all that is in it at the end of its life; who has gone into it
+// stands where he was before. It does not read or write through the code under test.
 class TempFolder {
   public:
-    TempFolder() { std::filesystem::create_directory(folder_); }
+    TempFolder() { fs::create_directory(folder_); }
     ~TempFolder() {
         std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
+        fs::current_path(before_, ignored);
+        fs::remove_all(folder_, ignored);
     }
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;
 
     // The folder's path, or that of `name` in it.
-    std::filesystem::path native(std::wstring_view name = {}) const {
+    fs::path native(std::wstring_view name = {}) const {
         const std::string bytes = toUtf8(name);
         return bytes.empty() ? folder_ : folder_ / std::u8string(bytes.begin(), bytes.end());
     }
@@ -43,7 +46,7 @@ class TempFolder {
     // The names in the folder, sorted.
     std::vector<std::string> names() const {
         std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
+        for (const auto& entry : fs::directory_iterator(folder_)) {
             names.push_back(utf8(entry.path().filename()));
         }
         std::ranges::sort(names);
@@ -51,14 +54,15 @@ class TempFolder {
     }
 
   private:
-    static std::string utf8(const std::filesystem::path& path) {
+    static std::string utf8(const fs::path& path) {
         const std::u8string bytes = path.u8string();
         return {bytes.begin(), bytes.end()};
     }
 
-    const std::filesystem::path folder_ = std::filesystem::temp_directory_path() /
-                                          ("kestrel-" + std::to_string(std::random_device()()) +
-                                           std::to_string(std::random_device()()));
+    const fs::path before_ = fs::current_path();
+    const fs::path folder_ =
+        fs::temp_directory_path() / ("kestrel-" + std::to_string(std::random_device()()) +
+                                     std::to_string(std::random_device()()));
 };
 
 }  // namespace kestrel::test

@@ -83,7 +83,6 @@ class ViewedTexts : public ToldServices {
         setSettingsFolder(folder.native());
         folder.put(L"a.gas", "[x]");
     }
-    ~ViewedTexts() override { setTemporaryFolder({}); }
 
     static ViewedText viewed(bool canEdit, bool changed) {
         return {[] { return L"[t:a]\r\n{\r\n}\n"; }, canEdit, changed};
@@ -156,8 +155,8 @@ TEST_F(ViewedTexts, DraftsOfEndedRunsAreOfferedOldestFirst) {
     }
     filesystem::replace(name, whole, {});
     filesystem::replace(joinPath(own, L"1.draft"), whole.substr(0, whole.size() - 1) + "\xAD", {});
-    const auto now = std::filesystem::file_time_type::clock::now();
-    std::filesystem::last_write_time(std::filesystem::path(name), now - std::chrono::hours(1));
+    const auto now = fs::file_time_type::clock::now();
+    fs::last_write_time(fs::path(name), now - std::chrono::hours(1));
     const auto left = leftDrafts();
     ASSERT_EQ(left.size(), 2U);
     EXPECT_EQ(left[0].draft, draft);
