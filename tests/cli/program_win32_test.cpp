@@ -6,23 +6,17 @@
 
 #include "support/tempfolder.h"
 
-namespace kestrel::cli {
+namespace kestrel::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 class WindowsProgram : public testing::Test {
   protected:
     WindowsProgram() { fs::current_path(folder.native()); }
-    ~WindowsProgram() override { fs::current_path(before_); }
 
     static constexpr const char* kDump = " dump a.gas 2>err";
 
-    const test::TempFolder folder;
+    const TempFolder folder;
     const std::string program = fs::absolute(KESTREL_CLI).make_preferred().string();
-
-  private:
-    const fs::path before_ = fs::current_path();
 };
 
 TEST_F(WindowsProgram, AReaderThatGoesEndsItQuietly) {
@@ -61,4 +55,4 @@ TEST_F(WindowsProgram, AConsoleShowsEveryLetterAndKeepsItsCodePage) {
 }
 
 }  // namespace
-}  // namespace kestrel::cli
+}  // namespace kestrel::test

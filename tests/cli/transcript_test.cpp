@@ -6,10 +6,8 @@
 #include "support/stories.h"
 #include "support/system.h"
 
-namespace kestrel::cli {
+namespace kestrel::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 std::string pictured(std::string_view bytes) {
     std::wstring text = fromUtf8(bytes);
@@ -29,10 +27,8 @@ std::vector<std::wstring> wordsOf(const std::string& command) {
 
 class Transcript : public testing::Test {
   protected:
-    ~Transcript() override { fs::current_path(before_); }
-
     void play(const std::string& file) {
-        test::playStories(sources_ / "tests/cli" / file, [this](const std::string& line) {
+        playStories(sources_ / "tests/cli" / file, [this](const std::string& line) {
             if (line.starts_with("$ ")) return run(program_, wordsOf(line));
             if (line.starts_with("% "))
                 return run("/bin/sh", {L"-c", path_ + fromUtf8(line.substr(2))});
@@ -50,7 +46,6 @@ class Transcript : public testing::Test {
 
   private:
     void beginStory() {
-        fs::current_path(before_);
         folder_.emplace();
         fs::copy(sources_ / "samples", folder_->native(L"samples"), fs::copy_options::recursive);
         fs::current_path(folder_->native());
@@ -58,7 +53,7 @@ class Transcript : public testing::Test {
 
     std::string run(const fs::path& program, const std::vector<std::wstring>& words) const {
         const int code =
-            test::runProgram(program, words, streams_.native(L"out"), streams_.native(L"err"));
+            runProgram(program, words, streams_.native(L"out"), streams_.native(L"err"));
         std::string told = (code == 0 ? "" : " => " + std::to_string(code)) + "\n" +
                            pictured(streams_.bytes(L"out"));
         for (const char c : pictured(streams_.bytes(L"err"))) {
@@ -68,12 +63,11 @@ class Transcript : public testing::Test {
         return told;
     }
 
-    const fs::path before_ = fs::current_path();
     const fs::path sources_ = fs::absolute(KESTREL_SOURCES);
     const fs::path program_ = fs::absolute(KESTREL_CLI);
     const std::wstring path_ = L"PATH='" + program_.parent_path().wstring() + L"':$PATH; ";
-    const test::TempFolder streams_;
-    std::optional<test::TempFolder> folder_;
+    const TempFolder streams_;
+    std::optional<TempFolder> folder_;
     std::string given_;
 };
 
@@ -83,4 +77,4 @@ TEST_F(Transcript, IsRepeated) {
 }
 
 }  // namespace
-}  // namespace kestrel::cli
+}  // namespace kestrel::test

@@ -7,9 +7,7 @@
 #include "support/shown.h"
 
 // Texts and records as short lines, so that a table or a story can hold them.
-namespace kestrel {
-
-using test::replaced;
+namespace kestrel::test {
 
 // What stands in a flat text for bytes that end a line, or cannot be seen.
 inline constexpr std::pair<std::string_view, std::string_view> kMarks[] = {
@@ -47,4 +45,4 @@ inline std::string dump(const GasTemplate& record) {
     return text;
 }
 
-}  // namespace kestrel
+}  // namespace kestrel::test

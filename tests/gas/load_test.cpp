@@ -8,7 +8,7 @@
 #include "services/files.h"
 #include "view/tree.h"
 
-namespace kestrel {
+namespace kestrel::test {
 namespace {
 
 std::string repeat(std::string_view text, std::size_t count) {
@@ -160,4 +160,4 @@ TEST(Samples, StayToTheByteWhereNothingWasChanged) {
 }
 
 }  // namespace
-}  // namespace kestrel
+}  // namespace kestrel::test

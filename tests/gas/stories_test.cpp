@@ -15,10 +15,9 @@
 #include "view/saving.h"
 #include "view/tree.h"
 
-namespace kestrel {
+namespace kestrel::test {
 namespace {
 
-namespace fs = std::filesystem;
 using Clock = fs::file_time_type::clock;
 
 // UTF-8 behind its mark, else the code page.
@@ -45,7 +44,6 @@ class Story final : public TemplateList {
         programs_.put(L"spec.his", "kept");
         fs::current_path(folder_.native());
     }
-    ~Story() override { fs::current_path(before_); }
 
     std::string answer(const std::string& line) {
         const std::size_t end = std::min(line.find(' '), line.size());
@@ -54,7 +52,7 @@ class Story final : public TemplateList {
         tellChanges();
         std::string told;
         for (const std::string& one : host_.log) {
-            told += "\n    " + replaced(flat(one), test::shown(folder_.path()), "~");
+            told += "\n    " + replaced(flat(one), shown(folder_.path()), "~");
         }
         return told + "\n";
     }
@@ -235,11 +233,10 @@ class Story final : public TemplateList {
     }
 
     static inline const States kNothing{"", "in ", "shows ", "files"};
-    const fs::path before_ = fs::current_path();
     const Clock::time_point start_ = Clock::now();
-    test::RecordingHost host_;
-    const test::TempFolder folder_;
-    const test::TempFolder programs_;
+    RecordingHost host_;
+    const TempFolder folder_;
+    const TempFolder programs_;
     std::string text_;
     SpecializesChain chain_;
     States known_ = kNothing;
@@ -249,7 +246,7 @@ class Story final : public TemplateList {
 TEST(Gas, TellsItsStories) {
     const fs::path stories = fs::absolute(KESTREL_SOURCES "/tests/gas/stories.txt");
     std::optional<Story> story(std::in_place);
-    test::playStories(stories, [&](const std::string& line) {
+    playStories(stories, [&](const std::string& line) {
         if (line.empty()) story.emplace();
         return story->answer(line);
     });
@@ -264,4 +261,4 @@ TEST(Gas, NothingStaysOfAFileThatCannotBeRead) {
 }
 
 }  // namespace
-}  // namespace kestrel
+}  // namespace kestrel::test

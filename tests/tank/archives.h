@@ -10,8 +10,6 @@
 
 namespace kestrel::test {
 
-using Lines = std::vector<std::string>;
-
 // Archives that the stand-in library reads, through the library as a file. It
 // ends the process when one of them is left open.
 class Archives : public testing::Test {
@@ -23,10 +21,10 @@ class Archives : public testing::Test {
 
     // Puts the library of that kind into a folder of this test.
     void place(std::wstring_view folder, const std::string& kind = "") const {
-        const std::filesystem::path name = dynamic::tankFileName();
-        std::filesystem::create_directories(files.native(folder));
-        std::filesystem::copy_file(stubs / "tank" / ("kestrel_stub_tank" + kind) / name,
-                                   files.native(folder) / name);
+        const fs::path name = dynamic::tankFileName();
+        fs::create_directories(files.native(folder));
+        fs::copy_file(stubs / "tank" / ("kestrel_stub_tank" + kind) / name,
+                      files.native(folder) / name);
     }
 
     // Opens and closes an archive; false when it does not open.
@@ -64,7 +62,7 @@ class Archives : public testing::Test {
         return errors;
     }
 
-    const std::filesystem::path stubs = std::filesystem::absolute(KESTREL_STUBS);
+    const fs::path stubs = fs::absolute(KESTREL_STUBS);
     RecordingHost host;
     TempFolder files;
     std::unique_ptr<TankLibrary> library;

@@ -3,11 +3,8 @@
 #include "support/recordinghost.h"
 #include "tank/launching.h"
 
-namespace kestrel {
+namespace kestrel::test {
 namespace {
-
-using test::shown;
-using Lines = std::vector<std::string>;
 
 TEST(BuildCommand, HasEveryItemInItsPlace) {
     const BuildRequest request{.source = L"a b",
@@ -28,16 +25,16 @@ TEST(BuildCommand, HasEveryItemInItsPlace) {
               " -source  -out  -author  -copyright  -build  -priority 0 -title ");
 }
 
-using Build = test::Launching;
+using Build = Launching;
 
 TEST_F(Build, StartsTheConfiguredBuilderOrAnother) {
-    test::RecordingHost host;
+    RecordingHost host;
     BuildRequest request;
     request.source = L"S";
     request.target = target;
     request.title = L"words";
     request.extra = L"-left";
-    std::filesystem::copy_file(builder, folder.native(L"my builder.exe"));
+    fs::copy_file(builder, folder.native(L"my builder.exe"));
     gProgram().settings.zeltor = folder.path(L"my builder.exe");
     gExecZeltor(request, *launcher);
     // Windows hands over the line as it stands: to the program, its own name ends at the blank.
@@ -66,4 +63,4 @@ TEST_F(Build, StartsTheConfiguredBuilderOrAnother) {
 }
 
 }  // namespace
-}  // namespace kestrel
+}  // namespace kestrel::test

@@ -6,12 +6,10 @@
 
 #include "tank/launching.h"
 
-namespace kestrel {
+namespace kestrel::test {
 namespace {
 
-using test::shown;
-
-class PosixLauncher : public test::Launching {
+class PosixLauncher : public Launching {
   protected:
     // All that `program` writes.
     std::string run(const std::wstring& program, const std::wstring& options) {
@@ -73,7 +71,7 @@ TEST_F(PosixLauncher, EndsWithTheProgramThoughAnotherKeepsItsStreams) {
 TEST_F(PosixLauncher, RefusedStartsTellTheReasonAtOnce) {
     const std::wstring plain = folder.put(L"plain.txt", "no program\n");
     const std::wstring unknown = folder.put(L"program", "no format of the system\n");
-    std::filesystem::permissions(folder.native(L"program"), std::filesystem::perms::owner_all);
+    fs::permissions(folder.native(L"program"), fs::perms::owner_all);
     const struct {
         std::wstring builder;
         const char* reason;
@@ -97,4 +95,4 @@ TEST_F(PosixLauncher, RefusedStartsTellTheReasonAtOnce) {
 }
 
 }  // namespace
-}  // namespace kestrel
+}  // namespace kestrel::test

@@ -1,11 +1,9 @@
 #include "tank/launching.h"
 
-namespace kestrel {
+namespace kestrel::test {
 namespace {
 
-using test::shown;
-
-using LauncherTest = test::Launching;
+using LauncherTest = Launching;
 
 TEST_F(LauncherTest, HandsOutBothStreamsAsTextAndTheExitCode) {
     const std::string line = "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80|\xE9t\xE9|\x80\xFF\xC3(|a";
@@ -119,4 +117,4 @@ TEST(OutputDecoder, ALongLineDoesNotWaitForItsEndAndIsCutBetweenLetters) {
 }
 
 }  // namespace
-}  // namespace kestrel
+}  // namespace kestrel::test

@@ -4,14 +4,10 @@
 #include "tank/archives.h"
 #include "tank/launching.h"
 
-namespace kestrel {
+namespace kestrel::test {
 namespace {
 
-namespace fs = std::filesystem;
-using test::Lines;
-using test::shown;
-
-class WindowsLauncher : public test::Launching {
+class WindowsLauncher : public Launching {
   protected:
     // A copy of the tool that tells its command line.
     std::wstring tool(std::wstring_view name) const {
@@ -41,18 +37,14 @@ TEST_F(WindowsLauncher, RefusedStartsTellTheReasonAtOnce) {
     }
 }
 
-class WindowsLibrary : public test::Archives {
+class WindowsLibrary : public Archives {
   protected:
     WindowsLibrary() {
         fs::create_directory(files.native(L"current"));
         fs::current_path(files.native(L"current"));
     }
-    ~WindowsLibrary() override { fs::current_path(before_); }
 
     const fs::path helper = stubs / "tank" / "helper.dll";
-
-  private:
-    const fs::path before_ = fs::current_path();
 };
 
 TEST_F(WindowsLibrary, OperationsMayBearDecoratedNames) {
@@ -85,4 +77,4 @@ TEST_F(WindowsLibrary, ASettledProcessTakesNoneFromTheCurrentFolder) {
 }
 
 }  // namespace
-}  // namespace kestrel
+}  // namespace kestrel::test

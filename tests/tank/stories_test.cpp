@@ -5,20 +5,16 @@
 #include "tank/archives.h"
 #include "tank/build.h"
 
-namespace kestrel {
+namespace kestrel::test {
 namespace {
-
-namespace fs = std::filesystem;
-using test::Lines;
 
 // What headings tell after the name.
 const char* const kWhen = "Time: 10:20:30|Date: Friday, 1 March 2002||";
 
 // The stories of stories.txt, which tells what their words mean.
-class Stories : public test::Archives {
+class Stories : public Archives {
   protected:
     Stories() { fs::current_path(files.native()); }
-    ~Stories() override { fs::current_path(before_); }
 
     std::string play(const std::string& line) {
         if (line.starts_with("tank")) begin();
@@ -98,15 +94,15 @@ class Stories : public test::Archives {
 
     // The text and the priority that it means, behind "none" where it is no number.
     static std::string priority(const std::wstring& text) {
-        const std::string start = test::shown(text) + (isNumber(text) ? ": " : ": none ");
+        const std::string start = shown(text) + (isNumber(text) ? ": " : ": none ");
         try {
             return start + std::to_string(priorityOf(text));
         } catch (const RunTimeError& error) {
-            return start + std::to_string(error.number()) + " " + test::shown(error.description());
+            return start + std::to_string(error.number()) + " " + shown(error.description());
         }
     }
 
-    static std::string text(const std::wstring& text) { return "'" + test::shown(text) + "'"; }
+    static std::string text(const std::wstring& text) { return "'" + shown(text) + "'"; }
     static std::string text(const char* bytes) { return bytes == nullptr ? "none" : bytes; }
     static std::string text(std::int32_t number) { return std::to_string(number); }
 
@@ -170,7 +166,6 @@ class Stories : public test::Archives {
         return text;
     }
 
-    const fs::path before_ = fs::current_path();
     const std::wstring usual_ =
         filesystem::absolutePath(fromUtf8(KESTREL_STUBS "tank/kestrel_stub_tank"));
     std::string archive_;
@@ -180,9 +175,9 @@ class Stories : public test::Archives {
 };
 
 TEST_F(Stories, EndAsTheyDid) {
-    test::playStories(fs::absolute(KESTREL_SOURCES "/tests/tank/stories.txt"),
-                      [this](const std::string& line) { return play(line); });
+    playStories(fs::absolute(KESTREL_SOURCES "/tests/tank/stories.txt"),
+                [this](const std::string& line) { return play(line); });
 }
 
 }  // namespace
-}  // namespace kestrel
+}  // namespace kestrel::test

@@ -1,18 +1,12 @@
-#include <gtest/gtest.h>
+#include "text/convert.h"
 
 #include <map>
 #include <span>
 
-#include "base/paths.h"
-#include "support/recordinghost.h"
-#include "support/tempfolder.h"
-#include "text/convert.h"
+#include "services/fixture.h"
 
-namespace kestrel {
+namespace kestrel::test {
 namespace {
-
-namespace fs = std::filesystem;
-using Lines = std::vector<std::string>;
 
 constexpr const char* kFile = "[t:template,n:tar]\r\n{\r\na = 1;\r\nb = 2;\r\nc = 3;\r\n}\r\n";
 
@@ -21,18 +15,16 @@ std::wstring counts(int processed, int converted) {
            std::to_wstring(converted) + L"\r\n";
 }
 
-class Convert : public testing::Test {
+class Convert : public Services {
   protected:
     void convert(std::int16_t options = 0, std::wstring_view output = {},
                  std::wstring_view header = {}) {
         EXPECT_TRUE(
-            gblnConvertFolder(folder, summary, output, options, header, &host, progress, &outcome));
+            gblnConvertFolder(source, summary, output, options, header, &host, progress, &outcome));
     }
 
-    test::RecordingHost host;
-    const test::TempFolder files;
-    const std::wstring here = files.path() + kSeparator;
-    std::wstring folder = files.path();
+    const std::wstring here = folder.path() + kSeparator;
+    std::wstring source = folder.path();
     std::wstring summary;
     Progress* progress = nullptr;
     ConversionOutcome outcome;
@@ -45,15 +37,15 @@ TEST_F(Convert, SamplesGiveTheirGoldenTexts) {
         std::ifstream file(entry.path(), std::ios::binary);
         const std::string text{std::istreambuf_iterator<char>(file), {}};
         // Their folder there has another name.
-        golden[entry.path().filename()] = test::replaced(text, "C:\\mods\\", toUtf8(here));
+        golden[entry.path().filename()] = replaced(text, "C:\\mods\\", toUtf8(here));
     }
     EXPECT_EQ(golden.size(), 18U);
     for (const auto& entry : fs::recursive_directory_iterator(KESTREL_SOURCES "/samples")) {
         if (entry.is_directory()) continue;
-        fs::copy_file(entry.path(), files.native() / entry.path().filename());
+        fs::copy_file(entry.path(), folder.native() / entry.path().filename());
     }
     std::string together;
-    for (const auto& entry : fs::directory_iterator(files.native())) {
+    for (const auto& entry : fs::directory_iterator(folder.native())) {
         const auto text = golden.find(entry.path().filename().replace_extension(".tab"));
         if (text != golden.end()) together += text->second;
     }
@@ -61,45 +53,45 @@ TEST_F(Convert, SamplesGiveTheirGoldenTexts) {
     summary = L"Before\r\n";
     convert(7, {}, conversionHeader(L" T ", L"", L"", L""));
     const std::wstring above = L"Before\r\n" + counts(19, 18);
-    EXPECT_EQ(files.bytes(L"Converted.tab"),
+    EXPECT_EQ(folder.bytes(L"Converted.tab"),
               "Title:  T \r\nAuthor: \r\nBuild: \r\nCopyright: \r\n" + toUtf8(above) +
                   std::string(25, '+') + "\r\n" + together)
         << "in the folder's order";
     EXPECT_EQ(summary, above + L"Output filename: " + here + L"Converted.tab\r\n" + ledger);
-    const std::size_t before = files.names().size();
+    const std::size_t before = folder.names().size();
 
     summary.clear();
     convert(5, {}, L"head\r\n");
     for (const auto& [name, text] : golden) {
-        EXPECT_EQ(files.bytes(fromUtf8(name.string())), "head\r\n" + text) << name;
+        EXPECT_EQ(folder.bytes(fromUtf8(name.string())), "head\r\n" + text) << name;
     }
     EXPECT_EQ(summary, counts(19, 18) + L"Output folder: " + here + L"\r\n" + ledger);
-    EXPECT_EQ(files.names().size(), before + golden.size());
+    EXPECT_EQ(folder.names().size(), before + golden.size());
     EXPECT_EQ(host.logged("ask"), Lines{}) << "a file without data is only listed";
 }
 
 TEST_F(Convert, OnlyGasFilesCountWhateverTheirCase) {
-    for (const wchar_t* name : {L"c.gas.bak", L"cgas", L"gas"}) files.put(name, kFile);
-    fs::create_directory(files.native(L"e.gas"));
+    for (const wchar_t* name : {L"c.gas.bak", L"cgas", L"gas"}) folder.put(name, kFile);
+    fs::create_directory(folder.native(L"e.gas"));
     for (const wchar_t* name : {L"", L"missing", L"cgas"}) {
-        folder = files.path(name);
-        EXPECT_FALSE(gblnConvertFolder(folder, summary, files.path(L"out.tab"), kSingleFile, {},
+        source = folder.path(name);
+        EXPECT_FALSE(gblnConvertFolder(source, summary, folder.path(L"out.tab"), kSingleFile, {},
                                        &host, progress));
-        EXPECT_EQ(folder, files.path(name) + kSeparator);
+        EXPECT_EQ(source, folder.path(name) + kSeparator);
     }
     EXPECT_EQ(summary, L"");
     EXPECT_EQ(host.log, Lines{});
-    for (const wchar_t* name : {L"a.Gas", L"b.GAS", L".gas"}) files.put(name, kFile);
-    folder = here;
+    for (const wchar_t* name : {L"a.Gas", L"b.GAS", L".gas"}) folder.put(name, kFile);
+    source = here;
     convert();
-    EXPECT_EQ(folder, here) << "no second separator";
+    EXPECT_EQ(source, here) << "no second separator";
     EXPECT_EQ(summary, counts(3, 3) + L"Output folder: " + here + L"\r\n");
-    EXPECT_EQ(files.names(), (Lines{".gas", ".tab", "a.Gas", "a.tab", "b.GAS", "b.tab", "c.gas.bak",
-                                    "cgas", "e.gas", "gas"}));
+    EXPECT_EQ(folder.names(), (Lines{".gas", ".tab", "a.Gas", "a.tab", "b.GAS", "b.tab",
+                                     "c.gas.bak", "cgas", "e.gas", "gas"}));
 }
 
 TEST_F(Convert, ItsDialogIsShownAndGone) {
-    files.put(L"a.gas", kFile);
+    folder.put(L"a.gas", kFile);
     convert();
     EXPECT_EQ(host.log, (Lines{"disable", "Process: Processing: ", "SubProcess: ", "show: owner",
                                "Overall: File 1 of 1", "Process: Processing: a.gas",
@@ -110,9 +102,9 @@ TEST_F(Convert, ItsDialogIsShownAndGone) {
 // At every step of the work: each output is whole or as it was before.
 TEST_F(Convert, ACancelLeavesWholeFiles) {
     constexpr int kFiles = 40;
-    for (int i = 0; i < kFiles; ++i) files.put(std::to_wstring(i) + L".gas", kFile);
+    for (int i = 0; i < kFiles; ++i) folder.put(std::to_wstring(i) + L".gas", kFile);
     for (int step = 0; step < kFiles * 4; ++step) {  // one a property
-        for (int i = 0; i < kFiles; ++i) files.put(std::to_wstring(i) + L".tab", "old");
+        for (int i = 0; i < kFiles; ++i) folder.put(std::to_wstring(i) + L".tab", "old");
         summary.clear();
         host.progressSteps = 0;
         host.cancelAt = static_cast<std::size_t>(step);
@@ -120,7 +112,7 @@ TEST_F(Convert, ACancelLeavesWholeFiles) {
         EXPECT_EQ(summary, counts(kFiles, step / 4) + L"Output folder: " + here + L"\r\n");
         int kept = 0;
         for (int i = 0; i < kFiles; ++i) {
-            const std::string text = files.bytes(std::to_wstring(i) + L".tab");
+            const std::string text = folder.bytes(std::to_wstring(i) + L".tab");
             kept += text == "old" ? 1 : 0;
             EXPECT_TRUE(text == "old" || text.ends_with("\r\n" + std::string(50, '*') + "\r\n"));
         }
@@ -129,9 +121,9 @@ TEST_F(Convert, ACancelLeavesWholeFiles) {
 }
 
 TEST_F(Convert, ACancelWritesNoSingleFile) {
-    files.put(L"a.gas", kFile);
-    files.put(L"b.gas", kFile);
-    files.put(L"Converted.tab", "old");
+    folder.put(L"a.gas", kFile);
+    folder.put(L"b.gas", kFile);
+    folder.put(L"Converted.tab", "old");
     // Between the templates of a file too, whose single property shows no odd percentage.
     for (const bool breathing : {false, true}) {
         summary.clear();
@@ -140,21 +132,21 @@ TEST_F(Convert, ACancelWritesNoSingleFile) {
         convert(kSingleFile);
         EXPECT_EQ(closingMessage(outcome, summary),
                   L"File conversion cancelled.\r\n\r\n" + counts(2, 0));
-        EXPECT_EQ(files.bytes(L"Converted.tab"), "old");
+        EXPECT_EQ(folder.bytes(L"Converted.tab"), "old");
         host.cancelAt = static_cast<std::size_t>(-1);
     }
 }
 
 TEST_F(Convert, FailuresAreGatheredAndTheRestIsConverted) {
     for (int i = 100; i < 123; ++i) {
-        files.put(std::to_wstring(i) + L".gas", kFile);
-        fs::create_directory(files.native(std::to_wstring(i) + L".tab"));
+        folder.put(std::to_wstring(i) + L".gas", kFile);
+        fs::create_directory(folder.native(std::to_wstring(i) + L".tab"));
     }
-    files.put(L"b.gas", kFile);
+    folder.put(L"b.gas", kFile);
     convert();
     ASSERT_EQ(host.logged("ask").size(), 1U) << "the first";
     EXPECT_NE(host.logged("ask")[0].find("): Cannot write '" + toUtf8(here)), std::string::npos);
-    EXPECT_EQ(files.names().size(), 48U);
+    EXPECT_EQ(folder.names().size(), 48U);
     ASSERT_EQ(outcome.leftOut.size(), 23U);
     std::wstring text = L"File conversion complete.\r\n\r\n" + counts(24, 1) + L"Output folder: " +
                         here + L"\r\n\r\nNot converted:\r\n";
@@ -179,25 +171,25 @@ TEST_F(Convert, ASingleFileIsCheckedBeforeTheWork) {
         {L"kept", false, L"kept.tab: Cannot write 'kept.tab': it is write-protected\r\n"},
         {L"sub", false, L"sub: Cannot "},  // and why, in the system's own words
     };
-    for (const wchar_t* name : {L"a.gas", L"A.GAS"}) files.put(name, kFile);
-    const int sources = static_cast<int>(files.names().size());  // these may be one
-    fs::permissions(files.put(L"kept.tab", "old"), fs::perms::owner_read);
-    fs::create_directory(files.native(L"sub"));
+    for (const wchar_t* name : {L"a.gas", L"A.GAS"}) folder.put(name, kFile);
+    const int sources = static_cast<int>(folder.names().size());  // these may be one
+    fs::permissions(folder.put(L"kept.tab", "old"), fs::perms::owner_read);
+    fs::create_directory(folder.native(L"sub"));
     for (const auto& [given, writes, told] : cases) {
         summary.clear();
-        if (writes) files.put(told, "old");
-        convert(kSingleFile, files.path(given));
+        if (writes) folder.put(told, "old");
+        convert(kSingleFile, folder.path(given));
         const std::wstring expected =
-            writes ? counts(sources, sources) + L"Output filename: " + files.path(told) + L"\r\n"
+            writes ? counts(sources, sources) + L"Output filename: " + folder.path(told) + L"\r\n"
                    : counts(sources, 0) + L"\r\nNot converted:\r\n" + told;
         EXPECT_EQ(summary.substr(0, expected.size()), expected);
         if (writes) {
-            EXPECT_EQ(files.bytes(told + std::wstring(L".bak")), "old");
+            EXPECT_EQ(folder.bytes(told + std::wstring(L".bak")), "old");
         }
     }
-    EXPECT_EQ(files.bytes(L"a.gas") + files.bytes(L"kept.tab"), std::string(kFile) + "old");
-    fs::permissions(files.native(L"kept.tab"), fs::perms::owner_all);
+    EXPECT_EQ(folder.bytes(L"a.gas") + folder.bytes(L"kept.tab"), std::string(kFile) + "old");
+    fs::permissions(folder.native(L"kept.tab"), fs::perms::owner_all);
 }
 
 }  // namespace
-}  // namespace kestrel
+}  // namespace kestrel::test

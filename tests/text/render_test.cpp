@@ -5,7 +5,7 @@
 #include "support/recordinghost.h"
 #include "view/listtext.h"
 
-namespace kestrel {
+namespace kestrel::test {
 namespace {
 
 const std::wstring kEquals = std::wstring(50, L'=') + L"\r\n";
@@ -27,7 +27,7 @@ const std::wstring kCrateText =
     headed(L"Template0", kNameRow + kMassRows) + kComments + L"Line 2:\t crate\r\n" + kStars;
 
 TEST(Render, AFilterTakesRowsAndTheComments) {
-    const test::RecordingHost host;
+    const RecordingHost host;
     const GasTemplate slash = loaded("[t:template,]|doc = a\\;|").at(0);
     const GasTemplate empty = loaded("[info]|").at(0);
     const struct {
@@ -57,7 +57,7 @@ TEST(Render, AFilterTakesRowsAndTheComments) {
 }
 
 TEST(Render, PartsAreTheWhole) {
-    const test::RecordingHost host;
+    const RecordingHost host;
     std::string rows = "[info]|[a\\b]|";
     for (int i = 0; i < 10000; ++i) rows += "x = 1;|";
     const GasTemplate big = loaded(rows).at(0);
@@ -73,7 +73,7 @@ TEST(Render, PartsAreTheWhole) {
 }
 
 TEST(Render, TheDialogTellsTheLastRowWrittenAndCancels) {
-    test::RecordingHost host;
+    RecordingHost host;
     host.logsProgressSteps = true;
     for (const std::size_t cancelAt : {std::size_t{100}, std::size_t{2}}) {
         host.log.clear();
@@ -123,4 +123,4 @@ TEST(ListText, HeadsSortsAndNumbersTheRowsAsShown) {
 }
 
 }  // namespace
-}  // namespace kestrel
+}  // namespace kestrel::test

@@ -9,7 +9,7 @@
 #include "view/browse.h"
 #include "view/chain.h"
 
-namespace kestrel {
+namespace kestrel::test {
 namespace {
 
 // The order of rows whose texts are `texts`, as a text of positions.
@@ -53,7 +53,7 @@ TEST(Browse, FindsTheNextRowWithATextAndGoesOnAtTheFirst) {
     const std::tuple<std::size_t, const wchar_t*, std::optional<std::size_t>> cases[] = {
         {0, L"LAMP", 0}, {1, L"lamp", 2}, {3, L"lamp", 0}, {2, L"o", 2}, {0, L"lamps", {}}};
     for (const auto& [start, what, found] : cases) {
-        EXPECT_EQ(findRow(rows.size(), start, what, text), found) << test::shown(what) << start;
+        EXPECT_EQ(findRow(rows.size(), start, what, text), found) << shown(what) << start;
     }
     EXPECT_EQ(findRow(0, 0, L"", text), std::nullopt);
 }
@@ -163,7 +163,7 @@ TEST(Query, FollowsTheChainOfOneFile) {
 
 // A walk over the file for each step would take minutes.
 TEST(Chain, ALongChainTakesNoWalkOverTheFileForEachStep) {
-    const test::TempFolder folder;
+    const TempFolder folder;
     constexpr int kCount = 100000;
     std::string text;
     for (int i = 0; i < kCount; ++i) {
@@ -178,4 +178,4 @@ TEST(Chain, ALongChainTakesNoWalkOverTheFileForEachStep) {
 }
 
 }  // namespace
-}  // namespace kestrel
+}  // namespace kestrel::test

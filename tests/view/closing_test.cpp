@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace kestrel {
+namespace kestrel::test {
 namespace {
 
 using enum Closing::State;
@@ -35,4 +35,4 @@ TEST(Closing, GoesWhenNothingIsAtWork) {
 }
 
 }  // namespace
-}  // namespace kestrel
+}  // namespace kestrel::test
