@@ -14,6 +14,7 @@
 
 #include "gas/template.h"
 #include "services/files.h"
+#include "system/largepages.h"
 
 // The parsers of other formats. Each reads its file of a folder with the corpus when it is
 // made. Those that fill records give the blocks of the templates, and fill() hands over what
@@ -27,7 +28,12 @@ using Records = std::vector<GasTemplate>;
 class RecordBuilder {
   public:
     // The texts have at most `bytes` together.
-    explicit RecordBuilder(std::size_t bytes) { file_->reserve(bytes); }
+    explicit RecordBuilder(std::size_t bytes) {
+        std::string room;
+        room.reserve(bytes);
+        wishForLargePages(room.data(), bytes);
+        file_ = std::make_shared<GasFile>(std::move(room), CodePage::utf8());
+    }
 
     void addTemplate(auto&& block) {
         GasTemplate& record = records_.emplace_back();
@@ -58,7 +64,7 @@ class RecordBuilder {
                     level_, isBlock});
     }
 
-    std::shared_ptr<GasFile> file_ = std::make_shared<GasFile>(std::string(), CodePage::utf8());
+    std::shared_ptr<GasFile> file_;
     Records records_;
     const GasGroup* group_ = nullptr;  // of the block that is open
     std::int16_t level_ = 0;

@@ -40,8 +40,10 @@ class Random:
                            ("cnv1", "folder")):
             k.write(os.path.join(k.folder, name + ".his"), os.path.join(mod, path) + "\r\n")
         files = sorted(one for one in os.listdir(mod) if one.endswith(".gas"))
-        k.open(self.random.choice(files), env=look, ready=False, skritpad="/bin/true",
-               orvane="/bin/true", tool1="True|/bin/true")
+        # Whatever is done with it shows its progress.
+        files += 4 * [k.write(k.desk.path("large.gas"), "[t:template,n:a]\n{\nx = 1;\n}\n" * 30000)]
+        k.open(self.random.choice(files), env=look, ready=False,
+               skritpad="/bin/true", orvane="/bin/true", tool1="True|/bin/true")
         wait(k.windows, "a window")
 
     def place(self):
@@ -101,13 +103,14 @@ class Random:
                 self.start()
             try:
                 self.step()
+                working = self.k.find_windows("Please wait...")
             except AssertionError:
                 raise
             except Exception:  # a window that has just gone
                 continue
             if i % 20 == 0:
                 wait(lambda: self.ended() or self.k.app(), "an answer", 30)
-            if self.random.randrange(60) == 0:
+            if self.random.randrange(2 if working else 60) == 0:
                 self.k.process.terminate()
                 self.k.ended(30)
             elif i % 500 == 499:

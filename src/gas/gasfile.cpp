@@ -12,19 +12,9 @@ GasFile::GasFile(std::string bytes, const CodePage& page) : bytes_(std::move(byt
     if (bytes_.size() >= kMostBytes) {
         throw RunTimeError(kOutOfMemory, L"The file is too large: files of 2 GB cannot be loaded");
     }
-    reserveEntries(bytes_.size());
-}
-
-void GasFile::reserve(std::size_t bytes) {
-    bytes_.reserve(bytes);
-    wishForLargePages(bytes_.data(), bytes);
-    reserveEntries(bytes);
-}
-
-// Most files have at least as many bytes as two entries take for each of theirs.
-void GasFile::reserveEntries(std::size_t bytes) {
-    packed_.reserve(bytes / sizeof(Packed) / 2 + 1);
-    wishForLargePages(packed_.data(), bytes / 2);
+    // Most files have at least as many bytes as two entries take for each of theirs.
+    packed_.reserve(bytes_.capacity() / sizeof(Packed) / 2 + 1);
+    wishForLargePages(packed_.data(), bytes_.capacity() / 2);
 }
 
 void GasFile::addRare(const Entry& entry) {

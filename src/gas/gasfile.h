@@ -67,9 +67,8 @@ class GasFile {
         return std::string_view(bytes_).substr(slice.place, slice.size);
     }
 
-    // For who makes the bytes as it goes: room for `bytes` of them, and a slice of `text` at
-    // their end. More than there is room for must not be appended.
-    void reserve(std::size_t bytes);
+    // For who makes the bytes as it goes: a slice of `text` at their end. More than there is
+    // room for in the first ones must not be appended.
     Slice append(std::string_view text) {
         bytes_ += text;
         return {static_cast<std::uint32_t>(bytes_.size() - text.size()),
@@ -131,7 +130,6 @@ class GasFile {
                 (packed.rest & 1) != 0};
     }
 
-    void reserveEntries(std::size_t bytes);
     Slice keptSlice(std::string_view text);
     const GasGroup* with(const GasGroup* around, std::string_view name);
 

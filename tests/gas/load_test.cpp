@@ -57,7 +57,7 @@ TEST(Load, TreesKeepThePathsOfSubBlocksThatAreTooDeepToDraw) {
     EXPECT_EQ(deepest.Properties.back().Group.group()->id, 1'050'000U);
 }
 
-// Beside those that bench/shapes.cpp measures: with them a careless parser would run for
+// Beside those that bench/main.cpp measures: with them a careless parser would run for
 // minutes, and the time limit of the run ends it.
 TEST(Load, StaysLinearOnNastyShapes) {
     const std::string info = "[info]\r\n";

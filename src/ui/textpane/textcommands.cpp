@@ -56,7 +56,6 @@ TextCommands::TextCommands(wxTopLevelWindow& window, OpenFile openFile, bool fil
         if (event.GetActive() && window_.IsShown()) takeCaption();
     });
     window_.Bind(wxEVT_PAINT, &TextCommands::paintBorder, this);
-    listen(*txtView, wxEVT_SET_FOCUS, [this] { caretMoved(); });
     listen(*txtView, wxEVT_STC_UPDATEUI, [this] { caretMoved(); });
     listen(*txtView, wxEVT_STC_CHANGE, [this] {
         if (block_ && !draftTimer_.IsRunning()) draftTimer_.StartOnce(kDraftMilliseconds);
