@@ -48,6 +48,8 @@ def try_a_held_escape_closes_one_window(k):
     view = k.press("Source", "Edit Source*")
     k.keys("ctrl+f")
     hold_escape(k, k.window("Find Text"))
+    # The key in between takes it back.
+    k.desk.input("keydown", "Escape", "key", "Down", "keyup", "Escape", "sleep", 0.5)
     assert view.has("active"), "the viewer closed, too"
     k.keys("Menu", on=view)
     k.keys("Escape")
@@ -225,6 +227,9 @@ def try_an_archive_is_listed_searched_and_tested(k):
     k.close(view)
     box = k.press("Find Object by Name", "Find Child")
     assert k.focus().text() == "a.g", "what was found last"
+    assert k.box()[0].endswith(": Note: This sub-string search is not case sensitive and does not "
+                               "support regular expressions or wildcards. Only the first find will "
+                               "be returned.")
     k.close(box)
     k.fill("Selected Tank Filename", "/nowhere.dsres\n")
     k.answer(question, "Yes")
@@ -236,8 +241,15 @@ def try_the_builders_log_is_shown_as_it_comes(k):
     target = k.desk.path("mod", "my islands.dsres")
     dialog = open_dialog(k, "Rapid Zeltor")
     for name, text in (("Source Folder", k.desk.path("mod")), ("Author", "Me and You"),
-                       ("Destination Tank Filename", target), ("Priority", "1x2")):
+                       ("Destination Tank Filename", target)):
         k.fill(name, text)
+    k.click("Author")
+    k.keys("ctrl+a")
+    k.click("Priority", button=2)
+    k.keys("Tab")
+    k.answer("Priority must be a number.", "OK", "Warning")
+    k.click("Priority", times=3)
+    k.type("1x2")
     k.click("Protected?")
     for title, author, end in (
             ("words", "<-author>\n<Me and You>\n",

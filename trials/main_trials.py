@@ -14,6 +14,7 @@ def try_commands_that_can_do_nothing_are_disabled(k):
         idle += [".GAS File Properties", "View Template (Tab Delimited)"]
     for name in idle:
         assert not k.find(name, "push button").has("sensitive"), name
+    assert k.find("Templates").row_count() == 0
     k.focus_is("Path of the .gas file")
     k.type(k.sample() + "\n")
     wait(lambda: k.status() == ["Template K0 is Base prop", "Template", "40 Templates",
@@ -166,7 +167,7 @@ def try_columns_and_panes_are_remembered(k):
     k.start(k.file)
     wait(lambda: k.main.box[2] > 850, "the size of before")
     k.finish()
-    k.write(os.path.join(k.folder, "layout.set"), "remember=1\nwindow=7\n")
+    k.write(os.path.join(k.folder, "layout.set"), "remember=1\n")
     k.start(k.file)
 
 

@@ -34,12 +34,13 @@ class Random:
         k, look = self.k, LOOKS[self.starts % len(LOOKS)]
         self.starts += 1
         mod = os.path.dirname(k.sample())
-        shutil.copytree(os.path.join(k.top, "samples"), mod, dirs_exist_ok=True)
+        samples = os.path.join(k.top, "samples")
+        shutil.copytree(samples, mod, dirs_exist_ok=True)
         k.write(os.path.join(mod, "a.dsres"), ARCHIVE)
         for name, path in (("mor", "a.dsres"), ("zeltor1", "folder"), ("zeltor2", "b.dsres"),
                            ("cnv1", "folder")):
             k.write(os.path.join(k.folder, name + ".his"), os.path.join(mod, path) + "\r\n")
-        files = sorted(one for one in os.listdir(mod) if one.endswith(".gas"))
+        files = sorted(one for one in os.listdir(samples) if one.endswith(".gas"))
         # Whatever is done with it shows its progress.
         files += 4 * [k.write(k.desk.path("large.gas"), "[t:template,n:a]\n{\nx = 1;\n}\n" * 30000)]
         k.open(self.random.choice(files), env=look, ready=False,
