@@ -39,24 +39,22 @@ class Targets {
 
     // Throws when `target` may not be written.
     void check(const std::wstring& target) const {
-        const auto uses = uses_.find(fileOf(target));
+        const std::wstring file = fileOf(target);
+        const auto uses = uses_.find(file);
         if (uses != uses_.end() && uses->second > 1) {
             refuse(target, L"more than one source gives it");
         }
         if (!fileExists(target)) return;
         const auto identity = filesystem::identityOf(target);
         const bool isSource = identity && sources_.contains(*identity);
-        if (isSource || isGasName(fileName(fileOf(target)))) {
-            refuse(target, L"it is a .gas file");
-        }
+        if (isSource || isGasName(fileName(file))) refuse(target, L"it is a .gas file");
         if (filesystem::isProtected(target)) refuse(target, L"it is write-protected");
     }
 
   private:
     // Two links can name one file.
     static std::wstring fileOf(const std::wstring& target) {
-        std::wstring path = filesystem::pathBehindLinks(target);
-        return path.empty() ? target : path;
+        return fileExists(target) ? filesystem::pathBehindLinks(target) : target;
     }
 
     [[noreturn]] static void refuse(const std::wstring& target, std::wstring_view why) {

@@ -47,7 +47,10 @@ void ReportList::fill(std::size_t count, const Keep& keep) {
 }
 
 void ReportList::limit(const Keep& keep) {
-    show(keep(order_));
+    RowOrder rows = keep(order_);
+    // The control takes long to take in many rows.
+    if (rows == shown_) return selected_.reset();
+    show(std::move(rows));
 }
 
 void ReportList::sortContent() {
