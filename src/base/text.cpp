@@ -4,12 +4,6 @@
 
 namespace kestrel {
 
-std::wstring_view trim(std::wstring_view text) noexcept {
-    const std::size_t first = text.find_first_not_of(L' ');
-    if (first == std::wstring_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(L' ') - first + 1);
-}
-
 std::vector<std::wstring_view> split(std::wstring_view text, std::wstring_view separator) {
     std::vector<std::wstring_view> pieces;
     if (text.empty()) return pieces;

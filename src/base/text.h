@@ -1,18 +1,38 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
-// Small operations on text that do not depend on the user's locale. Blanks are spaces
-// (U+0020) alone.
+// Small operations on text that do not depend on the user's locale.
 namespace kestrel {
 
 inline constexpr std::wstring_view kLineEnd = L"\r\n";
 inline constexpr std::string_view kCrLf = "\r\n";  // the same as bytes
 
-// `text` without leading and trailing spaces.
-std::wstring_view trim(std::wstring_view text) noexcept;
+inline constexpr std::string_view kBlanks = " \t";  // of the lines of a file
+
+// `text` without the characters of `blanks` that it begins with.
+template <class Char>
+constexpr std::basic_string_view<Char> trimStart(
+    std::basic_string_view<Char> text, std::type_identity_t<std::basic_string_view<Char>> blanks) {
+    return text.substr(std::min(text.find_first_not_of(blanks), text.size()));
+}
+
+// The same at both ends.
+template <class Char>
+constexpr std::basic_string_view<Char> trim(
+    std::basic_string_view<Char> text, std::type_identity_t<std::basic_string_view<Char>> blanks) {
+    text = trimStart(text, blanks);
+    return text.substr(0, text.find_last_not_of(blanks) + 1);
+}
+
+// `text` without leading and trailing spaces (U+0020).
+constexpr std::wstring_view trim(std::wstring_view text) {
+    return trim(text, L" ");
+}
 
 // The pieces of `text` between the occurrences of `separator` (not empty). An
 // empty text gives no piece. The pieces point into `text`.

@@ -10,9 +10,6 @@
 // How the bytes of statements become the texts of records. Private to the loader.
 namespace kestrel::loading {
 
-std::string_view trimStart(std::string_view text);
-std::string_view trimBlanks(std::string_view text);
-
 // What cleaning removes everywhere, and what it removes from the ends alone.
 enum Junk : std::uint8_t { kRemoved = 1, kBlank = 2 };
 

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 
+#include "base/text.h"
+
 namespace kestrel {
 namespace {
 
-constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kLineEnds = "\r\n";
 
 // Finds the tokens of one line.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/bytes.h"
+#include "base/text.h"
 #include "gas/blocks.h"
 #include "gas/statements.h"
 #include "services/guard.h"
@@ -15,12 +16,8 @@ namespace {
 using loading::LeftOut;
 using loading::Statement;
 
-constexpr std::string_view kBlank = " \t\r\n";
-
 std::string_view trimmed(std::string_view text) {
-    const std::size_t first = std::min(text.find_first_not_of(kBlank), text.size());
-    text.remove_prefix(first);
-    return text.substr(0, text.find_last_not_of(kBlank) + 1);
+    return trim(text, " \t\r\n");
 }
 
 // Tells the lines of the file that the places of its normalised text come from.

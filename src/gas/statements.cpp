@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "base/text.h"
 #include "gas/fields.h"
 #include "gas/marks.h"
 #include "gas/pieces.h"
@@ -244,8 +245,8 @@ std::uint32_t BlockReader::read(std::string_view block, bool squeeze) {
 
 void BlockReader::comment(const Statement& statement) {
     comments_.append("Line ").append(std::to_string(statement.index)).append(":\t");
-    for (std::string_view rest = statement.cut ? trimStart(statement.text)
-                                               : trimBlanks(statement.text);
+    for (std::string_view rest = statement.cut ? trimStart(statement.text, kBlanks)
+                                               : trim(statement.text, kBlanks);
          !rest.empty();) {
         const std::size_t at = rest.find("//");
         appendNormalised(comments_, rest.substr(0, at));

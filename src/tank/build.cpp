@@ -22,7 +22,7 @@ std::optional<double> numberOf(std::wstring_view text) noexcept {
     constexpr std::size_t kLongest = 64;
     if (text.size() > kLongest || text.find_first_not_of(kNumeric) != text.npos) return {};
     if (text.starts_with(L'+') && !text.starts_with(L"+-")) text.remove_prefix(1);
-    char digits[kLongest];
+    char digits[kLongest]{};
     for (std::size_t i = 0; i < text.size(); ++i) digits[i] = static_cast<char>(text[i]);
     const char* end = digits + text.size();
     double number = 0;
