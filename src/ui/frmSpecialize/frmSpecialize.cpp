@@ -1,5 +1,7 @@
 #include "ui/frmSpecialize/frmSpecialize.h"
 
+#include <wx/utils.h>
+
 #include <algorithm>
 #include <functional>
 #include <utility>
@@ -36,8 +38,9 @@ class Sash final : public wxWindow {
             if (HasCapture()) ReleaseMouse();
         });
         Bind(wxEVT_MOUSE_CAPTURE_LOST, [](wxMouseCaptureLostEvent&) {});
-        Bind(wxEVT_MOTION, [this](wxMouseEvent& event) {
-            if (HasCapture()) drag_(GetPosition().x + event.GetX());
+        // The place that an event tells is of where the gap was then.
+        Bind(wxEVT_MOTION, [this](wxMouseEvent&) {
+            if (HasCapture()) drag_(GetParent()->ScreenToClient(wxGetMousePosition()).x);
         });
     }
     bool AcceptsFocus() const override { return false; }
