@@ -54,7 +54,8 @@ class Targets {
   private:
     // Two links can name one file.
     static std::wstring fileOf(const std::wstring& target) {
-        return fileExists(target) ? filesystem::pathBehindLinks(target) : target;
+        std::wstring path = fileExists(target) ? filesystem::pathBehindLinks(target) : target;
+        return path.empty() ? target : path;
     }
 
     [[noreturn]] static void refuse(const std::wstring& target, std::wstring_view why) {

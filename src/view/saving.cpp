@@ -1,6 +1,7 @@
 #include "view/saving.h"
 
 #include <string>
+#include <utility>
 
 #include "base/bytes.h"
 #include "base/error.h"
@@ -95,7 +96,10 @@ class Saving {
     // What the target shall hold, once the user agrees; nothing when it stays.
     std::optional<std::string> replacement() const {
         if (!agrees(L"File already exists. Replace existing file?")) return std::nullopt;
-        const std::string old = readFileBytes(target_);
+        // What cannot be read cannot be kept either: that ends the saving.
+        std::optional<std::string> read;
+        if (isOwnFile_ || isGasName(target_)) read = filesystem::read(target_);
+        const std::string old = std::move(read).value_or(std::string());
         std::string whole = bytesFor(old);
         const Place place = isOwnFile_ ? choosePlace(old) : Place::file;
         // In place nothing of the other program's is lost.
