@@ -8,6 +8,7 @@
 
 #include "faults/faults.h"
 #include "services/files.h"
+#include "view/saving.h"
 
 namespace kestrel::test {
 namespace {
@@ -67,6 +68,17 @@ TEST_F(Replace, WhatFailsIsTold) {
             EXPECT_EQ(strays(), 0U);
         }
     }
+}
+
+// A file that cannot be read is not one without blocks.
+TEST_F(Replace, ATextIsNotSavedOverASourceThatCannotBeRead) {
+    ViewedText viewed;
+    viewed.text = [] { return std::wstring(L"[t:a,n:b]\n{\n}\n"); };
+    host.files = {folder.path(L"f.gas"), folder.path(L"f.gas")};
+    folder.put(L"f.gas", "[t:c,n:d]\n{\n}\n");
+    under({Kind::error, EIO, "read", 1, true}, [&] { EXPECT_FALSE(saveViewedText(viewed, {})); });
+    EXPECT_EQ(folder.bytes(L"f.gas"), "[t:c,n:d]\n{\n}\n");
+    EXPECT_TRUE(saveViewedText(viewed, {}));
 }
 
 TEST_F(Replace, ModeAndOwnerStay) {
