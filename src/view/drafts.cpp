@@ -1,11 +1,11 @@
 #include "view/drafts.h"
 
 #include <algorithm>
-#include <charconv>
 #include <random>
 #include <utility>
 
 #include "base/bytes.h"
+#include "base/packed.h"
 #include "base/paths.h"
 #include "services/guard.h"
 #include "services/program.h"
@@ -19,65 +19,8 @@ constexpr std::wstring_view kEnd = L".draft";
 constexpr std::wstring_view kLockEnd = L".lock";
 constexpr std::wstring_view kMark = L"Kestrel draft 2";
 
-// A file of texts, each behind its length in bytes and a colon.
-class Writer {
-  public:
-    void add(std::wstring_view text) {
-        const std::string utf8 = toUtf8(text);
-        bytes_.append(std::to_string(utf8.size())).append(":").append(utf8);
-    }
-    template <class Number>
-    void addNumber(Number number) {
-        add(std::to_wstring(number));
-    }
-    const std::string& bytes() const noexcept { return bytes_; }
-
-  private:
-    std::string bytes_;
-};
-
-// What a Writer wrote; after the first thing that is none of that everything is empty.
-class Reader {
-  public:
-    explicit Reader(std::string_view bytes) : rest_(bytes) {}
-
-    std::wstring next() { return fromUtf8(nextBytes()); }
-    template <class Number>
-    Number nextNumber() {
-        return number<Number>(nextBytes());
-    }
-    bool isWhole() const noexcept { return whole_ && rest_.empty(); }
-
-  private:
-    std::string_view nextBytes() {
-        const std::size_t colon = rest_.find(':');
-        if (colon == rest_.npos) return fail();
-        const auto size = number<std::size_t>(rest_.substr(0, colon));
-        rest_.remove_prefix(colon + 1);
-        if (size > rest_.size()) return fail();
-        const std::string_view bytes = rest_.substr(0, size);
-        rest_.remove_prefix(size);
-        return bytes;
-    }
-    template <class Number>
-    Number number(std::string_view digits) {
-        Number result{};
-        const char* const end = digits.data() + digits.size();
-        const auto [stop, error] = std::from_chars(digits.data(), end, result);
-        if (error != std::errc() || stop != end) fail();
-        return result;
-    }
-    std::string_view fail() {
-        whole_ = false;
-        return rest_ = {};
-    }
-
-    std::string_view rest_;
-    bool whole_ = true;
-};
-
 std::string bytesOf(const Draft& draft) {
-    Writer writer;
+    PackedWriter writer;
     writer.add(kMark);
     writer.add(draft.caption);
     writer.add(draft.block.path);
@@ -91,7 +34,7 @@ std::string bytesOf(const Draft& draft) {
 }
 
 std::optional<Draft> draftOf(std::string_view bytes) {
-    Reader reader(bytes);
+    PackedReader reader(bytes);
     if (reader.next() != kMark) return std::nullopt;
     Draft draft;
     draft.caption = reader.next();
