@@ -120,7 +120,7 @@ int main(int count, char** words) {
     addConversions(folder.path);
     const fs::path library = KESTREL_STUB_TANK;
     fs::copy_file(library, folder.path / library.filename());
-    const auto tank = kestrel::makeTankLibrary({folder.path.wstring()});
+    const auto tank = kestrel::makeTankLibrary({folder.path.wstring()}, L"" KESTREL_TANK_HOST);
     kestrel::gProgram().host.tank = tank.get();
     benchmark::RegisterBenchmark("full list of an archive", listArchive, folder.path)
         ->RangeMultiplier(2)

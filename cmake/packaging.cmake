@@ -60,6 +60,7 @@ endif()
 add_custom_target(kestrel_package_files ALL DEPENDS ${package_made})
 
 install(TARGETS kestrel kestrel-cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS kestrel-tank RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/kestrel)
 install(FILES ${icon} DESTINATION ${icon_folder}/scalable/apps)
 install(FILES ${package_sources}/debian/kestrel.desktop
   DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)

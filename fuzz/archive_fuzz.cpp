@@ -21,8 +21,8 @@ class RandomLibrary final : public TankLibrary {
     explicit RandomLibrary(Input& input) : input_(input) {}
     ~RandomLibrary() override { require(open_ == 0 && openData_ == 0); }
 
-    TankHandle OpenTank(const char* path) override {
-        require(*path != '\0');
+    TankHandle OpenTank(std::wstring_view path) override {
+        require(!path.empty());
         const TankHandle tank = handle();
         open_ += tank != 0 ? 1 : 0;
         return tank;
@@ -37,30 +37,28 @@ class RandomLibrary final : public TankLibrary {
     }
     // As large as it gets where somebody can cancel.
     std::int32_t GetChildCount(TankHandle, ChildHandle) override {
-        return gProgram().progressShowing ? number() : std::min(number(), kMostChildren);
+        return gProgram().progress != nullptr ? number() : std::min(number(), kMostChildren);
     }
-    std::int32_t GetChild(TankHandle, ChildHandle, std::int32_t index,
-                          ChildHandle* child) override {
+    const TankEntry& GetChild(TankHandle tank, ChildHandle, std::int32_t index) override {
         require(index >= 0);
         const std::uint8_t choice = input_.byte();
-        if (choice % 8 != 7) *child = choice % 16 - 4;
-        return choice;
+        entry(tank, choice % 8 == 7 ? 0 : choice % 16 - 4);
+        entry_.status = choice;
+        return entry_;
     }
-    const char* GetChildName(TankHandle, ChildHandle) override { return text(); }
-    const char* GetChildPath(TankHandle, ChildHandle) override { return text(); }
-    std::int32_t IsDirectory(TankHandle, ChildHandle) override { return input_.byte() % 3 - 1; }
-    std::int32_t GetChildSize(TankHandle, ChildHandle) override { return number(); }
-    std::int32_t GetChildCompSize(TankHandle, ChildHandle) override { return number(); }
-    std::int32_t GetChildCRC(TankHandle, ChildHandle) override { return number(); }
-    std::int16_t GetChildFlags(TankHandle, ChildHandle) override { return half(); }
-    std::int16_t GetChildFormat(TankHandle, ChildHandle) override { return half(); }
+    const TankEntry& entry(TankHandle, ChildHandle child) override {
+        entry_ = {0,        child,    text(),   text(), input_.byte() % 3 - 1,
+                  number(), number(), number(), half(), half()};
+        return entry_;
+    }
+    bool isLost(TankHandle) const override { return input_.empty(); }
 
     // The data ends where the library says, or in a zero byte before.
-    std::int32_t OpenChild(TankHandle, ChildHandle, const char** data) override {
+    std::int32_t OpenChild(TankHandle, ChildHandle, const char*& data) override {
         const std::uint8_t choice = input_.byte();
         if (choice % 4 == 0) return number();
         data_ = input_.line();
-        *data = data_.c_str();
+        data = data_.c_str();
         ++openData_;
         if (choice % 4 == 1) return static_cast<std::int32_t>(data_.size());
         // Half a billion is real text to the core, and too much for a fuzzer.
@@ -85,20 +83,18 @@ class RandomLibrary final : public TankLibrary {
         return choice < 0xF0 ? choice % 12 : kOdd[choice % std::size(kOdd)];
     }
 
-    const char* text() {
+    std::string text() {
         const std::uint8_t choice = input_.byte();
-        if (choice == 0) return nullptr;
         const bool isLong = choice == 0xFF && longNames_++ < kMostLongNames;
-        text_ = isLong ? std::string(100'000, static_cast<char>(input_.byte() | 1))
-                       : std::string(input_.line());
-        return text_.c_str();
+        return isLong ? std::string(100'000, static_cast<char>(input_.byte() | 1))
+                      : std::string(input_.line());
     }
 
     Input& input_;
     int open_ = 0;
     int openData_ = 0;
     std::size_t longNames_ = 0;
-    std::string text_;
+    TankEntry entry_;
     std::string data_;
 };
 
@@ -115,7 +111,7 @@ void report(Input& input, test::RecordingHost& host) {
         require(text.find(L"IsDirectory: \t") != text.npos);
     }
     if (choice % 4 == 3) gblnTestTank(path);
-    require(!gProgram().progressShowing);
+    require(gProgram().progress == nullptr);
     require(text == L"before" || path == L"/a.dsres");
 }
 

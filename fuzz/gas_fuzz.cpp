@@ -167,7 +167,7 @@ void checkRendered(const Templates& templates, test::RecordingHost& host, std::s
     host.cancelAt = choice % (host.progressSteps + 1);
     const bool cancelled = host.cancelAt < host.progressSteps;
     host.progressSteps = 0;
-    require(rendered(templates).empty() == cancelled && !gProgram().progressShowing);
+    require(rendered(templates).empty() == cancelled && gProgram().progress == nullptr);
 }
 
 void checkLoaded(const std::wstring& text, const Templates& templates, test::RecordingHost& host) {

@@ -45,6 +45,7 @@ class Kestrel:
             self.folder = self.desk.path("app")
             os.mkdir(self.folder)
             self.program = shutil.copy(os.path.join(build, "src/ui/kestrel"), self.folder)
+            shutil.copy(os.path.join(build, "src/tankhost/kestrel-tank"), self.folder)
         self.errors = self.desk.path("errors")
         self.bus = Bus()
         self.process = None

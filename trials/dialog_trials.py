@@ -4,6 +4,7 @@ import difflib
 import os
 import re
 import shutil
+import time
 
 from app import needs
 from desk import wait
@@ -231,6 +232,18 @@ def try_an_archive_is_listed_searched_and_tested(k):
                                "support regular expressions or wildcards. Only the first find will "
                                "be returned.")
     k.close(box)
+    # A library that never answers, or ends, takes nothing along.
+    k.write(archive, "tank|harm=GetChildName|by=hang\n" + ARCHIVE.split("\n", 1)[1])
+    k.press("Test Tank", "Please wait...")
+    start = time.monotonic()
+    k.click("Cancel")
+    k.answer("Tank test failed!", "OK", "Warning")
+    assert time.monotonic() - start < 3, "ended at once"
+    k.write(archive, "tank|harm=GetChildName|by=crash\n" + ARCHIVE.split("\n", 1)[1])
+    k.click("Test Tank")
+    k.answer("Error (57): The archive library stopped working while listing a folder of *(signal 11)*",
+             "OK", "Warning")
+    k.answer("Tank test failed!", "OK", "Warning")
     k.fill("Selected Tank Filename", "/nowhere.dsres\n")
     k.answer(question, "Yes")
     k.answer("Tank list failed!", "OK", "Warning")

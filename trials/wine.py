@@ -65,6 +65,9 @@ class KestrelOnWindows(Kestrel):
         self.folder = self.desk.path("app")
         os.mkdir(self.folder)
         self.program = shutil.copy(os.path.join(build, "src/ui/kestrel.exe"), self.folder)
+        # The archive library, and its process, have 32 bits.
+        self.library_build = os.path.join(top, "build/windows-i686")
+        shutil.copy(os.path.join(self.library_build, "src/tankhost/kestrel-tank.exe"), self.folder)
         self.errors = self.desk.path("errors")
         self.process = self.expected_errors = None
         self.teller = subprocess.Popen(["wine", os.path.join(build, "trials/tell.exe")],
@@ -72,7 +75,9 @@ class KestrelOnWindows(Kestrel):
                                        stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
 
     def stub(self, name):
-        return super().stub(name) + ("" if name.endswith(".dll") else ".exe")
+        if name == self.tank:
+            return os.path.join(self.library_build, "tests/stubs", name)
+        return super().stub(name) + ".exe"
 
     def settings(self, **paths):
         super().settings(**{name: self.path_there(path) for name, path in paths.items()})

@@ -29,6 +29,8 @@ VIAddVersionKey "LegalCopyright" "MIT licence"
 !include FileFunc.nsh
 !include LogicLib.nsh
 !include MUI2.nsh
+!include WinVer.nsh
+!include x64.nsh
 
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"
@@ -57,6 +59,7 @@ VIAddVersionKey "LegalCopyright" "MIT licence"
     ClearErrors
     !insertmacro TryToWrite "${FOLDER}\kestrel.exe"
     !insertmacro TryToWrite "${FOLDER}\kestrel-cli.exe"
+    !insertmacro TryToWrite "${FOLDER}\kestrel-tank.exe"
     ; The question takes the flag down.
     ${IfNot} ${Errors}
       ${Break}
@@ -135,6 +138,12 @@ LangString DescAssociation ${LANG_ENGLISH} "A double click on a .gas file opens 
 !insertmacro MUI_FUNCTION_DESCRIPTION_END
 
 Function .onInit
+  ${IfNot} ${RunningX64}
+  ${OrIfNot} ${AtLeastWin10}
+    MessageBox MB_OK|MB_ICONSTOP "Kestrel needs Windows 10 or later, of 64 bits." /SD IDOK
+    SetErrorLevel 2
+    Quit
+  ${EndIf}
   ; Nothing is taken from another program, nor from a user who said no before,
   ; unless asked for.
   ReadRegStr $0 HKCU "${CLASSES}\.gas" ""
@@ -182,6 +191,7 @@ Section "un.Kestrel" UnProgram
   ; By name: the folder may hold files of the user, and the archive library.
   Delete "$INSTDIR\kestrel.exe"
   Delete "$INSTDIR\kestrel-cli.exe"
+  Delete "$INSTDIR\kestrel-tank.exe"
   Delete "$INSTDIR\README.txt"
   Delete "$INSTDIR\LICENSE.txt"
   Delete "$INSTDIR\manual.html"

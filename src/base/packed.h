@@ -68,6 +68,7 @@ class PackedStream {
     void add(std::string_view bytes) { bytes_.append(bytes); }
     // The next text; nothing as long as it is not whole.
     std::optional<std::string> next();
+    bool isEmpty() const noexcept { return bytes_.empty(); }
     // True from the first thing on that is no packed text.
     bool isWrong() const noexcept { return wrong_; }
 

@@ -90,8 +90,11 @@ std::wstring programFile(std::wstring_view name) {
 
 std::wstring sharedFile(std::wstring_view name) {
     const std::wstring beside = filesystem::executableFolder();
-    const std::wstring shared = joinPath(joinPath(folderOf(beside), L"share"), L"kestrel");
-    for (const std::wstring& path : {joinPath(beside, name), joinPath(shared, name)}) {
+    const auto installed = [&](std::wstring_view kind) {
+        return joinPath(joinPath(joinPath(folderOf(beside), kind), L"kestrel"), name);
+    };
+    for (const std::wstring& path :
+         {joinPath(beside, name), installed(L"share"), installed(L"libexec")}) {
         if (filesystem::isFile(path) || filesystem::isFolder(path)) return path;
     }
     return {};

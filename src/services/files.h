@@ -48,8 +48,8 @@ bool fileExists(std::wstring_view path);
 // `name` in the program's folder.
 std::wstring programFile(std::wstring_view name);
 
-// The file or folder `name` that came with the program: beside its executable, or where
-// an installed copy has it. Empty when it is nowhere.
+// The file, program or folder `name` that came with the program: beside its executable, or
+// where an installed copy has it. Empty when it is nowhere.
 std::wstring sharedFile(std::wstring_view name);
 
 // The folder for settings and histories: the executable's own when files can be

@@ -49,7 +49,7 @@ struct Program {
     std::wstring routine;  // current routine name, for the error report
     Settings settings;
     FoundFiles found;
-    bool progressShowing = false;                      // set while a progress dialog is up
+    Progress* progress = nullptr;                      // the dialog that is up; null without one
     const CodePage* codePage = &CodePage::ofSystem();  // of the program's own files
     const CodePage* sourcePage = codePage;             // of `.gas` files
     std::wstring folder;                               // where settings and histories are kept

@@ -22,13 +22,13 @@ void attempt(Step step) noexcept {
 
 ProgressScope::ProgressScope(Progress* given, Owner* owner,
                              std::optional<std::wstring_view> process)
-    : owner_(owner), wasShowing_(gProgram().progressShowing), dialog_(given) {
+    : owner_(owner), before_(gProgram().progress), dialog_(given) {
     ProgressMaker* maker = gProgram().host.progress;
     if (given != nullptr || maker == nullptr) return;
     own_ = maker->makeProgress();
     dialog_ = own_.get();
     if (dialog_ == nullptr) return;
-    gProgram().progressShowing = true;
+    gProgram().progress = dialog_;
     try {
         if (owner_ != nullptr) owner_->enable(false);
         if (process) dialog_->Process(*process);
@@ -46,7 +46,7 @@ ProgressScope::~ProgressScope() {
 
 void ProgressScope::release() noexcept {
     own_.reset();
-    gProgram().progressShowing = wasShowing_;
+    gProgram().progress = before_;
     if (owner_ == nullptr) return;
     attempt([this] { owner_->enable(true); });
     attempt([this] { owner_->focus(); });

@@ -35,7 +35,7 @@ class ProgressScope {
     void release() noexcept;
 
     Owner* owner_;
-    bool wasShowing_;
+    Progress* before_;
     std::unique_ptr<Progress> own_;
     Progress* dialog_;
 };

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -63,11 +64,17 @@ int reportedError(int pipe) {
     return count == static_cast<ssize_t>(sizeof error) ? error : 0;
 }
 
-void start(std::vector<std::string>& words) {
+// The words as the system takes them, which they must outlive.
+std::vector<char*> pointersTo(std::vector<std::string>& words) {
     std::vector<char*> pointers;
     pointers.reserve(words.size() + 1);
     for (std::string& word : words) pointers.push_back(word.data());
     pointers.push_back(nullptr);
+    return pointers;
+}
+
+void start(std::vector<std::string>& words) {
+    const std::vector<char*> pointers = pointersTo(words);
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         throwSystemError(errno, L"Cannot start", fromUtf8(words[0]));
@@ -94,6 +101,55 @@ bool isWhole(std::wstring_view path) {
     return path.starts_with(L'/');
 }
 
+// What the program gets in place of ours.
+class Files {
+  public:
+    explicit Files(const posix::Streams& streams) {
+        posix_spawn_file_actions_init(&actions_);
+        add(streams.input, STDIN_FILENO, O_RDONLY);
+        add(streams.output, STDOUT_FILENO, O_WRONLY);
+        add(streams.error, STDERR_FILENO, O_WRONLY);
+        posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
+    }
+    ~Files() { posix_spawn_file_actions_destroy(&actions_); }
+    Files(const Files&) = delete;
+    Files& operator=(const Files&) = delete;
+    const posix_spawn_file_actions_t* get() const noexcept { return &actions_; }
+
+  private:
+    void add(int file, int stream, int mode) {
+        if (file < 0) {
+            posix_spawn_file_actions_addopen(&actions_, stream, "/dev/null", mode, 0);
+        } else {
+            posix_spawn_file_actions_adddup2(&actions_, file, stream);
+        }
+    }
+
+    posix_spawn_file_actions_t actions_{};
+};
+
+class Attributes {
+  public:
+    Attributes() {
+        sigset_t none;
+        sigset_t all;
+        sigemptyset(&none);
+        sigfillset(&all);
+        posix_spawnattr_init(&attributes_);
+        posix_spawnattr_setsigmask(&attributes_, &none);
+        posix_spawnattr_setsigdefault(&attributes_, &all);
+        posix_spawnattr_setflags(
+            &attributes_, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    }
+    ~Attributes() { posix_spawnattr_destroy(&attributes_); }
+    Attributes(const Attributes&) = delete;
+    Attributes& operator=(const Attributes&) = delete;
+    const posix_spawnattr_t* get() const noexcept { return &attributes_; }
+
+  private:
+    posix_spawnattr_t attributes_{};
+};
+
 // Empty for a program that is nowhere.
 std::wstring foundProgram(std::wstring_view name) {
     if (name.find(L'/') != name.npos) return std::wstring(isWhole(name) ? name : L"");
@@ -112,6 +168,18 @@ std::wstring posix::programPath(std::wstring_view name) {
     std::wstring path = foundProgram(name);
     if (path.empty()) throwSystemError(ENOENT, L"Cannot start", name);
     return path;
+}
+
+pid_t posix::spawn(std::wstring_view program, std::vector<std::string> words,
+                   const Streams& streams) {
+    const std::vector<char*> pointers = pointersTo(words);
+    const Files files(streams);
+    const Attributes attributes;
+    pid_t process = 0;
+    const int error =
+        posix_spawn(&process, pointers[0], files.get(), attributes.get(), pointers.data(), environ);
+    if (error != 0) throwSystemError(error, L"Cannot start", program);
+    return process;
 }
 
 void settleProcess() {}

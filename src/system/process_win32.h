@@ -3,9 +3,30 @@
 #include <windows.h>
 
 #include <string>
+#include <utility>
 
 // Starting programs on Windows, for the *_win32.cpp sources alone.
 namespace kestrel::win32 {
+
+// A handle of the system's, closed at the end of its life.
+class Handle {
+  public:
+    Handle() = default;
+    explicit Handle(HANDLE handle) : handle_(handle) {}
+    Handle(Handle&& other) noexcept : handle_(std::exchange(other.handle_, INVALID_HANDLE_VALUE)) {}
+    Handle& operator=(Handle&& other) noexcept {
+        std::swap(handle_, other.handle_);
+        return *this;
+    }
+    ~Handle() {
+        if (isOpen()) CloseHandle(handle_);
+    }
+    bool isOpen() const noexcept { return handle_ != INVALID_HANDLE_VALUE; }
+    HANDLE get() const noexcept { return handle_; }
+
+  private:
+    HANDLE handle_ = INVALID_HANDLE_VALUE;
+};
 
 // Starts `program`, the path of its file or a bare name, with the command line
 // `line`. Bare names are looked for in the system's folders, the executable's own

@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <utility>
 
 #include "system/codepage_win32.h"
 #include "system/filesystem.h"
@@ -20,24 +19,7 @@ constexpr DWORD kAnyShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELE
     throwSystemError(static_cast<int>(code), kStart, path);
 }
 
-class Handle {
-  public:
-    Handle() = default;
-    explicit Handle(HANDLE handle) : handle_(handle) {}
-    Handle(Handle&& other) noexcept : handle_(std::exchange(other.handle_, INVALID_HANDLE_VALUE)) {}
-    Handle& operator=(Handle&& other) noexcept {
-        std::swap(handle_, other.handle_);
-        return *this;
-    }
-    ~Handle() {
-        if (isOpen()) CloseHandle(handle_);
-    }
-    bool isOpen() const noexcept { return handle_ != INVALID_HANDLE_VALUE; }
-    HANDLE get() const noexcept { return handle_; }
-
-  private:
-    HANDLE handle_ = INVALID_HANDLE_VALUE;
-};
+using win32::Handle;
 
 // A file that is there; `inherited` for one that the started program gets.
 Handle open(const std::wstring& name, DWORD access, DWORD flags, bool inherited) {

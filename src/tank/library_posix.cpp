@@ -1,23 +1,34 @@
 #include "tank/library.h"
 
-#include <dlfcn.h>
-
-#include "base/bytes.h"
 #include "base/error.h"
+#include "base/paths.h"
+#include "services/files.h"
 #include "services/pagetext.h"
+#include "system/process.h"
 
 namespace kestrel::dynamic {
 namespace {
 
-constexpr int kCannotLoad = 48;
+constexpr std::wstring_view kWindowsLibrary = L"tank.dll";
+constexpr std::wstring_view kWindowsHost = L"kestrel-tank.exe";
 
-// What the system says about the last failure, without the path before it.
-std::wstring lastReason(const std::wstring& path) {
-    const char* words = ::dlerror();
-    std::wstring reason = fromUtf8(words == nullptr ? "unknown reason" : words);
-    const std::wstring start = path + L": ";
-    if (reason.starts_with(start)) reason.erase(0, start.size());
-    return reason;
+// The library for Windows, through Wine.
+HostCommand throughWine(const std::wstring& library, const std::wstring& host) {
+    const std::wstring program = findInFolders(
+        {std::wstring(folderOf(host)), std::wstring(folderOf(library))}, kWindowsHost);
+    if (program.empty()) {
+        throw RunTimeError(kFileNotFound, L"Reading archives with '" + library + L"' takes '" +
+                                              std::wstring(kWindowsHost) +
+                                              L"' of Kestrel for Windows: put it beside that");
+    }
+    if (!isProgram(L"wine")) {
+        throw RunTimeError(kFileNotFound, L"Reading archives with '" + library +
+                                              L"' takes Wine, which is not installed");
+    }
+    return {host,
+            {L"--run", L"wine", program, L"--serve"},
+            library,
+            L"Archives are read with '" + library + L"' through Wine."};
 }
 
 }  // namespace
@@ -30,26 +41,17 @@ bool isFullPath(std::wstring_view path) noexcept {
     return path.starts_with(L'/');
 }
 
-std::string libraryText(std::wstring_view path) {
-    return toUtf8(path);
-}
-
 std::wstring nameText(std::string_view name) {
     return widen(name);
 }
 
-Library::Library(const std::wstring& path)
-    : handle_(::dlopen(toUtf8(path).c_str(), RTLD_NOW | RTLD_LOCAL)) {
-    if (handle_ != nullptr) return;
-    throw RunTimeError(kCannotLoad, L"Cannot load '" + path + L"': " + lastReason(path));
-}
-
-Library::~Library() {
-    ::dlclose(handle_);
-}
-
-void* Library::find(const std::string& name) const noexcept {
-    return ::dlsym(handle_, name.c_str());
+HostCommand hostCommand(const std::vector<std::wstring>& folders, const std::wstring& host) {
+    if (const std::wstring own = findInFolders(folders, tankFileName()); !own.empty()) {
+        return {host, {L"--serve"}, own, {}};
+    }
+    const std::wstring library = findInFolders(folders, kWindowsLibrary);
+    if (library.empty()) throwNoLibrary(folders);
+    return throughWine(library, host);
 }
 
 }  // namespace kestrel::dynamic

@@ -1,6 +1,5 @@
 #include "tank/reports.h"
 
-#include <algorithm>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -53,6 +52,12 @@ Entry fetchEntry(TankHandle tank, ChildHandle directory, std::int32_t index) {
     return entry;
 }
 
+// True once nothing more is told of the archive.
+bool isLost(TankHandle tank) {
+    const TankLibrary* library = gProgram().host.tank;
+    return library != nullptr && library->isLost(tank);
+}
+
 // A walk over all that stands below a directory, a directory before what it
 // holds. It needs no stack of calls: archives may nest deeper than that goes.
 class Walk {
@@ -72,6 +77,7 @@ class Walk {
             }
             if (--left_ < 0) refuse();
             Entry entry = fetchEntry(tank_, level.directory, level.index);
+            if (isLost(tank_)) return false;
             if (visit(std::as_const(entry))) return true;
             levels_.back().name = std::move(entry.name);
             if (!entry.isDirectory || !descend(entry.handle)) finishEntry();
@@ -121,6 +127,8 @@ class Walk {
             const std::size_t steps = static_cast<std::size_t>(level.count) + 1;
             progress_->ShowProgress(percentage(static_cast<std::size_t>(level.index), steps),
                                     message_);
+            // The percentage of a folder with many entries stays the same for long.
+            progress_->breathe();
         }
         const bool cancelled = progress_ != nullptr && progress_->DidCancel();
         level.index = cancelled ? level.count : level.index + 1;
@@ -283,14 +291,11 @@ bool gblnTestTank(std::wstring_view path) {
         const OpenArchive archive(path);
         const ChildHandle root = archive.root();
         if (root == 0) return false;
-        const std::int32_t count =
-            std::min(glngGetChildCount(archive.handle(), root), kMostEntries);
-        // Kept: it is the first entry that is read each time.
-        for (std::int32_t i = 0; i < count; ++i) {
-            const Entry entry = fetchEntry(archive.handle(), root, 0);
-            gstrGetChildPath(archive.handle(), entry.handle);
-        }
-        return count > 0;
+        if (glngGetChildCount(archive.handle(), root) <= 0) return false;
+        // Kept: only the first entry is read. Once is enough for a library that answers.
+        const Entry entry = fetchEntry(archive.handle(), root, 0);
+        gstrGetChildPath(archive.handle(), entry.handle);
+        return !isLost(archive.handle());
     });
 }
 

@@ -13,9 +13,6 @@
 namespace kestrel {
 namespace {
 
-// More than a report of it could show: a count beyond it is no count.
-constexpr std::size_t kMostData = std::size_t{1} << 27;
-
 // Runs `call` with the library under the guard of `routine`; nothing is called
 // without a handle or a library.
 template <class Handle, class Call>
@@ -26,8 +23,7 @@ auto withLibrary(Handle handle, std::wstring_view routine, Call call) {
     return guarded(routine, [&] { return call(*library); });
 }
 
-std::wstring textOf(const char* bytes) {
-    if (bytes == nullptr) return {};
+std::wstring textOf(std::string_view bytes) {
     std::wstring text = dynamic::nameText(bytes);
     return trim(text).empty() ? std::wstring() : text;
 }
@@ -35,7 +31,7 @@ std::wstring textOf(const char* bytes) {
 std::wstring dataText(const char* data, std::int32_t count) {
     if (count <= 0) return {};
     const auto size = static_cast<std::size_t>(count);
-    if (size > kMostData) throw RunTimeError(kOutOfMemory, L"Out of memory");
+    if (count > kMostData) throw RunTimeError(kOutOfMemory, L"Out of memory");
     const void* zero = std::memchr(data, 0, size);
     if (zero == nullptr) return widen({data, size});
     const std::string_view bytes(data, static_cast<const char*>(zero));
@@ -65,9 +61,8 @@ class OpenedData {
 TankHandle gOpenTank(std::wstring_view path) {
     // A NUL would cut the name: another file would be opened.
     if (path.find(L'\0') != path.npos) return 0;
-    return withLibrary(!path.empty(), L"gOpenTank", [&](TankLibrary& library) {
-        return library.OpenTank(dynamic::libraryText(path).c_str());
-    });
+    return withLibrary(!path.empty(), L"gOpenTank",
+                       [&](TankLibrary& library) { return library.OpenTank(path); });
 }
 
 std::int32_t glngCloseTank(TankHandle& tank) {
@@ -86,56 +81,59 @@ std::int32_t glngGetChild(TankHandle tank, ChildHandle directory, std::int32_t i
                           ChildHandle& child) {
     child = 0;
     return withLibrary(tank, L"glngGetChild", [&](TankLibrary& library) {
-        return library.GetChild(tank, directory, index, &child);
+        const TankEntry& entry = library.GetChild(tank, directory, index);
+        child = entry.handle;
+        return entry.status;
     });
 }
 
 std::wstring gstrGetChildName(TankHandle tank, ChildHandle child) {
     return withLibrary(tank, L"gstrGetChildName", [&](TankLibrary& library) {
-        return textOf(library.GetChildName(tank, child));
+        return textOf(library.entry(tank, child).name);
     });
 }
 
 std::wstring gstrGetChildPath(TankHandle tank, ChildHandle child) {
     return withLibrary(tank, L"gstrGetChildPath", [&](TankLibrary& library) {
-        return textOf(library.GetChildPath(tank, child));
+        return textOf(library.entry(tank, child).path);
     });
 }
 
 bool gblnIsDirectory(TankHandle tank, ChildHandle child) {
-    return withLibrary(tank, L"gblnIsDirectory",
-                       [&](TankLibrary& library) { return library.IsDirectory(tank, child) != 0; });
+    return withLibrary(tank, L"gblnIsDirectory", [&](TankLibrary& library) {
+        return library.entry(tank, child).isDirectory != 0;
+    });
 }
 
 std::int32_t glngGetChildSize(TankHandle tank, ChildHandle child) {
     return withLibrary(tank, L"glngGetChildSize",
-                       [&](TankLibrary& library) { return library.GetChildSize(tank, child); });
+                       [&](TankLibrary& library) { return library.entry(tank, child).size; });
 }
 
 std::int32_t glngGetChildCompSize(TankHandle tank, ChildHandle child) {
     return withLibrary(tank, L"glngGetChildCompSize",
-                       [&](TankLibrary& library) { return library.GetChildCompSize(tank, child); });
+                       [&](TankLibrary& library) { return library.entry(tank, child).compSize; });
 }
 
 std::int32_t glngGetChildCRC(TankHandle tank, ChildHandle child) {
     return withLibrary(tank, L"glngGetChildCRC",
-                       [&](TankLibrary& library) { return library.GetChildCRC(tank, child); });
+                       [&](TankLibrary& library) { return library.entry(tank, child).crc; });
 }
 
 std::int16_t gintGetChildFlags(TankHandle tank, ChildHandle child) {
     return withLibrary(tank, L"gintGetChildFlags",
-                       [&](TankLibrary& library) { return library.GetChildFlags(tank, child); });
+                       [&](TankLibrary& library) { return library.entry(tank, child).flags; });
 }
 
 std::int16_t gintGetChildFormat(TankHandle tank, ChildHandle child) {
     return withLibrary(tank, L"gintGetChildFormat",
-                       [&](TankLibrary& library) { return library.GetChildFormat(tank, child); });
+                       [&](TankLibrary& library) { return library.entry(tank, child).format; });
 }
 
 std::int32_t glngOpenChild(TankHandle tank, ChildHandle child, const char*& data) {
     data = nullptr;
     return withLibrary(tank, L"glngOpenChild",
-                       [&](TankLibrary& library) { return library.OpenChild(tank, child, &data); });
+                       [&](TankLibrary& library) { return library.OpenChild(tank, child, data); });
 }
 
 std::int32_t glngCloseChild(const char* data) {

@@ -65,10 +65,10 @@ TEST_F(Hosts, ProgressEndsWhenItsOwnerFailsAndAnInnerOneLeavesTheOuters) {
     EXPECT_THROW(ProgressScope(nullptr, &owner, L"Work"), int);
     EXPECT_EQ(owner.focused, 1);
     EXPECT_EQ(host.liveDialogs, 0U);
-    EXPECT_FALSE(gProgram().progressShowing);
+    EXPECT_EQ(gProgram().progress, nullptr);
     const ProgressScope outer(nullptr, nullptr, L"Outer");
     ProgressScope(nullptr, nullptr, L"Inner");
-    EXPECT_TRUE(gProgram().progressShowing);
+    EXPECT_NE(gProgram().progress, nullptr);
     gProgram().host = {};
     ProgressScope scope(nullptr, nullptr, L"Work");
     scope.process(L"More");

@@ -7,6 +7,8 @@
 namespace kestrel::test {
 namespace {
 
+using namespace std::string_literals;
+
 class WindowsLauncher : public Launching {
   protected:
     // A copy of the tool that tells its command line.
@@ -44,14 +46,13 @@ class WindowsLibrary : public Archives {
         fs::current_path(files.native(L"current"));
     }
 
-    const fs::path helper = stubs / "tank" / "helper.dll";
+    const fs::path helper = stubs / "helper.dll";
 };
 
 TEST_F(WindowsLibrary, OperationsMayBearDecoratedNames) {
     place(L"own", "_decorated");
     use({files.path(L"own")});
-    const HMODULE file = ::LoadLibraryW(files.path(L"own\\tank.dll").c_str());
-    EXPECT_EQ(sizeof(void*) == 4, ::GetProcAddress(file, "OpenTank") == nullptr);
+    ASSERT_NE(files.bytes(L"own\\tank.dll").find("\0OpenTank@4\0"s), std::string::npos);
     EXPECT_TRUE(opens());
     EXPECT_EQ(errors(), Lines{});
 }
@@ -67,7 +68,7 @@ TEST_F(WindowsLibrary, WhatItNeedsComesFromItsOwnFolder) {
 }
 
 TEST_F(WindowsLibrary, ASettledProcessTakesNoneFromTheCurrentFolder) {
-    fs::copy_file(helper, L"planted.dll");
+    fs::copy_file(KESTREL_STUBS "tank/helper.dll", L"planted.dll");
     const HMODULE planted = ::LoadLibraryW(L"planted.dll");
     ASSERT_NE(planted, nullptr) << "it is not there to be found";
     ::FreeLibrary(planted);

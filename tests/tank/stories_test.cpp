@@ -49,7 +49,6 @@ class Stories : public Archives {
         if (verb == "unplug") gProgram().host.tank = nullptr;
         if (verb == "watch") host.logsProgressSteps = true;
         files.put(name_, narrow(fromUtf8(archive_)));
-        if (verb == "calls") return "\n" + calls();
         if (verb == "data") return "\n" + data();
         if (verb == "facts")
             return "\n" + facts(object.empty() ? gOpenTank(path_) : std::stoi(object));
@@ -154,12 +153,6 @@ class Stories : public Archives {
         return told;
     }
 
-    std::string calls() const {
-        const std::string calls = files.bytes(L"a.dsres.log");
-        files.put(L"a.dsres.log", "");
-        return calls;
-    }
-
     static std::string lines(const Lines& words) {
         std::string text;
         for (const std::string& word : words) text.append(word).append("\n");
@@ -167,7 +160,7 @@ class Stories : public Archives {
     }
 
     const std::wstring usual_ =
-        filesystem::absolutePath(fromUtf8(KESTREL_STUBS "tank/kestrel_stub_tank"));
+        filesystem::absolutePath(fromUtf8(KESTREL_TANK_STUBS "kestrel_stub_tank"));
     std::string archive_;
     std::wstring name_;
     std::wstring path_;

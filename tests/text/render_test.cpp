@@ -87,7 +87,7 @@ TEST(Render, TheDialogTellsTheLastRowWrittenAndCancels) {
                       "disable", "Process: Processing: Template0", "SubProcess: ", "show: owner",
                       "ShowProgress: 0 | Property: name", "ShowProgress: 33 | Property: name",
                       "ShowProgress: 67 | Property: name", "unload", "enable", "focus"}));
-        EXPECT_FALSE(gProgram().progressShowing);
+        EXPECT_EQ(gProgram().progress, nullptr);
         host.progressSteps = 0;
         EXPECT_EQ(gstrMakeFileText(L"a.gas", {kCrate}, &host, 0, nullptr).empty(), cancelAt == 2);
     }

@@ -199,7 +199,7 @@ bool PathDialog::listIsOpen() const {
 }
 
 void PathDialog::closing(wxCloseEvent& event) {
-    if (gProgram().progressShowing && event.CanVeto()) {
+    if (gProgram().progress != nullptr && event.CanVeto()) {
         event.Veto();
         return;
     }

@@ -120,7 +120,7 @@ void frmMain::bindWindow() {
             });
         }
         frmProgress* progress = frmProgress::current();
-        if (progress != nullptr && gProgram().progressShowing) progress->Raise();
+        if (progress != nullptr && gProgram().progress != nullptr) progress->Raise();
     });
     listen(*this, wxEVT_CHILD_FOCUS, [this](const wxChildFocusEvent& event) {
         // The toolkit takes the keyboard from a window that goes.
@@ -170,7 +170,7 @@ std::wstring frmMain::startOfPickers() const {
 }
 
 bool frmMain::busy() const {
-    return closing_.begun() || gProgram().progressShowing;
+    return closing_.begun() || gProgram().progress != nullptr;
 }
 
 // A dialog in front could not come back with a window that hides. The two go and come

@@ -2,8 +2,8 @@
 // strict about its caller, to the point of ending the process, and lies in its
 // answers as the file tells it to.
 //
-// The file's first line is "tank", then flags: "|log" writes each call into a file
-// beside it, "|noroot", and fields of the root. Each further line is an entry of the root: "dir" or
+// The file's first line is "tank", then flags: "|noroot", "|harm=CALL|by=KIND", which does
+// harm() at that call, and fields of the root. Each further line is an entry of the root: "dir" or
 // "file" behind one dot for each directory around it, then fields:
 //
 //     .file|name=a.gas|path=\art|size=10|comp=8|crc=-5|flags=0|format=1|data=ab\0c
@@ -15,6 +15,8 @@
 // directories of that name in each other.
 
 #include <algorithm>
+#include <chrono>
+#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
@@ -24,6 +26,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -39,6 +42,18 @@ constexpr std::int32_t kFirstChild = 4096;
 [[noreturn]] void die(std::string_view call, const char* fault) {
     std::cerr << "the stand-in archive library: " << call << ": " << fault << std::endl;
     std::abort();
+}
+
+char* volatile taken = nullptr;
+
+// What a library may do to the process that it runs in.
+void harm(std::string_view kind) {
+    if (kind == "crash") std::raise(SIGSEGV);
+    if (kind == "abort") std::abort();
+    if (kind == "exit") std::_Exit(3);
+    if (kind == "write") std::cout << "1:2" << std::endl;
+    while (kind == "hang") std::this_thread::sleep_for(std::chrono::seconds(1));
+    while (kind == "memory") taken = new char[1 << 20];
 }
 
 struct Entry {
@@ -74,7 +89,7 @@ Bytes copyOf(std::string_view text) {
 
 class Archive {
   public:
-    explicit Archive(const std::string& path) : log_(path + ".log") {
+    explicit Archive(const std::string& path) {
         std::ifstream file(path, std::ios::binary);
         std::string line;
         std::getline(file, line);
@@ -85,8 +100,9 @@ class Archive {
 
     bool is(const char* flag) const { return entries_[0].text(flag) != nullptr; }
 
-    void log(std::string_view call) const {
-        if (is("log")) std::ofstream(log_, std::ios::app | std::ios::binary) << call << "\n";
+    void hurt(std::string_view call) const {
+        const std::string* harmed = entries_[0].text("harm");
+        if (harmed != nullptr && *harmed == call) harm(*entries_[0].text("by"));
     }
 
     // An empty one for a 0: what a caller has after an index with no entry.
@@ -126,17 +142,11 @@ class Archive {
         if (out <= depth + 1) childrenOf(child).push_back(levels[depth + 1 - out]);
     }
 
-    std::string log_;
     std::vector<Entry> entries_;
 };
 
-// All that is open. What is left open when the library is unloaded is a fault.
+// All that is open.
 struct State {
-    ~State() {
-        if (!archives.empty()) die("unload", "an archive was not closed");
-        if (!opened.empty()) die("unload", "data was not closed");
-    }
-
     std::map<std::int32_t, Archive> archives;
     std::map<const char*, Bytes> opened;
     Bytes text;  // the last text handed out: the next one takes its place
@@ -146,7 +156,7 @@ struct State {
 const Archive& archiveOf(std::int32_t tank, std::string_view call) {
     const auto at = state.archives.find(tank);
     if (at == state.archives.end()) die(call, "the archive is not open");
-    at->second.log(call);
+    at->second.hurt(call);
     return at->second;
 }
 
@@ -167,13 +177,14 @@ extern "C" {
 std::int32_t KESTREL_TANK_CALL OpenTank(const char* path) {
     Archive archive(path);
     if (!archive.is("tank")) return 0;
-    archive.log("OpenTank");
+    archive.hurt("OpenTank");
     state.archives.emplace(state.next, std::move(archive));
     return state.next++;
 }
 
 std::int32_t KESTREL_TANK_CALL CloseTank(std::int32_t tank) {
     archiveOf(tank, "CloseTank");
+    if (!state.opened.empty()) die("CloseTank", "data was not closed");
     state.archives.erase(tank);
     return 7;
 }
@@ -189,7 +200,7 @@ std::int32_t KESTREL_TANK_CALL GetChildCount(std::int32_t tank, std::int32_t dir
 
 std::int32_t KESTREL_TANK_CALL GetChild(std::int32_t tank, std::int32_t directory,
                                         std::int32_t index, std::int32_t* child) {
-    const Archive& archive = archiveOf(tank, "GetChild " + std::to_string(index));
+    const Archive& archive = archiveOf(tank, "GetChild");
     const Handles& children = archive.find(directory, "GetChild").children;
     if (index < 0) die("GetChild", "a negative index");
     const auto at = static_cast<std::size_t>(index);
