@@ -96,11 +96,12 @@ void listArchive(benchmark::State& state, const fs::path& folder) {
 
 void readBuilder(benchmark::State& state, const fs::path& folder) {
     const std::wstring program = L"" KESTREL_STUB_BUILDER;
-    const std::wstring words = L" -title flood -out " + (folder / "out.dsres").wstring();
+    const std::vector<std::wstring> words{L"-title", L"flood", L"-out",
+                                          (folder / "out.dsres").wstring()};
     std::size_t characters = 0;
     for (auto _ : state) {
         const std::unique_ptr<Launcher> launcher = makeLauncher();
-        if (launcher->start(program + words, program) != Launcher::kStarted) std::abort();
+        if (launcher->start(program, program, words) != Launcher::kStarted) std::abort();
         for (ProgramOutput output; !output.ended; characters += output.text.size()) {
             output = launcher->poll();
             if (output.text.empty()) std::this_thread::sleep_for(std::chrono::milliseconds(1));

@@ -81,27 +81,23 @@ void checkText(Input input) {
     checkShown(text);
 }
 
-// The builder gets each value as it was typed, unless that looks like more than a value.
+// The builder gets each value as it was typed.
 void checkBuilder(Input input) {
     BuildRequest request;
     request.priority = static_cast<std::int16_t>(input.byte() * 257 - 32768);
     request.devFlag = kFlagDev;
     Words typed;
-    bool plain = true;
     for (std::wstring* text : {&request.source, &request.target, &request.author,
                                &request.copyright, &request.build, &request.title}) {
         const std::wstring& one = typed.emplace_back(input.text());
-        const bool isPath = typed.size() <= 2;
-        *text = isPath ? one : kestrel::quoted(one);
-        plain = plain && one.find(L'"') == one.npos &&
-                (!isPath || (!one.empty() && trim(one) == one && one.front() != L'-' &&
-                             one.find(L" -") == one.npos));
+        *text = typed.size() <= 2 ? one : kestrel::quoted(one);
     }
-    const Words words = optionWords(zeltorCommandLine(request, L"").substr(1));
-    if (!plain) return;
+    const Words words = zeltorWords(request);
     require(words.size() == 15 && words[10] == kFlagDev);
     require(words[12] == std::to_wstring(request.priority) && words[14] == trim(typed[5]));
-    for (std::size_t i = 0; i < 5; ++i) require(words[2 * i + 1] == trim(typed[i]));
+    for (std::size_t i = 0; i < 5; ++i) {
+        require(words[2 * i + 1] == (i < 2 ? typed[i] : std::wstring(trim(typed[i]))));
+    }
 }
 
 // A builder's output in pieces of `step` bytes.

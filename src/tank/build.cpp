@@ -66,6 +66,30 @@ std::wstring joinOptions(std::vector<std::wstring> options) {
     return joined;
 }
 
+std::vector<std::wstring> zeltorWords(const BuildRequest& request) {
+    // The quotes around a text are the command line's.
+    const auto plain = [](const std::wstring& text) {
+        const bool isQuoted = text.size() > 1 && text.front() == L'"' && text.back() == L'"';
+        return isQuoted ? text.substr(1, text.size() - 2) : text;
+    };
+    std::vector<std::wstring> words{L"-source", request.source, L"-out", request.target};
+    const auto add = [&](std::wstring_view option, const std::wstring& value) {
+        words.emplace_back(option);
+        words.push_back(value);
+    };
+    add(L"-author", plain(request.author));
+    add(L"-copyright", plain(request.copyright));
+    add(L"-build", plain(request.build));
+    for (const std::wstring* flag :
+         {&request.devFlag, &request.multiPlayerFlag, &request.protectedFlag}) {
+        if (!flag->empty()) words.push_back(*flag);
+    }
+    add(L"-priority", std::to_wstring(request.priority));
+    add(L"-title", plain(request.title));
+    if (!request.extra.empty()) words.push_back(request.extra);
+    return words;
+}
+
 std::wstring zeltorCommandLine(const BuildRequest& request, std::wstring_view builder) {
     const std::wstring options = joinOptions({
         L"-author " + request.author,
@@ -88,7 +112,8 @@ void gExecZeltor(BuildRequest& request, Launcher& launcher) {
         const std::wstring& builder = gProgram().settings.zeltor;
         Launcher::Result result{};
         do {
-            result = launcher.start(zeltorCommandLine(request, builder), builder);
+            result =
+                launcher.start(zeltorCommandLine(request, builder), builder, zeltorWords(request));
         } while (result == Launcher::kRefused && replaceZeltor(launcher.errorText()));
         if (result == Launcher::kStillRunning) {
             throw RunTimeError(kLaunchError, L"App is already running!");

@@ -49,6 +49,10 @@ std::int16_t priorityOf(std::wstring_view text);
 // dropped.
 std::wstring joinOptions(std::vector<std::wstring> options);
 
+// The request's options, each with its value, in their order; the ones of flags that are
+// off are left out.
+std::vector<std::wstring> zeltorWords(const BuildRequest& request);
+
 // The whole command line, not quoted but for the four texts.
 std::wstring zeltorCommandLine(const BuildRequest& request, std::wstring_view builder);
 

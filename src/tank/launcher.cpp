@@ -63,12 +63,14 @@ std::wstring decoded(std::string_view bytes) {
 
 class ProcessLauncher final : public Launcher {
   public:
-    Result start(std::wstring_view commandLine, std::wstring_view configured) override {
+    Result start(std::wstring_view commandLine, std::wstring_view configured,
+                 const std::vector<std::wstring>& words) override {
         if (child_ && !child_->exitCode()) return kStillRunning;
         child_.reset();
         decoder_ = {};
         try {
-            child_ = startChild(splitCommandLine(commandLine, configured), commandLine);
+            child_ =
+                startChild(splitCommandLine(commandLine, configured).program, commandLine, words);
         } catch (const RunTimeError& error) {
             errorText_ = error.description();
             return kRefused;
@@ -99,27 +101,6 @@ class ProcessLauncher final : public Launcher {
     std::wstring errorText_;
     int exitCode_ = 0;
 };
-
-// Where the value at the start of `text` ends: at the next option.
-std::size_t valueEnd(std::wstring_view text) noexcept {
-    return std::min(text.find(L" -"), text.size());
-}
-
-// Takes a quoted text, or a word with quoted parts, off `rest`.
-std::wstring takeWord(std::wstring_view& rest) {
-    std::wstring word;
-    bool inQuotes = false;
-    std::size_t end = 0;
-    for (; end < rest.size() && (inQuotes || rest[end] != L' '); ++end) {
-        if (rest[end] == L'"') {
-            inQuotes = !inQuotes;
-        } else {
-            word += rest[end];
-        }
-    }
-    rest.remove_prefix(end);
-    return word;
-}
 
 }  // namespace
 
@@ -168,20 +149,6 @@ std::wstring LogLines::add(std::wstring_view text) {
         lines += c;
     }
     return lines;
-}
-
-std::vector<std::wstring> optionWords(std::wstring_view arguments) {
-    std::vector<std::wstring> words;
-    for (std::wstring_view rest = trim(arguments); !rest.empty(); rest = trim(rest)) {
-        if (rest.front() == L'-' || rest.front() == L'"') {
-            words.push_back(takeWord(rest));
-        } else {
-            const std::size_t end = valueEnd(rest);
-            words.emplace_back(trim(rest.substr(0, end)));
-            rest.remove_prefix(end);
-        }
-    }
-    return words;
 }
 
 }  // namespace kestrel

@@ -29,9 +29,11 @@ class Launcher {
 
     virtual ~Launcher() = default;
     // Starts the program that `commandLine` (not quoted) names; `configured` is its
-    // path as the user chose it. kStillRunning: the one that was started before has
+    // path as the user chose it. Systems whose programs get words give it `words`, the others
+    // the line as it stands. kStillRunning: the one that was started before has
     // not ended. kRefused: the system would not start it, see errorText().
-    virtual Result start(std::wstring_view commandLine, std::wstring_view configured) = 0;
+    virtual Result start(std::wstring_view commandLine, std::wstring_view configured,
+                         const std::vector<std::wstring>& words) = 0;
     // Why the last start was refused.
     virtual std::wstring errorText() const = 0;
     // The next piece of what the program wrote to either stream; never waits. Empty
@@ -67,11 +69,6 @@ class LogLines {
     std::size_t length_ = 0;  // of the line that has not ended
 };
 
-// `arguments` as single words, for systems whose programs get words: options and
-// quoted texts as they are, without the quotes; any other value reaches to the
-// next option, since paths with blanks are not quoted.
-std::vector<std::wstring> optionWords(std::wstring_view arguments);
-
 // A program that was started with a file for its output. The system's sources
 // implement it.
 class Child {
@@ -87,8 +84,9 @@ class Child {
 // program's own.
 std::wstring consoleText(std::string_view bytes);
 
-// Starts `parts`, whose whole command line is `commandLine`. Throws RunTimeError
-// with the system's reason.
-std::unique_ptr<Child> startChild(const CommandParts& parts, std::wstring_view commandLine);
+// Starts `program` with the whole `commandLine` or with `words`, as the system has it.
+// Throws RunTimeError with the system's reason.
+std::unique_ptr<Child> startChild(const std::wstring& program, std::wstring_view commandLine,
+                                  const std::vector<std::wstring>& words);
 
 }  // namespace kestrel

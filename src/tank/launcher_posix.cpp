@@ -20,19 +20,18 @@ constexpr int kSignalled = 128;  // and the signal, as shells tell it
 
 class PosixChild final : public Child {
   public:
-    explicit PosixChild(const CommandParts& parts) : name_(filesystem::makeTemporary(L"kst")) {
+    PosixChild(const std::wstring& program, const std::vector<std::wstring>& words)
+        : name_(filesystem::makeTemporary(L"kst")) {
         try {
             const std::string name = posix::nameOf(name_);
             const posix::File::Failure failure{kStart, name_};
             // Two openings: what the program writes does not move where we read.
             output_.emplace(name, O_RDWR | O_CLOEXEC, mode_t{0}, failure);
             const posix::File input(name, O_WRONLY | O_APPEND | O_CLOEXEC, 0, failure);
-            std::vector<std::string> words{posix::nameOf(posix::programPath(parts.program))};
-            for (const std::wstring& word : optionWords(parts.arguments)) {
-                words.push_back(toUtf8(word));
-            }
-            process_ = posix::spawn(parts.program, std::move(words),
-                                    {-1, input.descriptor(), input.descriptor()});
+            std::vector<std::string> all{posix::nameOf(posix::programPath(program))};
+            for (const std::wstring& word : words) all.push_back(toUtf8(word));
+            process_ =
+                posix::spawn(program, std::move(all), {-1, input.descriptor(), input.descriptor()});
         } catch (...) {
             removeName();
             throw;
@@ -89,8 +88,9 @@ std::wstring consoleText(std::string_view bytes) {
     return widen(bytes);
 }
 
-std::unique_ptr<Child> startChild(const CommandParts& parts, std::wstring_view) {
-    return std::make_unique<PosixChild>(parts);
+std::unique_ptr<Child> startChild(const std::wstring& program, std::wstring_view /*commandLine*/,
+                                  const std::vector<std::wstring>& words) {
+    return std::make_unique<PosixChild>(program, words);
 }
 
 }  // namespace kestrel

@@ -34,7 +34,7 @@ Handle open(const std::wstring& name, DWORD access, DWORD flags, bool inherited)
 
 class WindowsChild final : public Child {
   public:
-    WindowsChild(const CommandParts& parts, std::wstring_view commandLine) {
+    WindowsChild(const std::wstring& program, std::wstring_view commandLine) {
         const std::wstring name = filesystem::makeTemporary(L"kst");
         // The file goes with the last one who has it open.
         output_ = open(name, GENERIC_READ | DELETE,
@@ -47,8 +47,8 @@ class WindowsChild final : public Child {
         startup.hStdInput = input.get();
         startup.hStdOutput = output.get();
         startup.hStdError = output.get();
-        process_ = Handle(win32::createProcess(parts.program, std::wstring(commandLine), startup,
-                                               true, CREATE_NO_WINDOW));
+        process_ = Handle(win32::createProcess(program, std::wstring(commandLine), startup, true,
+                                               CREATE_NO_WINDOW));
     }
 
     std::optional<int> exitCode() override {
@@ -84,8 +84,9 @@ std::wstring consoleText(std::string_view bytes) {
     return textInPage(::GetOEMCP(), bytes);
 }
 
-std::unique_ptr<Child> startChild(const CommandParts& parts, std::wstring_view commandLine) {
-    return std::make_unique<WindowsChild>(parts, commandLine);
+std::unique_ptr<Child> startChild(const std::wstring& program, std::wstring_view commandLine,
+                                  const std::vector<std::wstring>& /*words*/) {
+    return std::make_unique<WindowsChild>(program, commandLine);
 }
 
 }  // namespace kestrel

@@ -1,5 +1,7 @@
 #include "tank/build.h"
 
+#include "base/paths.h"
+
 #include "support/recordinghost.h"
 #include "tank/launching.h"
 
@@ -21,6 +23,11 @@ TEST(BuildCommand, HasEveryItemInItsPlace) {
     EXPECT_EQ(shown(zeltorCommandLine(request, L"z")),
               R"(z -source a b -out c d.dsres -author "Me" -copyright "" -build "1" -flagdev)"
               R"( -flagmpxfer -flagprotected -priority -7 -title "a "b" -" -more)");
+    EXPECT_EQ(zeltorWords(request),
+              (std::vector<std::wstring>{L"-source", L"a b", L"-out", L"c d.dsres", L"-author",
+                                         L"Me", L"-copyright", L"", L"-build", L"1", L"-flagdev",
+                                         L"-flagmpxfer", L"-flagprotected", L"-priority", L"-7",
+                                         L"-title", L"a \"b\" -", L"-more"}));
     EXPECT_EQ(shown(zeltorCommandLine({}, L"")),
               " -source  -out  -author  -copyright  -build  -priority 0 -title ");
 }
@@ -30,17 +37,20 @@ using Build = Launching;
 TEST_F(Build, StartsTheConfiguredBuilderOrAnother) {
     RecordingHost host;
     BuildRequest request;
-    request.source = L"S";
+    // Blanks would cut it in a line.
+    request.source = kWindowsPaths ? L"S" : L"My Mod - Copy -x";
     request.target = target;
     request.title = L"words";
+    request.author = request.copyright = request.build = quoted(L"");
     request.extra = L"-left";
     fs::copy_file(builder, folder.native(L"my builder.exe"));
     gProgram().settings.zeltor = folder.path(L"my builder.exe");
     gExecZeltor(request, *launcher);
     // Windows hands over the line as it stands: to the program, its own name ends at the blank.
     const std::string name = sizeof(wchar_t) == 2 ? R"(<builder.exe>\n)" : "";
-    EXPECT_EQ(written(), name + R"(<-source>\n<S>\n<-out>\n<)" + shown(target) +
-                             R"(>\n<-author>\n<-copyright>\n<-build>\n)"
+    EXPECT_EQ(written(), name + R"(<-source>\n<)" + shown(request.source) + R"(>\n<-out>\n<)" +
+                             shown(target) +
+                             R"(>\n<-author>\n<>\n<-copyright>\n<>\n<-build>\n<>\n)"
                              R"(<-priority>\n<0>\n<-title>\n<words>\n)");
     EXPECT_EQ(last.exitCode, 7);
     EXPECT_EQ(request.extra, L"");

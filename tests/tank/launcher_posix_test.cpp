@@ -12,14 +12,14 @@ namespace {
 class PosixLauncher : public Launching {
   protected:
     // All that `program` writes.
-    std::string run(const std::wstring& program, const std::wstring& options) {
-        EXPECT_EQ(launcher->start(program + options, program), Launcher::kStarted);
+    std::string run(const std::wstring& program, const std::vector<std::wstring>& words) {
+        EXPECT_EQ(launcher->start(program, program, words), Launcher::kStarted);
         return written();
     }
 };
 
 TEST_F(PosixLauncher, TellsHowAProgramEnded) {
-    EXPECT_EQ(run(L"/bin/sh", L" -c \"echo about to crash; kill -s ABRT $$\""),
+    EXPECT_EQ(run(L"/bin/sh", {L"-c", L"echo about to crash; kill -s ABRT $$"}),
               R"(about to crash\n)");
     EXPECT_EQ(last.exitCode, 128 + 6);
     EXPECT_EQ(launcher->poll().exitCode, 128 + 6);
@@ -38,12 +38,13 @@ TEST_F(PosixLauncher, TheProgramInheritsNothingOfOurs) {
     sigprocmask(SIG_BLOCK, &ours, nullptr);
     std::signal(SIGUSR2, SIG_IGN);
     ASSERT_EQ(dup2(STDERR_FILENO, 9), 9);
-    EXPECT_EQ(run(L"/bin/sh",
-                  L" -c \"cut -d' ' -f6 /proc/$$/stat | grep -cx $$; "
-                  L"test -e /proc/$$/fd/9 || echo closed\""),
+    EXPECT_EQ(run(L"/bin/sh", {L"-c",
+                               L"cut -d' ' -f6 /proc/$$/stat | grep -cx $$; "
+                               L"test -e /proc/$$/fd/9 || echo closed"}),
               R"(1\nclosed\n)");
     // Without a shell, which has its own way with signals.
-    EXPECT_EQ(run(L"/bin/grep", L" -cE \"Sig(Blk|Ign):.*0000000$\" /proc/self/status"), R"(2\n)");
+    EXPECT_EQ(run(L"/bin/grep", {L"-cE", L"Sig(Blk|Ign):.*0000000$", L"/proc/self/status"}),
+              R"(2\n)");
     close(9);
     std::signal(SIGUSR2, SIG_DFL);
     sigprocmask(SIG_UNBLOCK, &ours, nullptr);
@@ -57,14 +58,14 @@ TEST_F(PosixLauncher, ItsFileHasNoNameAndItsChildrenAreGone) {
     siginfo_t ended;
     waitid(P_ALL, 0, &ended, WEXITED | WNOWAIT);
     launcher = makeLauncher();
-    EXPECT_EQ(launcher->start(folder.path(L"missing"), L""), Launcher::kRefused);
+    EXPECT_EQ(launcher->start(folder.path(L"missing"), L"", {}), Launcher::kRefused);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
 }
 
 TEST_F(PosixLauncher, EndsWithTheProgramThoughAnotherKeepsItsStreams) {
     // The other one ends with the folder.
-    EXPECT_EQ(run(L"/bin/sh",
-                  L" -c \"while [ -d " + folder.path() + L" ]; do sleep 0.1; done & echo parent\""),
+    EXPECT_EQ(run(L"/bin/sh", {L"-c", L"while [ -d " + folder.path() +
+                                          L" ]; do sleep 0.1; done & echo parent"}),
               R"(parent\n)");
 }
 
@@ -75,7 +76,7 @@ TEST_F(PosixLauncher, RefusedStartsTellTheReasonAtOnce) {
     const struct {
         std::wstring builder;
         const char* reason;
-        std::wstring option = L" -source S";
+        std::wstring word = L"-source";
     } cases[] = {
         {folder.path(L"my builder"), "No such file or directory"},
         {folder.path(), "Permission denied"},
@@ -83,10 +84,11 @@ TEST_F(PosixLauncher, RefusedStartsTellTheReasonAtOnce) {
         {unknown, "Exec format error"},
         {L"no-such-builder-anywhere", "No such file or directory"},
         {L"", "No such file or directory"},
-        {builder, "Argument list too long", L" -title " + std::wstring(3'000'000, L'x')},
+        {builder, "Argument list too long", std::wstring(3'000'000, L'x')},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(launcher->start(c.builder + c.option, c.builder), Launcher::kRefused);
+        EXPECT_EQ(launcher->start(c.builder + L" -source S", c.builder, {c.word}),
+                  Launcher::kRefused);
         const std::wstring program = c.builder.empty() ? L"-source" : c.builder;
         EXPECT_EQ(shown(launcher->errorText()),
                   "Cannot start '" + shown(program) + "': " + c.reason);

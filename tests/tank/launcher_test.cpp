@@ -16,7 +16,8 @@ TEST_F(LauncherTest, HandsOutBothStreamsAsTextAndTheExitCode) {
 }
 
 TEST_F(LauncherTest, HandsOutPiecesThatAWindowCanTakeIn) {
-    ASSERT_EQ(start(L"flood\" -build \"1"), Launcher::kStarted);
+    build = L"1";
+    ASSERT_EQ(start(L"flood"), Launcher::kStarted);
     waitForAll();
     for (const std::size_t size : {262'144U, 262'144U, 262'144U, 213'568U, 0U}) {
         waitUntil([this] { return poll() || !last.text.empty(); });

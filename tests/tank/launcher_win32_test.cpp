@@ -22,7 +22,8 @@ TEST_F(WindowsLauncher, TheBuilderSeesTheLineAsItIsAndEndsThoughAnotherKeepsItsS
     const std::wstring program = tool(L"\u0436 tool.exe");
     const std::wstring line =
         program + L" -source C:\\my mods\\\u6a39  -title \"a \"b\"\" --linger";
-    ASSERT_EQ(launcher->start(line, program), Launcher::kStarted) << shown(launcher->errorText());
+    ASSERT_EQ(launcher->start(line, program, {}), Launcher::kStarted)
+        << shown(launcher->errorText());
     EXPECT_EQ(written(), shown(line) + "\\n");
     folder.put(L"\u0436 tool.exe.go", "");
 }
@@ -32,7 +33,7 @@ TEST_F(WindowsLauncher, RefusedStartsTellTheReasonAtOnce) {
     for (const std::wstring& program :
          {folder.path(L"my builder.exe"), folder.path(), folder.put(L"plain.exe", "no program\n"),
           std::wstring(L"no-such-builder-anywhere")}) {
-        EXPECT_EQ(launcher->start(program + L" -source S", program), Launcher::kRefused);
+        EXPECT_EQ(launcher->start(program + L" -source S", program, {}), Launcher::kRefused);
         const std::string told = shown(launcher->errorText());
         EXPECT_TRUE(told.starts_with("Cannot start '" + shown(program) + "': ")) << told;
         EXPECT_TRUE(launcher->poll().ended);

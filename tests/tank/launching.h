@@ -8,6 +8,7 @@
 #include "support/shown.h"
 #include "support/system.h"
 #include "support/tempfolder.h"
+#include "tank/build.h"
 #include "tank/launcher.h"
 
 namespace kestrel::test {
@@ -36,8 +37,12 @@ class Launching : public testing::Test {
 
     Launcher::Result start(const std::wstring& part) {
         text.clear();
-        return launcher->start(builder + L" -source S -out " + target + L" -title \"" + part + L'"',
-                               builder);
+        BuildRequest request;
+        request.source = L"S";
+        request.target = target;
+        request.build = build;
+        request.title = part;
+        return launcher->start(zeltorCommandLine(request, builder), builder, zeltorWords(request));
     }
 
     // Waits until the builder has written all.
@@ -69,6 +74,7 @@ class Launching : public testing::Test {
     TempFolder temporary;
     std::wstring target = folder.path(L"archive.dsres");
     std::unique_ptr<Launcher> launcher = makeLauncher();
+    std::wstring build;  // for the stand-in
     std::wstring text;
     ProgramOutput last;
 };

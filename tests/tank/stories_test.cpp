@@ -54,7 +54,6 @@ class Stories : public Archives {
             return "\n" + facts(object.empty() ? gOpenTank(path_) : std::stoi(object));
         if (verb == "priorities") return "\n" + lines(each(parts(object), priority));
         if (verb == "options") return " = " + text(joinOptions(parts(object))) + "\n";
-        if (verb == "words") return "\n" + lines(each(optionWords(fromUtf8(object)), text));
         host.log.clear();
         host.progressSteps = 0;
         report_ = L"before";

@@ -16,9 +16,8 @@ namespace {
 
 constexpr int kWidth = 600;  // DIP
 
-// Kept: the pattern of the second filter lists no save archive.
 constexpr std::wstring_view kTargetFilter =
-    L"Resource Files (*.dsres)|*.dsres|Save Files (*.dssave)|*.dsave|"
+    L"Resource Files (*.dsres)|*.dsres|Save Files (*.dssave)|*.dssave|"
     L"Party Files (*.dsparty)|*.dsparty";
 
 std::wstring quotedText(const wxTextCtrl& box) {
@@ -29,12 +28,12 @@ std::wstring flag(const wxCheckBox& box, std::wstring_view option) {
     return box.GetValue() ? std::wstring(option) : std::wstring();
 }
 
-// Lets the keys through that type nothing, and digits. Kept: Backspace is
+// Lets the keys through that type nothing, those with Ctrl, and digits. Kept: Backspace is
 // refused like any other character.
 void digitTyped(wxKeyEvent& event) {
     const wxChar typed = event.GetUnicodeKey();
     const bool moves = typed == WXK_NONE || typed == WXK_DELETE || typed == WXK_TAB ||
-                       typed == WXK_RETURN || typed == WXK_ESCAPE;
+                       typed == WXK_RETURN || typed == WXK_ESCAPE || event.CmdDown();
     if (moves || (typed >= '0' && typed <= '9')) event.Skip();
 }
 
@@ -138,6 +137,11 @@ void frmZeltor::create() {
     const std::wstring source = cboSourceFolder->takePath();
     const std::wstring target = cboTarget->takePath();
     if (source.empty() || target.empty() || !mayMake(source, target)) return;
+    // It may have been pasted, and never left.
+    if (const std::wstring text = fromWx(txtPriority->GetValue());
+        !text.empty() && !isNumber(text)) {
+        return refusePriority();
+    }
     BuildRequest build = request();
     gExecZeltor(build, redLauncher);
     // Nothing runs after a refused start, and there is nothing to be seen.
@@ -183,6 +187,10 @@ void frmZeltor::priorityLeft() {
     const bool inDialog = focus != nullptr && wxGetTopLevelParent(focus) == this;
     const std::wstring text = fromWx(txtPriority->GetValue());
     if (!inDialog || focus == txtPriority || text.empty() || isNumber(text)) return;
+    refusePriority();
+}
+
+void frmZeltor::refusePriority() {
     tellUser(L"Priority must be a number.", Icon::exclamation);
     txtPriority->SetFocus();
 }

@@ -65,6 +65,7 @@ class frmZeltor final : public PathDialog {
     void showLog(const std::wstring& target);
     void pickTarget();
     void priorityLeft();
+    void refusePriority();
 
     OpenFile openFile_;
 };

@@ -19,8 +19,9 @@ constexpr int kShortPause = 10;
 
 TimedLauncher::TimedLauncher(std::unique_ptr<Launcher> launcher) : launcher_(std::move(launcher)) {}
 
-Launcher::Result TimedLauncher::start(std::wstring_view commandLine, std::wstring_view configured) {
-    const Result result = launcher_->start(commandLine, configured);
+Launcher::Result TimedLauncher::start(std::wstring_view commandLine, std::wstring_view configured,
+                                      const std::vector<std::wstring>& words) {
+    const Result result = launcher_->start(commandLine, configured, words);
     if (result == kStarted) StartOnce(kPause);
     running_ = result != kRefused;
     return result;

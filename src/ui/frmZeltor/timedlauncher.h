@@ -18,7 +18,8 @@ class TimedLauncher final : public Launcher, private wxTimer {
   public:
     explicit TimedLauncher(std::unique_ptr<Launcher> launcher = makeLauncher());
 
-    Result start(std::wstring_view commandLine, std::wstring_view configured) override;
+    Result start(std::wstring_view commandLine, std::wstring_view configured,
+                 const std::vector<std::wstring>& words) override;
     std::wstring errorText() const override { return launcher_->errorText(); }
     ProgramOutput poll() override { return launcher_->poll(); }
 

@@ -23,6 +23,7 @@
 #include <iostream>
 #include <map>
 #include <memory>
+#include <new>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -53,6 +54,10 @@ void harm(std::string_view kind) {
     if (kind == "exit") std::_Exit(3);
     if (kind == "write") std::cout << "1:2" << std::endl;
     while (kind == "hang") std::this_thread::sleep_for(std::chrono::seconds(1));
+#if defined(__SANITIZE_ADDRESS__)
+    // There the process has no limit.
+    if (kind == "memory") throw std::bad_alloc();
+#endif
     while (kind == "memory") taken = new char[1 << 20];
 }
 
