@@ -10,7 +10,7 @@ namespace {
 
 using namespace kestrel;
 
-int serve(tankhost::Streams& streams) {
+int serve(const tankhost::Streams& streams) {
     tankhost::Server server;
     PackedStream questions(tankhost::kMostFrame);
     std::array<char, 1 << 16> bytes{};
@@ -38,7 +38,7 @@ int main(int count, char** words) {
         return 2;
     }
     settleProcess();
-    tankhost::Streams streams;
+    const tankhost::Streams streams;
     tankhost::restrictProcess();
     tankhost::leave(serve(streams));
 }

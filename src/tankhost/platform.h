@@ -13,9 +13,9 @@ class Streams {
   public:
     Streams();
     // As many bytes as there are, `most` at most; 0 at the end.
-    std::size_t read(char* bytes, std::size_t most);
+    std::size_t read(char* bytes, std::size_t most) const;
     // False when nobody is left to read.
-    bool write(std::string_view bytes);
+    bool write(std::string_view bytes) const;
 
   private:
     std::intptr_t input_;

@@ -68,14 +68,14 @@ Streams::Streams()
     ::close(null);
 }
 
-std::size_t Streams::read(char* bytes, std::size_t most) {
+std::size_t Streams::read(char* bytes, std::size_t most) const {
     ssize_t count = 0;
     while ((count = ::read(static_cast<int>(input_), bytes, most)) < 0 && errno == EINTR) {
     }
     return static_cast<std::size_t>(std::max<ssize_t>(count, 0));
 }
 
-bool Streams::write(std::string_view bytes) {
+bool Streams::write(std::string_view bytes) const {
     while (!bytes.empty()) {
         const ssize_t count = ::write(static_cast<int>(output_), bytes.data(), bytes.size());
         if (count < 0 && errno != EINTR) return false;
@@ -102,8 +102,10 @@ int becomeProgram(char** words) {
     return 127;
 }
 
+// NOLINTNEXTLINE(readability-non-const-parameter): the system writes there.
 std::size_t readMemory(const char* from, char* to, std::size_t most) noexcept {
     const iovec local{to, most};
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): the call has no other type.
     const iovec remote{const_cast<char*>(from), most};
     const ssize_t count = ::process_vm_readv(::getpid(), &local, 1, &remote, 1, 0);
     return static_cast<std::size_t>(std::max<ssize_t>(count, 0));

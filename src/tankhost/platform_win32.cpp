@@ -36,7 +36,8 @@ std::wstring ownPath(std::wstring_view path) {
         ::GetProcAddress(::GetModuleHandleW(L"kernel32.dll"), "wine_get_dos_file_name")));
     std::wstring own(path);
     if (dosName == nullptr || !path.starts_with(L'/')) return own;
-    wchar_t* const name = dosName(toUtf8(path).c_str());
+    const std::string unixName = toUtf8(path);
+    wchar_t* const name = dosName(unixName.c_str());
     if (name == nullptr) return own;
     own = name;
     ::HeapFree(::GetProcessHeap(), 0, name);
@@ -83,14 +84,14 @@ Streams::Streams() : input_(taken(STD_INPUT_HANDLE)), output_(taken(STD_OUTPUT_H
     ::_dup2(null, 1);
 }
 
-std::size_t Streams::read(char* bytes, std::size_t most) {
+std::size_t Streams::read(char* bytes, std::size_t most) const {
     DWORD count = 0;
     const bool done =
         ::ReadFile(handleOf(input_), bytes, static_cast<DWORD>(most), &count, nullptr) != FALSE;
     return done ? count : 0;
 }
 
-bool Streams::write(std::string_view bytes) {
+bool Streams::write(std::string_view bytes) const {
     while (!bytes.empty()) {
         DWORD count = 0;
         if (!::WriteFile(handleOf(output_), bytes.data(), static_cast<DWORD>(bytes.size()), &count,
