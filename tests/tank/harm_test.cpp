@@ -12,7 +12,11 @@ namespace {
 using Time = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
+#if defined(__SANITIZE_ADDRESS__)  // whose processes take long to start
+constexpr int kTries = 10;
+#else
 constexpr int kTries = kWindowsPaths ? 20 : 100;
+#endif
 
 // What the stand-in library does to its process, and a hundred times what this one sees of it.
 class Harm : public Archives {
