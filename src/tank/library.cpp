@@ -106,7 +106,8 @@ class HostedLibrary final : public TankLibrary {
     }
 
     std::int32_t GetChildCount(TankHandle tank, ChildHandle directory) override {
-        const Batch* batch = fetch(tank, directory, 0);
+        const Batch* batch = kept(tank, directory);
+        if (batch == nullptr) batch = fetch(tank, directory, 0);
         return batch == nullptr ? 0 : batch->count;
     }
 
@@ -199,7 +200,7 @@ class HostedLibrary final : public TankLibrary {
         TankHandle handle = 0;  // the library's own; 0 once it is lost
         std::wstring path;
         std::unordered_map<ChildHandle, Batch> batches;  // by their directories
-        std::size_t kept = 0;                            // entries in them
+        std::size_t kept = 0;                            // entries in them, at most
     };
     struct Data {
         TankHandle tank;
@@ -227,29 +228,38 @@ class HostedLibrary final : public TankLibrary {
         return batch == archive->second.batches.end() ? nullptr : &batch->second;
     }
 
+    // Asks for the entries of the directory from `first` on, and keeps those that come with
+    // them of directories inside.
     const Batch* fetch(TankHandle tank, ChildHandle directory, std::int32_t first) {
-        Batch batch;
-        batch.first = static_cast<std::size_t>(std::max(first, 0));
-        const bool told = askAbout(
-            tank, L"listing a folder of",
-            [&](PackedReader& answer) {
+        constexpr std::wstring_view kListing = L"listing a folder of";
+        std::vector<std::pair<ChildHandle, Batch>> batches;
+        bool whole = true;
+        const auto take = [&](PackedReader& answer) {
+            while (!answer.atEnd()) {
+                auto& [of, batch] = batches.emplace_back();
+                of = answer.nextNumber<ChildHandle>();
                 batch.count = answer.nextNumber<std::int32_t>();
-                while (!answer.atEnd()) {
-                    batch.entries.push_back(entryOf(answer));
-                }
-            },
-            Ask::children, directory, first, kBatch);
-        if (!told) return nullptr;
-        current_ = nullptr;
+                batch.first =
+                    batches.size() == 1 ? static_cast<std::size_t>(std::max(first, 0)) : 0;
+                PackedReader entries(answer.nextBytes());
+                while (!entries.atEnd()) batch.entries.push_back(entryOf(entries));
+                whole = whole && entries.isWhole();
+            }
+        };
+        if (!askAbout(tank, kListing, take, Ask::children, directory, first, kBatch))
+            return nullptr;
         Archive& archive = archives_.at(tank);
-        const Batch* before = kept(tank, directory);
-        archive.kept -= before == nullptr ? 0 : before->entries.size();
-        if (archive.kept + batch.entries.size() > kMostKept) {
+        if (!whole) refuse(std::wstring(kListing) + L" '" + archive.path + L"'", kNonsense);
+        current_ = nullptr;
+        if (archive.kept > kMostKept) {
             archive.batches.clear();
             archive.kept = 0;
         }
-        archive.kept += batch.entries.size();
-        return &(archive.batches[directory] = std::move(batch));
+        for (auto& [of, batch] : batches) {
+            archive.kept += batch.entries.size() + 1;
+            archive.batches[of] = std::move(batch);
+        }
+        return kept(tank, directory);
     }
 
     // Where the library is looked for.

@@ -17,12 +17,13 @@ using ChildHandle = std::int32_t;  // a file or directory of an open archive; 0 
 namespace tankhost {
 
 enum class Ask {
-    load,      // kVersion, the library's full path -> kVersion
-    open,      // the archive's path -> its handle
-    close,     // archive -> status
-    root,      // archive -> entry
-    children,  // archive, directory, first, most -> the number of entries, and some from `first` on
-    entry,     // archive, entry -> it
+    load,        // kVersion, the library's full path -> kVersion
+    open,        // the archive's path -> its handle
+    close,       // archive -> status
+    root,        // archive -> entry
+    children,    // archive, directory, first, most -> the directory, the number of its entries,
+                 // some from `first` on as one packed text; then such three of directories inside
+    entry,       // archive, entry -> it
     openChild,   // archive, entry -> number of bytes, number of the data (0: none)
     readChild,   // number of the data, place, most -> bytes
     closeChild,  // number of the data -> status
@@ -49,11 +50,13 @@ struct Entry {
     std::int16_t format = 0;
 };
 
-// Calls `text` or `number` with each field of the entry, in the order of an answer.
+// Calls `text` or `number` with each field of the entry, in the order of an answer; an entry that
+// is not there has the first two alone.
 template <class OfEntry, class Text, class Number>
 void eachField(OfEntry& entry, Text text, Number number) {
     number(entry.status);
     number(entry.handle);
+    if (entry.handle == 0) return;
     text(entry.name);
     text(entry.path);
     number(entry.isDirectory);

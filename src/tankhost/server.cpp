@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <unordered_set>
+#include <vector>
 
 namespace kestrel::tankhost {
 namespace {
@@ -92,21 +94,38 @@ Entry Server::entry(TankHandle tank, ChildHandle child) const {
 
 void Server::children(PackedReader& question, PackedWriter& answer) {
     const auto tank = question.nextNumber<TankHandle>();
-    const auto directory = question.nextNumber<ChildHandle>();
-    const auto first = question.nextNumber<std::int32_t>();
-    const auto most = question.nextNumber<std::int32_t>();
-    const std::int32_t count = library_->GetChildCount(tank, directory);
-    answer.addNumber(count);
-    // An index beyond the number is for the library to refuse.
-    const std::int64_t end = std::min(std::max<std::int64_t>(count, std::int64_t{first} + 1),
-                                      std::int64_t{first} + most);
-    for (std::int64_t index = first; index < end && answer.size() < kMostBatch; ++index) {
-        ChildHandle child = 0;
-        const std::int32_t status =
-            library_->GetChild(tank, directory, static_cast<std::int32_t>(index), &child);
-        Entry found = entry(tank, child);
-        found.status = status;
-        add(answer, found);
+    std::vector<ChildHandle> directories{question.nextNumber<ChildHandle>()};
+    auto first = question.nextNumber<std::int32_t>();
+    auto left = question.nextNumber<std::int32_t>();
+    std::unordered_set<ChildHandle> told;
+    // Those inside follow as a walk meets them, as long as there is room.
+    while (!directories.empty() && left > 0 && answer.size() < kMostBatch) {
+        const ChildHandle directory = directories.back();
+        directories.pop_back();
+        if (!told.insert(directory).second) continue;
+        const std::size_t below = directories.size();
+        const std::int32_t count = library_->GetChildCount(tank, directory);
+        // An index beyond the number is for the library to refuse.
+        const std::int64_t end =
+            std::min(std::max<std::int64_t>(count, told.size() == 1 ? std::int64_t{first} + 1 : 0),
+                     std::int64_t{first} + left);
+        PackedWriter entries;
+        for (std::int64_t index = first; index < end && entries.size() < kMostBatch; ++index) {
+            ChildHandle child = 0;
+            const std::int32_t status =
+                library_->GetChild(tank, directory, static_cast<std::int32_t>(index), &child);
+            Entry found = entry(tank, child);
+            found.status = status;
+            add(entries, found);
+            if (found.isDirectory != 0) directories.push_back(child);
+            --left;
+        }
+        answer.addNumber(directory);
+        answer.addNumber(count);
+        answer.add(std::string_view(entries.bytes()));
+        std::reverse(directories.begin() + static_cast<std::ptrdiff_t>(below), directories.end());
+        first = 0;
+        --left;
     }
 }
 
