@@ -5,6 +5,7 @@ Unicode true
 SetCompressor /SOLID lzma
 RequestExecutionLevel user
 ManifestDPIAware true
+ManifestSupportedOS all
 Name "Kestrel"
 OutFile "${OUTPUT}"
 BrandingText "Kestrel ${VERSION}"
