@@ -73,10 +73,12 @@ class HostedLibrary final : public TankLibrary {
         const std::wstring what = L"opening '" + std::wstring(path) + L"'";
         if (child_ == nullptr) start(what);
         TankHandle own = 0;
-        if (child_ != nullptr) {
-            ask(
-                what, [&](PackedReader& answer) { own = answer.nextNumber<TankHandle>(); },
-                Ask::open, path);
+        try {
+            const auto take = [&](PackedReader& answer) { own = answer.nextNumber<TankHandle>(); };
+            if (child_ != nullptr) ask(what, take, Ask::open, path);
+        } catch (...) {
+            endIfIdle();
+            throw;
         }
         if (own == 0) {
             endIfIdle();
@@ -88,11 +90,15 @@ class HostedLibrary final : public TankLibrary {
 
     std::int32_t CloseTank(TankHandle tank) override {
         std::int32_t status = 0;
-        askAbout(
-            tank, L"closing",
-            [&](PackedReader& answer) { status = answer.nextNumber<std::int32_t>(); }, Ask::close);
+        // Forgotten first: what fails from here on must not keep the process.
+        const auto closed = archives_.extract(tank);
         current_ = nullptr;
-        archives_.erase(tank);
+        if (!closed.empty() && closed.mapped().handle != 0) {
+            ask(
+                L"closing '" + closed.mapped().path + L"'",
+                [&](PackedReader& answer) { status = answer.nextNumber<std::int32_t>(); },
+                Ask::close, closed.mapped().handle);
+        }
         endIfIdle();
         return status;
     }

@@ -4,6 +4,7 @@
 
 #include <csignal>
 
+#include "tank/archives.h"
 #include "tank/launching.h"
 
 namespace kestrel::test {
@@ -93,6 +94,20 @@ TEST_F(PosixLauncher, RefusedStartsTellTheReasonAtOnce) {
         EXPECT_EQ(shown(launcher->errorText()),
                   "Cannot start '" + shown(program) + "': " + c.reason);
         EXPECT_TRUE(launcher->poll().ended);
+    }
+}
+
+// However the one before it ended.
+TEST_F(Archives, TheirProcessEndsWithTheLast) {
+    place(L"lib");
+    use({files.path(L"lib")});
+    const char* const harms[] = {"", "|harm=CloseTank|by=exit", "|harm=GetRootDir|by=crash"};
+    for (const char* harm : harms) {
+        std::wstring report;
+        files.put(L"h.dsres", std::string("tank") + harm + "\n");
+        gblnListTank(files.path(L"h.dsres"), report, nullptr, kNameList);
+        EXPECT_TRUE(opens());
+        EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "one is left after" << harm;
     }
 }
 
