@@ -154,7 +154,7 @@ class HostedLibrary final : public TankLibrary {
             },
             Ask::openChild, child);
         if (number == 0) return count;
-        Data opened{tank, number, {}};
+        Data opened{tank, number, {}, 0};
         const auto size = static_cast<std::size_t>(count > kMostData ? 0 : std::max(count, 0));
         while (opened.bytes.size() < size) {
             const std::size_t place = opened.bytes.size();
@@ -167,6 +167,7 @@ class HostedLibrary final : public TankLibrary {
             if (opened.bytes.size() == place) break;
         }
         // What is said to be there and is not.
+        opened.there = std::min(opened.bytes.size(), size);
         opened.bytes.resize(size);
         auto held = std::make_unique<Data>(std::move(opened));
         data = held->bytes.data();
@@ -183,6 +184,11 @@ class HostedLibrary final : public TankLibrary {
             [&](PackedReader& answer) { status = answer.nextNumber<std::int32_t>(); },
             Ask::closeChild, opened.mapped()->number);
         return status;
+    }
+
+    std::size_t bytesThere(const char* data) const override {
+        const auto opened = opened_.find(data);
+        return opened == opened_.end() ? 0 : opened->second->there;
     }
 
     bool isLost(TankHandle tank) const override {
@@ -212,6 +218,7 @@ class HostedLibrary final : public TankLibrary {
         TankHandle tank;
         std::int32_t number;
         std::string bytes;
+        std::size_t there;
     };
 
     static const TankEntry& none() {

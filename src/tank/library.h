@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -38,6 +39,8 @@ class TankLibrary {
     // until CloseChild.
     virtual std::int32_t OpenChild(TankHandle tank, ChildHandle child, const char*& data) = 0;
     virtual std::int32_t CloseChild(const char* data) = 0;
+    // How many of the told bytes are really there; the others are zero.
+    virtual std::size_t bytesThere(const char* data) const = 0;
     // True once the archive is open no more, whatever ended that.
     virtual bool isLost(TankHandle tank) const = 0;
 };

@@ -16,7 +16,10 @@ namespace kestrel {
 // An open archive, closed at the end of its life.
 class OpenArchive {
   public:
+    // By gOpenTank().
     explicit OpenArchive(std::wstring_view path);
+    // One that is open.
+    explicit OpenArchive(TankHandle handle) : handle_(handle) {}
     ~OpenArchive();
     OpenArchive(const OpenArchive&) = delete;
     OpenArchive& operator=(const OpenArchive&) = delete;
