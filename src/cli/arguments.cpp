@@ -11,9 +11,10 @@ struct Option {
 };
 
 constexpr Option kOptions[] = {
-    {L"--author", true}, {L"--build", true},    {L"--codepage", true}, {L"--copyright", true},
-    {L"--help", false},  {L"--in", true},       {L"--listed", false},  {L"--single", true},
-    {L"--title", true},  {L"--version", false},
+    {L"--author", true},   {L"--build", true},    {L"--codepage", true}, {L"--copyright", true},
+    {L"--existing", true}, {L"--flat", false},    {L"--help", false},    {L"--in", true},
+    {L"--json", false},    {L"--listed", false},  {L"--single", true},   {L"--title", true},
+    {L"--to", true},       {L"--version", false},
 };
 
 std::wstring quoted(std::wstring_view text) {

@@ -28,6 +28,10 @@ int chain(const Call& call);
 int convert(const Call& call);
 int check(const Call& call);
 int dump(const Call& call);
+int tankList(const Call& call);
+int tankFind(const Call& call);
+int tankTest(const Call& call);
+int tankExtract(const Call& call);
 
 // True when there is a file at `path`; else it is told. Messages are then about
 // that file.

@@ -18,6 +18,18 @@ Commands:
                                 a line of the header
   check FILE...               every statement that loading ignores or cuts
   dump FILE                   the templates as JSON, one object a line
+  tank list ARCHIVE           what an archive holds: path, size, packed size, format and
+                              CRC of each file; folders end in "\"
+       --json                   ... one object a line
+  tank find ARCHIVE TEXT      the same of those whose name holds TEXT
+  tank test ARCHIVE           reads every file in it
+  tank extract ARCHIVE [NAME...]
+                              writes all files, or those at the paths NAME, folders whole
+       --to FOLDER              ... into FOLDER; else the current one
+       --flat                   ... without the folders' paths
+       --existing skip|replace|stop
+                                what becomes of files that are there; else stop.
+                                Replaced ones are kept as .bak
 
   --codepage N                the 8-bit code page of the files: 874, 1250 to 1258
   --help                      shows this
@@ -28,7 +40,8 @@ The code page is that of the language, or the one that KESTREL_CODEPAGE names.
 Options may stand anywhere; "--" ends them.
 
 Exit codes: 0 fine, 1 failed (check: something was found; chain: it does not end;
-convert: a file was left out), 2 wrong usage.
+convert: a file was left out; tank: nothing was found, or a file could not be read
+or written), 2 wrong usage.
 )";
 
 }  // namespace kestrel::cli

@@ -35,16 +35,31 @@ const Command& findCommand(const Arguments& arguments) {
          convert},
         {L"check", L"FILE...", 1, static_cast<std::size_t>(-1), {}, check},
         {L"dump", L"FILE", 1, 1, {}, dump},
+        {L"tank list", L"ARCHIVE", 1, 1, {L"--json"}, tankList},
+        {L"tank find", L"ARCHIVE TEXT", 2, 2, {L"--json"}, tankFind},
+        {L"tank test", L"ARCHIVE", 1, 1, {}, tankTest},
+        {L"tank extract",
+         L"ARCHIVE [NAME...]",
+         1,
+         static_cast<std::size_t>(-1),
+         {L"--to", L"--flat", L"--existing"},
+         tankExtract},
     };
     if (arguments.operands().empty()) throw WrongUsage(L"name a command");
-    const std::wstring& name = arguments.operands()[0];
+    std::wstring name = arguments.operands()[0];
+    if (name == L"tank" && arguments.operands().size() > 1) name += L" " + arguments.operands()[1];
     const auto* command = std::ranges::find(kCommands, name, &Command::name);
     if (command == std::end(kCommands)) throw WrongUsage(L"there is no command \"" + name + L"\"");
     return *command;
 }
 
+// How many operands are the command's own name.
+std::size_t wordsOf(const Command& command) {
+    return command.name.find(L' ') == command.name.npos ? 1 : 2;
+}
+
 void checkUsage(const Command& command, const Arguments& arguments) {
-    const std::size_t count = arguments.operands().size() - 1;
+    const std::size_t count = arguments.operands().size() - wordsOf(command);
     if (count < command.least || count > command.most) {
         std::wstring text = L"write \"";
         text.append(command.name).append(L" ").append(command.operands).append(L"\"");
@@ -85,7 +100,8 @@ int runWords(const std::vector<std::wstring>& words, std::ostream& out, Terminal
     const Command& command = findCommand(arguments);
     checkUsage(command, arguments);
     settlePage(arguments);
-    const std::vector<std::wstring> operands(arguments.operands().begin() + 1,
+    const auto own = static_cast<std::ptrdiff_t>(wordsOf(command));
+    const std::vector<std::wstring> operands(arguments.operands().begin() + own,
                                              arguments.operands().end());
     return command.run({operands, arguments, out, terminal});
 }

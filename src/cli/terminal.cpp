@@ -112,6 +112,7 @@ Terminal::Terminal(std::ostream& err, bool showsProgress)
     gProgram().host.messages = this;
     gProgram().host.progress = this;
     gProgram().host.clock = this;
+    gProgram().host.tank = tank_.get();
 }
 
 Terminal::~Terminal() {

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "services/program.h"
+#include "tank/library.h"
 
 namespace kestrel::cli {
 
@@ -59,6 +60,7 @@ class Terminal final : public Messages, public ProgressMaker, public Clock {
     std::ostream& err_;
     bool showsProgress_;
     bool interruptible_ = false;
+    std::unique_ptr<TankLibrary> tank_ = makeTankLibrary();
     Host before_;
     std::wstring subject_;
     std::size_t errors_ = 0;

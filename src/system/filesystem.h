@@ -20,6 +20,10 @@ bool isFile(std::wstring_view path) noexcept;
 
 bool isFolder(std::wstring_view path) noexcept;
 
+// What stands at `path` itself: a link is `other`, as devices are, whatever it leads to.
+enum class Standing { nothing, file, folder, other };
+Standing whatStands(std::wstring_view path) noexcept;
+
 // The names of the files in `folder` that isFile() knows, in the order in which
 // the file system has them; none when there is no such folder.
 std::vector<std::wstring> fileNames(std::wstring_view folder);

@@ -142,6 +142,16 @@ bool isProtected(std::wstring_view path) noexcept {
 Unprotected::Unprotected(std::wstring_view) {}
 Unprotected::~Unprotected() = default;
 
+Standing whatStands(std::wstring_view path) noexcept {
+    struct stat status {};
+    // What cannot be looked at is not known to be nothing.
+    if (::lstat(nameOf(path).c_str(), &status) != 0) {
+        return isMissing(errno) ? Standing::nothing : Standing::other;
+    }
+    if (S_ISREG(status.st_mode)) return Standing::file;
+    return S_ISDIR(status.st_mode) ? Standing::folder : Standing::other;
+}
+
 bool isFolder(std::wstring_view path) noexcept {
     const auto status = look(path);
     return status && S_ISDIR(status->st_mode);

@@ -156,6 +156,17 @@ Unprotected::~Unprotected() {
                          ::GetFileAttributesW(path_.c_str()) | FILE_ATTRIBUTE_READONLY);
 }
 
+Standing whatStands(std::wstring_view path) noexcept {
+    const DWORD attributes = ::GetFileAttributesW(nameOf(path).c_str());
+    // What cannot be looked at is not known to be nothing.
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+        return isMissing(::GetLastError()) ? Standing::nothing : Standing::other;
+    }
+    constexpr DWORD kOther = FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE;
+    if ((attributes & kOther) != 0) return Standing::other;
+    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? Standing::folder : Standing::file;
+}
+
 bool isFolder(std::wstring_view path) noexcept {
     const DWORD attributes = attributesOf(path);
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;

@@ -6,6 +6,7 @@
 
 #include "base/bytes.h"
 #include "base/error.h"
+#include "base/text.h"
 #include "services/program.h"
 #include "system/letters.h"
 #include "tank/wrappers.h"
@@ -122,19 +123,49 @@ std::wstring TankContents::name(std::uint32_t number) const {
     return fromUtf8(bytes(names_, number));
 }
 
-std::wstring TankContents::pathOf(std::uint32_t number) const {
-    std::wstring path;
-    for (; number != 0; number = items_[number].parent) {
-        if (path.size() > kLongPath) return L"..." + path;
-        path = (items_[number].parent == 0 ? L"" : L"\\") + name(number) + path;
+std::wstring TankContents::pathOf(std::uint32_t number, std::size_t most) const {
+    std::vector<std::uint32_t> way;
+    std::size_t size = 0;
+    for (; number != 0 && size <= most; number = items_[number].parent) {
+        way.push_back(number);
+        size += bytes(names_, number).size() + 1;
     }
+    std::wstring path = number == 0 ? L"" : L"...\\";
+    for (; !way.empty(); way.pop_back()) path.append(name(way.back())).push_back(L'\\');
+    if (!path.empty()) path.pop_back();
     return path;
+}
+
+std::wstring TankContents::pathOf(std::uint32_t number) const {
+    return pathOf(number, std::wstring::npos);
+}
+
+std::wstring TankContents::shownPath(std::uint32_t number) const {
+    return pathOf(number, kLongPath);
+}
+
+TankContents::Numbers TankContents::at(std::wstring_view path) const {
+    std::wstring wanted(path);
+    std::ranges::replace(wanted, L'/', L'\\');
+    Numbers found{0};
+    for (const std::wstring_view name : split(wanted, L"\\")) {
+        if (name.empty()) continue;
+        Numbers below;
+        for (const std::uint32_t folder : found) {
+            for (std::uint32_t i = folder + 1; i < items_[folder].end;
+                 i = std::max(items_[i].end, i + 1)) {
+                if (compareWithoutCase(this->name(i), name) == 0) below.push_back(i);
+            }
+        }
+        found = std::move(below);
+    }
+    return found;
 }
 
 std::wstring TankContents::text(std::uint32_t number, TankColumn column) const {
     const TankItem& item = items_[number];
     if (column == TankColumn::name) return name(number);
-    if (column == TankColumn::folder) return item.parent == 0 ? L"" : pathOf(item.parent);
+    if (column == TankColumn::folder) return shownPath(item.parent);
     if (item.isFolder) return {};
     switch (column) {
         case TankColumn::size:

@@ -50,9 +50,12 @@ class TankContents {
     bool isWhole() const noexcept { return whole_; }
     const std::vector<TankItem>& items() const noexcept { return items_; }
     std::wstring name(std::uint32_t number) const;
-    // The names from the root's folder to the item, with "\" between; of a very long path the
-    // end, behind "...".
+    // The names of the folders around the item and its own, with "\" between.
     std::wstring pathOf(std::uint32_t number) const;
+    // As pathOf(), of a very long one the end, behind "...".
+    std::wstring shownPath(std::uint32_t number) const;
+    // The items with that path, whatever the case; either slash separates.
+    Numbers at(std::wstring_view path) const;
     // The text of a column of a list.
     std::wstring text(std::uint32_t number, TankColumn column) const;
 
@@ -71,6 +74,7 @@ class TankContents {
     std::string read(std::uint32_t number);
 
   private:
+    std::wstring pathOf(std::uint32_t number, std::size_t most) const;
     std::string_view bytes(const std::string& names, std::uint32_t number) const;
     std::uint64_t sortKey(std::uint32_t number, TankColumn column) const;
     void open();

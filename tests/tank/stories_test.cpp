@@ -1,9 +1,11 @@
+#include <set>
 #include <sstream>
 
 #include "services/pagetext.h"
 #include "support/stories.h"
 #include "tank/archives.h"
 #include "tank/build.h"
+#include "tank/extract.h"
 
 namespace kestrel::test {
 namespace {
@@ -34,6 +36,7 @@ class Stories : public Archives {
         archive_.clear();
         path_ = files.path(name_ = L"a.dsres");
         use({usual_});
+        gProgram().host.progress = &host;
         host.cancelAt = std::string::npos;
         host.logsProgressSteps = false;
     }
@@ -49,7 +52,14 @@ class Stories : public Archives {
         if (verb == "unplug") gProgram().host.tank = nullptr;
         if (verb == "watch") host.logsProgressSteps = true;
         files.put(name_, narrow(fromUtf8(archive_)));
+        if (verb == "put") {
+            files.put(parts(object)[0], narrow(parts(object)[1]));
+            return "\n";
+        }
         if (verb == "data") return "\n" + data();
+        if (verb == "extract") return "\n" + extracted(parts(object));
+        if (verb == "names") return "\n" + lines(each(parts(object), safe));
+        if (verb == "rows") return "\n" + rows(parts(object));
         if (verb == "facts")
             return "\n" + facts(object.empty() ? gOpenTank(path_) : std::stoi(object));
         if (verb == "priorities") return "\n" + lines(each(parts(object), priority));
@@ -103,6 +113,69 @@ class Stories : public Archives {
     static std::string text(const std::wstring& text) { return "'" + shown(text) + "'"; }
     static std::string text(const char* bytes) { return bytes == nullptr ? "none" : bytes; }
     static std::string text(std::int32_t number) { return std::to_string(number); }
+
+    static std::string safe(const std::wstring& name) {
+        return text(name) + " " + text(safeName(name));
+    }
+
+    // What an extraction says and leaves in the folder.
+    std::string extracted(const std::vector<std::wstring>& words) {
+        const auto has = [&](std::wstring_view word) {
+            return std::ranges::find(words, word) != words.end();
+        };
+        host.progressSteps = 0;
+        fs::create_directory(files.native(L"out"));
+        const Lines before = files.names();
+        TankContents contents(path_, nullptr);
+        Extraction wanted{files.path(L"out"), {}, !has(L"flat")};
+        for (const std::wstring& word : words) {
+            const TankContents::Numbers found = contents.at(word == L"all" ? L"" : word);
+            wanted.numbers.insert(wanted.numbers.end(), found.begin(), found.end());
+        }
+        const ExtractOutcome outcome = extract(
+            contents, wanted,
+            [&](std::size_t) {
+                return has(L"replace") ? Existing::replace
+                       : has(L"skip")  ? Existing::skip
+                                       : Existing::stop;
+            },
+            &host);
+        std::string summary =
+            replaced(this->told(summaryOf(outcome, wanted.folder)), {{"\\r\\n", "\n"}});
+        Lines changed;
+        for (const auto& entry : fs::recursive_directory_iterator(files.native(L"out"))) {
+            const std::u8string name = fs::relative(entry, files.native()).u8string();
+            std::string line(name.begin(), name.end());
+            if (!entry.is_directory()) line += " = " + files.bytes(fromUtf8(line));
+            if (left_.insert(line).second) changed.push_back(line);
+        }
+        std::ranges::sort(changed);
+        EXPECT_EQ(files.names(), before) << "written outside the folder";
+        return summary + "\n" + lines(changed);
+    }
+
+    // COLUMN|DESCENDING|FOLDER|FILTER
+    std::string rows(std::vector<std::wstring> words) const {
+        words.resize(4);
+        const TankContents contents(path_, nullptr);
+        const auto order = contents.sorted(static_cast<TankColumn>(std::stoi(words[0])),
+                                           words[1] == L"1", nullptr);
+        const auto found = contents.inFolder(contents.at(words[2]).at(0), words[3], order);
+        std::string told;
+        for (const std::uint32_t number : found) {
+            for (std::size_t i = 0; i < 7; ++i) {
+                told += shown(contents.text(number, static_cast<TankColumn>(i))) + "|";
+            }
+            told += "\n";
+        }
+        const TankTotals totals = contents.totals(found);
+        const TankTotals all = contents.totals(0);
+        for (const TankTotals& sum : {totals, all}) {
+            told += std::to_string(sum.folders) + " " + std::to_string(sum.files) + " " +
+                    std::to_string(sum.size) + " " + std::to_string(sum.packed) + "\n";
+        }
+        return told;
+    }
 
     // What each wrapper gives for the first entry; 77 is where none gave anything.
     std::string facts(TankHandle tank) {
@@ -161,6 +234,7 @@ class Stories : public Archives {
     const std::wstring usual_ =
         filesystem::absolutePath(fromUtf8(KESTREL_TANK_STUBS "kestrel_stub_tank"));
     std::string archive_;
+    std::set<std::string> left_;  // by extractions
     std::wstring name_;
     std::wstring path_;
     std::wstring report_;
