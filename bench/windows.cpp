@@ -11,11 +11,14 @@
 #include "common.h"
 #include "gas/load.h"
 #include "services/program.h"
+#include "services/progress.h"
 #include "ui/app.h"
 #include "ui/common/strings.h"
+#include "ui/frmArchive/frmArchive.h"
 #include "ui/frmMain/frmMain.h"
 #include "ui/frmView/frmView.h"
 #include "ui/frmZeltor/frmZeltor.h"
+#include "ui/host/host_wx.h"
 
 namespace kestrel::bench {
 namespace {
@@ -51,6 +54,8 @@ class Windows {
         gProgram().folder = folder.wstring();
         gProgram().settings.zeltor = L"" KESTREL_STUB_BUILDER;
         gProgram().host.messages = &answers_;
+        gProgram().host.progress = &progress_;
+        gProgram().host.tank = tank_.get();
         window_->Show();
         addAll();
         Report report;
@@ -102,6 +107,57 @@ class Windows {
             const auto run = [this, part](benchmark::State& state) { build(state, part); };
             addSingle(std::string("the log of a builder, ") + part, 1, run)->UseRealTime();
         }
+        const std::wstring archive =
+            put("large.dsres",
+                "tank\n" + numbered("file|name=thing_#.gas|size=9|repeat=1000\n", 1'000));
+        addSingle("an archive of 1,000,000 files", 1, [this, archive](benchmark::State& state) {
+            for (auto _ : state) browse(state, archive);
+        })->UseRealTime();
+    }
+
+    // The longest time that the windows are not asked for anything new, in ms.
+    static double longestPause(const Job& job) {
+        long longest = 0;
+        wxStopWatch pause;
+        wxTimer timer;
+        const auto beat = [&] {
+            longest = std::max(longest, pause.Time());
+            pause.Start();
+        };
+        timer.Bind(wxEVT_TIMER, [&](wxTimerEvent&) { beat(); });
+        timer.Start(1);
+        settle();
+        longest = 0;
+        pause.Start();
+        job();
+        settle();
+        beat();
+        return static_cast<double>(longest);
+    }
+
+    void browse(benchmark::State& state, const std::wstring& path) {
+        std::unique_ptr<TankContents> contents;
+        const auto tell = [&](const char* what, const Job& job) {
+            state.counters[what] = longestPause(job);
+        };
+        tell("listing, ms", [&] {
+            const ProgressScope scope(nullptr, nullptr, L"Listing");
+            contents = std::make_unique<TankContents>(path, scope.dialog());
+        });
+        frmArchive* archive = nullptr;
+        tell("showing, ms", [&] {
+            archive = new frmArchive(window_, std::move(contents), {});
+            archive->Show();
+        });
+        tell("filtering, ms", [&] { archive->txtFilter->SetValue("g"); });
+        tell("filtering more, ms", [&] { archive->txtFilter->SetValue("g_77"); });
+        tell("all again, ms", [&] { archive->txtFilter->SetValue(""); });
+        for (std::size_t column : {0, 2}) {
+            tell(column == 0 ? "sorting by name, ms" : "by size, ms", [&] {
+                archive->lvwFiles->order({true, column, true});
+            });
+        }
+        archive->Destroy();
     }
 
     std::wstring put(const char* name, const std::string& bytes) const {
@@ -202,6 +258,9 @@ class Windows {
 
     fs::path folder_;
     Answers answers_;
+    ProgressMakerWx progress_;
+    std::unique_ptr<TankLibrary> tank_ = makeTankLibrary(
+        {fs::path(KESTREL_STUB_TANK).parent_path().wstring()}, L"" KESTREL_TANK_HOST);
     frmMain* window_ = new frmMain;
     frmView* viewer_ = nullptr;
     std::size_t row_ = 0;

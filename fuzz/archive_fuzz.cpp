@@ -1,7 +1,11 @@
 // The archive reports over a library that answers at random.
 #include <limits>
 
+#include "base/error.h"
 #include "fuzz/fuzz.h"
+#include "services/guard.h"
+#include "services/progress.h"
+#include "tank/extract.h"
 #include "tank/library.h"
 #include "tank/reports.h"
 #include "tank/wrappers.h"
@@ -71,6 +75,11 @@ class RandomLibrary final : public TankLibrary {
         return number();
     }
 
+    std::size_t bytesThere(const char* data) const override {
+        require(data == data_.c_str());
+        return data_.size();
+    }
+
   private:
     TankHandle handle() { return input_.byte() % 8; }
     std::int16_t half() { return static_cast<std::int16_t>(number()); }
@@ -98,6 +107,32 @@ class RandomLibrary final : public TankLibrary {
     std::string data_;
 };
 
+// What a window shows of an archive; what it extracts goes where it may.
+void look(Input& input) {
+    const ProgressScope scope(nullptr, nullptr, L"");
+    TankContents contents(L"/a.dsres", scope.dialog());
+    const auto column = static_cast<TankColumn>(input.byte() % 7);
+    const auto order = contents.sorted(column, input.byte() % 2 == 0, nullptr);
+    require(order.size() == contents.items().size());
+    const auto hits = contents.inFolder(0, input.text(), order);
+    require(hits.size() < order.size());
+    for (std::uint32_t i = 0; i < contents.items().size() && i < 50; ++i) {
+        const TankItem& item = contents.items()[i];
+        require(item.end > i &&
+                (i == 0 || (item.parent < i && item.end <= contents.items()[item.parent].end)));
+        const std::wstring name = safeName(contents.name(i));
+        require(!name.empty() && name.find_first_of(L"/\\:") == name.npos &&
+                name.find_last_not_of(L". ") == name.size() - 1 && safeName(name) == name);
+        contents.text(i, column);
+        if (item.isFolder) continue;
+        try {
+            require(contents.read(i).size() == static_cast<std::size_t>(item.size));
+        } catch (const RunTimeError&) {
+            // What cannot be had is told.
+        }
+    }
+}
+
 // Another dialog for each report, cancelled after a while.
 void report(Input& input, test::RecordingHost& host) {
     const std::uint8_t choice = input.byte();
@@ -111,6 +146,7 @@ void report(Input& input, test::RecordingHost& host) {
         require(text.find(L"IsDirectory: \t") != text.npos);
     }
     if (choice % 4 == 3) gblnTestTank(path);
+    if (choice >= 0xC0) guarded(L"look", [&] { look(input); });
     require(gProgram().progress == nullptr);
     require(text == L"before" || path == L"/a.dsres");
 }

@@ -3,6 +3,7 @@
 
 #include "base/commandfile.h"
 #include "base/keys.h"
+#include "base/packed.h"
 #include "base/text.h"
 #include "cli/json.h"
 #include "cli/terminal.h"
@@ -17,6 +18,8 @@
 
 namespace kestrel::fuzz {
 namespace {
+
+using Strings = std::vector<std::string>;
 
 void checkCommandLine(Input input) {
     const std::wstring line = input.text();
@@ -134,7 +137,38 @@ void checkOutput(Input input) {
     require(at == text.size());
 }
 
-constexpr std::array kFormats{checkCommandLine, checkText, checkBuilder, checkOutput};
+// The texts of a stream, and of each the texts in it; "wrong" behind what is none.
+Strings unpacked(std::string_view bytes, std::size_t step) {
+    constexpr std::size_t kMost = 1000;
+    PackedStream stream(kMost);
+    Strings texts;
+    for (; !bytes.empty(); bytes.remove_prefix(std::min(step, bytes.size()))) {
+        stream.add(bytes.substr(0, step));
+        while (const auto text = stream.next()) {
+            require(text->size() <= kMost);
+            texts.push_back(*text);
+            PackedReader reader(*text);
+            while (!reader.atEnd()) texts.emplace_back(reader.nextBytes());
+            if (!reader.isWhole()) texts.emplace_back("wrong");
+        }
+    }
+    if (stream.isWrong()) texts.emplace_back("wrong");
+    return texts;
+}
+
+// It reads the same wherever it is cut, and what was packed as it was.
+void checkPacked(Input input) {
+    const std::string_view bytes = input.rest();
+    const Strings texts = unpacked(bytes, bytes.size());
+    require(unpacked(bytes, 1) == texts && unpacked(bytes, 7) == texts);
+    PackedWriter writer;
+    for (const std::string& text : texts) writer.add(std::string_view(text));
+    PackedReader reader(writer.bytes());
+    for (const std::string& text : texts) require(reader.nextBytes() == text);
+    require(reader.isWhole());
+}
+
+constexpr std::array kFormats{checkCommandLine, checkText, checkBuilder, checkOutput, checkPacked};
 
 }  // namespace
 

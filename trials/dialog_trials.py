@@ -250,6 +250,68 @@ def try_an_archive_is_listed_searched_and_tested(k):
     k.close(dialog)
 
 
+def try_files_are_got_out_of_an_archive(k):
+    boats = "[t:template,n:boats]{x=1;}"
+    archive = k.write(k.desk.path("mod", "a.dsres"), "tank\n"
+                      f"dir|name=art\n.file|name=boats.gas|size={len(boats)}|comp=13|data={boats}\n"
+                      ".file|name=sail.raw|size=3|data=a\\0b\n"
+                      "dir|name=..\n.file|name=../../sails.txt|size=5|data=sails\n")
+    open_archive(k, archive)
+    window = k.press("Browse...", f"Archive: {archive}")
+    assert k.status() == ["Shown: 2 folders, 0 files, 0 bytes",
+                          "Archive: 2 folders, 3 files, 34 bytes, 13 packed (38 %)"], k.status()
+
+    def listed(names):
+        wait(lambda: [row[0] for row in k.find("Files").rows()] == names, f"the rows {names}")
+
+    # Down a folder and up again, by the keyboard.
+    k.select("Files", "art")
+    k.keys("Return")
+    listed(["boats.gas", "sail.raw"])
+    k.keys("BackSpace")
+    listed(["art", ".."])
+    # All of it that holds a text, wherever it stands.
+    k.fill("Filter", "SAIL")
+    listed(["sail.raw", "../../sails.txt"])
+    k.select("Files", "sail.raw")
+    k.click("View")
+    k.answer("'sail.raw' holds no text. Extract it to open it with another program.", "OK",
+             "Information")
+    k.keys("ctrl+f")
+    k.reply("Find All", "nothing\n")
+    k.answer("Substring not found: nothing", "OK", "Warning")
+    k.keys("ctrl+f")
+    k.reply("Find All", "boat\n")
+    k.selected_is("Files", "boats.gas")
+    # Nothing is written outside the folder, and nothing that is there gets lost.
+    out = k.desk.path("out")
+    k.write(os.path.join(out, "art", "boats.gas"), "mine")
+    dialog = k.press("Extract...", "Extract Files")
+    k.fill("Target Folder", out)
+    k.click("Extract")
+    k.answer("1 of the files are already in*", "No", "Question")
+    k.answer("0 files (0 bytes) written*1 file that was there was left alone.", "OK")
+    k.click("The whole archive (2 folders, 3 files, 34 bytes, 13 packed (38 %))")
+    k.click("Extract")
+    k.answer("1 of the files are already in*", "Yes", "Question")
+    told = k.window("Extracted Files")
+    assert "renamed: .. is now __\r\n" in k.pane().text() and not k.pane().has("editable")
+    k.close(told)
+    k.close(dialog)
+    assert sorted(os.listdir(out)) == ["__", "art"] and os.listdir(out + "/__") == [".._.._sails.txt"]
+    assert k.read(out, "art/boats.gas") == boats.encode()
+    assert k.read(out, "art/boats.gas.bak") == b"mine"
+    # A copy of a file is opened in the main window, and in no history.
+    k.click(k.find("Files").select("boats.gas"), times=2)
+    k.window("art\\boats.gas")
+    assert k.pane().text() == boats
+    k.click("Open in Main Window")
+    k.window("Kestrel Template Browser (*")
+    k.loaded(1)
+    assert k.find("Path of the .gas file", "text").text().endswith("-boats.gas")
+    k.gone(window)
+
+
 def try_the_builders_log_is_shown_as_it_comes(k):
     target = k.desk.path("mod", "my islands.dsres")
     dialog = open_dialog(k, "Rapid Zeltor")

@@ -1,5 +1,7 @@
 #include "base/packed.h"
 
+#include <algorithm>
+
 #include "base/bytes.h"
 
 namespace kestrel {
@@ -39,10 +41,8 @@ std::string_view PackedReader::fail() {
 std::optional<std::string> PackedStream::next() {
     constexpr std::size_t kMostDigits = 20;
     const std::size_t colon = bytes_.find(':');
-    if (colon == bytes_.npos) {
-        wrong_ = wrong_ || bytes_.size() > kMostDigits;
-        return std::nullopt;
-    }
+    wrong_ = wrong_ || std::min(colon, bytes_.size()) > kMostDigits;
+    if (colon == bytes_.npos || wrong_) return std::nullopt;
     std::size_t size = 0;
     const char* const end = bytes_.data() + colon;
     const auto [stop, error] = std::from_chars(bytes_.data(), end, size);

@@ -118,8 +118,7 @@ int tankTest(const Call& call) {
             call.terminal.error(L"the test was stopped");
             return kFailed;
         }
-        const TankTotals totals = contents.totals(0);
-        call.out << totals.files << " files, " << totals.size << " bytes\n";
+        call.out << oneLine(textOf(contents.totals(0))) << '\n';
         return kFine;
     });
 }

@@ -47,6 +47,9 @@ void remove(std::wstring_view path) noexcept;
 // True when nobody has the right to write the file, or it has the attribute against it.
 bool isProtected(std::wstring_view path) noexcept;
 
+// Takes all rights to write the file away, as far as that can be done.
+void protect(std::wstring_view path) noexcept;
+
 // Lets a protected file be replaced, for this object's lifetime; it is protected again
 // behind it.
 class Unprotected {

@@ -138,6 +138,10 @@ bool isProtected(std::wstring_view path) noexcept {
     return status && (status->st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
 }
 
+void protect(std::wstring_view path) noexcept {
+    ::chmod(nameOf(path).c_str(), S_IRUSR);
+}
+
 // A file is replaced by its folder's rights here, and keeps its mode.
 Unprotected::Unprotected(std::wstring_view) {}
 Unprotected::~Unprotected() = default;

@@ -143,6 +143,10 @@ bool isProtected(std::wstring_view path) noexcept {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
 }
 
+void protect(std::wstring_view path) noexcept {
+    ::SetFileAttributesW(nameOf(path).c_str(), FILE_ATTRIBUTE_READONLY);
+}
+
 Unprotected::Unprotected(std::wstring_view path) {
     if (!isProtected(path)) return;
     path_ = nameOf(path);

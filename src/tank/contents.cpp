@@ -57,13 +57,28 @@ void sortInSteps(std::vector<Row>& rows, Less less, const std::function<void()>&
     }
 }
 
-std::wstring ratioText(const TankItem& item) {
-    if (item.isFolder || item.size <= 0) return {};
-    const auto whole = static_cast<std::int64_t>(item.size);
-    return std::to_wstring((std::int64_t{item.packed} * 100 + whole / 2) / whole) + L" %";
+// Of sizes below 2^57.
+std::wstring ratioText(std::int64_t packed, std::int64_t size) {
+    return size <= 0 ? L"" : std::to_wstring((packed * 100 + size / 2) / size) + L" %";
+}
+
+std::wstring counted(std::uint64_t count, std::wstring_view one, std::wstring_view many) {
+    return std::to_wstring(count) + std::wstring(count == 1 ? one : many);
 }
 
 }  // namespace
+
+std::wstring textOf(const TankTotals& totals) {
+    std::wstring text;
+    if (totals.folders > 0) text = counted(totals.folders, L" folder, ", L" folders, ");
+    text +=
+        counted(totals.files, L" file, ", L" files, ") + counted(totals.size, L" byte", L" bytes");
+    if (totals.size == 0) return text;
+    return text + L", " + std::to_wstring(totals.packed) + L" packed (" +
+           ratioText(static_cast<std::int64_t>(totals.packed),
+                     static_cast<std::int64_t>(totals.size)) +
+           L")";
+}
 
 TankContents::TankContents(std::wstring path, Progress* progress) : path_(std::move(path)) {
     open();
@@ -173,7 +188,7 @@ std::wstring TankContents::text(std::uint32_t number, TankColumn column) const {
         case TankColumn::packed:
             return std::to_wstring(item.packed);
         case TankColumn::ratio:
-            return ratioText(item);
+            return ratioText(item.packed, item.size);
         case TankColumn::format:
             return gstrFormatName(item.format);
         default:
@@ -249,11 +264,11 @@ TankContents::Numbers TankContents::inFolder(std::uint32_t folder, std::wstring_
     const std::string wanted = toUtf8(lowerCase(filter));
     const std::string_view names =
         std::string_view(folded_).substr(0, foldedEnds_[items_[folder].end - 1]);
-    for (std::size_t at = foldedEnds_[folder];
-         (at = names.find(wanted, at)) != std::string_view::npos;) {
-        const auto end = std::ranges::upper_bound(foldedEnds_, at);
-        hits[static_cast<std::size_t>(end - foldedEnds_.begin())] = true;
-        at = *end;
+    std::size_t at = foldedEnds_[folder];
+    for (std::size_t number = folder; (at = names.find(wanted, at)) != names.npos;) {
+        while (foldedEnds_[number] <= at) ++number;
+        hits[number] = true;
+        at = foldedEnds_[number];
     }
     std::ranges::copy_if(order, std::back_inserter(found),
                          [&](std::uint32_t number) { return hits[number]; });

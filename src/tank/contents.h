@@ -35,6 +35,9 @@ struct TankTotals {
     std::uint64_t packed = 0;
 };
 
+// "1 folder, 2 files, 30 bytes, 15 packed (50 %)".
+std::wstring textOf(const TankTotals& totals);
+
 // What an archive holds, listed once and known by numbers: 0 is the root, and each folder
 // stands right before all that it holds. The archive stays open.
 class TankContents {

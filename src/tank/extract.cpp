@@ -397,6 +397,17 @@ ExtractOutcome extract(TankContents& contents, const Extraction& wanted,
     return Extractor(contents, wanted, owner).run(ask);
 }
 
+std::wstring temporaryCopy(TankContents& contents, std::uint32_t number) {
+    const std::string bytes = contents.read(number);
+    const std::wstring made = gstrTempFile();
+    if (made.empty()) return {};
+    std::wstring path = made + L"-" + safeName(contents.name(number));
+    filesystem::replace(path, bytes, {});
+    filesystem::remove(made);
+    filesystem::protect(path);
+    return path;
+}
+
 std::wstring summaryOf(const ExtractOutcome& outcome, std::wstring_view folder) {
     std::wstring text = counted(outcome.written, L" file (", L" files (") +
                         std::to_wstring(outcome.bytes) + L" bytes) written into '" +

@@ -145,6 +145,53 @@ TEST_F(Harm, QuestionsThatMakeNoSenseAreErrors) {
     EXPECT_TRUE(server.answer("9:1").starts_with("1:5"));
 }
 
+// A process that is none of ours, or has gone mad: what makes no sense is told once.
+TEST_F(Harm, IsNoMoreThanAMessageWhereAnswersMakeNoSense) {
+    if (kWindowsPaths) GTEST_SKIP() << "a script is no program there";
+    const auto frame = [](const Lines& words) {
+        PackedWriter answer;
+        for (const std::string& word : words) answer.add(std::string_view(word));
+        PackedWriter whole;
+        whole.add(std::string_view(answer.bytes()));
+        return whole.bytes();
+    };
+    const std::string loaded = frame({"0", std::string(tankhost::kVersion)});
+    const std::string opened = frame({"0", "5"});
+    const std::string rooted = frame({"0", "7"});
+    const std::vector<Lines> cases = {
+        {"no frame"},
+        {"99999999999999999999:"},
+        {"8388609:"},
+        {"-1:"},
+        {frame({})},
+        {frame({"0", "kestrel-tank 0"})},
+        {loaded + loaded},
+        {loaded, "1:x"},
+        {loaded, frame({"0"})},
+        {loaded, frame({"0", "5", "more"})},
+        {loaded, frame({"0", "99999999999"})},
+        {loaded, opened, rooted, frame({"0", "7"})},
+        {loaded, opened, rooted, frame({"0", "7", "1", "2:x"})},
+        {loaded, opened, rooted, frame({"0", "7", "1", "1:01:1"})},
+    };
+    const std::wstring path = archive("none", "none");
+    for (const Lines& answers : cases) {
+        std::string script = "#!/bin/sh\n";
+        for (const std::string& answer : answers) {
+            script += "head -c 1 >/dev/null; sleep 0.05; printf '" + answer + "'\n";
+        }
+        files.put(L"host", script + "exec sleep 9\n");
+        fs::permissions(files.native(L"host"), fs::perms::owner_all);
+        library = makeTankLibrary({files.path(L"lib")}, files.path(L"host"), 30s);
+        gProgram().host.tank = library.get();
+        report_.clear();
+        gblnListTank(path, report_, &host, kNameList);
+        const Lines told = errors();
+        ASSERT_EQ(told.size(), 1U) << answers.back() << testing::PrintToString(told);
+        EXPECT_NE(told[0].find("stopped working"), std::string::npos) << told[0];
+    }
+}
+
 // scripts/test-windows tells where that library and its process are.
 TEST_F(Harm, IsDoneThroughWineWhereThereIsNoOtherLibrary) {
     const char* build = std::getenv("KESTREL_WINDOWS_TANK");

@@ -171,8 +171,7 @@ class Stories : public Archives {
         const TankTotals totals = contents.totals(found);
         const TankTotals all = contents.totals(0);
         for (const TankTotals& sum : {totals, all}) {
-            told += std::to_string(sum.folders) + " " + std::to_string(sum.files) + " " +
-                    std::to_string(sum.size) + " " + std::to_string(sum.packed) + "\n";
+            told += shown(textOf(sum)) + "\n";
         }
         return told;
     }

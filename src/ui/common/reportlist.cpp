@@ -54,6 +54,10 @@ void ReportList::limit(const Keep& keep) {
 }
 
 void ReportList::sortContent() {
+    if (order && sort_.sorted) {
+        order_ = order(sort_);
+        return;
+    }
     const Text& text = sortText ? sortText : text_;
     order_ = rowOrder(order_.size(), sort_,
                       [&](std::size_t position) { return text(position, sort_.column); });
@@ -93,10 +97,11 @@ void ReportList::sortBy(std::size_t column) {
     for (std::uint32_t position : shown_) shown[position] = true;
     sort_.click(column);
     sortContent();
+    rows_.showSorted(column, !sort_.descending);
+    if (onSorted) return onSorted();
     RowOrder rows = order_;
     std::erase_if(rows, [&](std::uint32_t position) { return !shown[position]; });
     show(std::move(rows));
-    rows_.showSorted(column, !sort_.descending);
     if (selected) selectPosition(*selected);
 }
 

@@ -61,9 +61,14 @@ class ReportList {
     // clicked or Enter pressed on it.
     std::function<void()> onSelect;
     std::function<void()> onActivate;
+    // Called when the user has sorted the content, to limit the rows anew: without it those
+    // that are shown stay.
+    std::function<void()> onSorted;
 
     // What rows are sorted by in place of their text.
     Text sortText;
+    // Gives the whole content's order in place of that; never for an unsorted list.
+    std::function<RowOrder(const SortState& state)> order;
 
   private:
     void sortBy(std::size_t column);

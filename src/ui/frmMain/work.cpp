@@ -208,9 +208,13 @@ bool frmMain::startOrvane() {
 }
 
 bool frmMain::browseArchive() {
-    frmTank dialog(this, openFileHooks());
-    showModal(dialog);
-    return true;
+    std::wstring copy;
+    {
+        frmTank dialog(this, openFileHooks());
+        showModal(dialog);
+        copy = dialog.copy();
+    }
+    return copy.empty() || openFile(copy);
 }
 
 bool frmMain::buildArchive() {

@@ -9,6 +9,7 @@
 #include "ui/common/listen.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
+#include "ui/host/desktop.h"
 #include "ui/host/host_wx.h"
 
 namespace kestrel {
@@ -76,6 +77,7 @@ void frmProgress::forget() {
 void frmProgress::unload() {
     // The toolkit deletes it later, when nothing in it is at work any more.
     forget();
+    takeInput(*this, false);
     Hide();
     Destroy();
 }
@@ -104,6 +106,7 @@ void frmProgress::cancel() {
 
 void frmProgress::showPainted() {
     Show();
+    takeInput(*this, true);
     const auto limit = Time::now() + kPaintLimit;
     // A window that is only shown stays an empty frame until events run.
     while (!painted_ && Time::now() < limit) pump();

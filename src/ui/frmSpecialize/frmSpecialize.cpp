@@ -1,9 +1,6 @@
 #include "ui/frmSpecialize/frmSpecialize.h"
 
-#include <wx/utils.h>
-
 #include <algorithm>
-#include <functional>
 #include <utility>
 
 #include "base/paths.h"
@@ -11,6 +8,7 @@
 #include "services/program.h"
 #include "ui/common/accessible.h"
 #include "ui/common/listen.h"
+#include "ui/common/sash.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
 
@@ -25,29 +23,6 @@ constexpr int kLeastPane = 90;
 // Far more than any chain that people write. A tree of many more is wider than
 // toolkits can draw.
 constexpr std::size_t kMostLevels = 250;
-
-// The gap between two neighbours that can be dragged; `drag` gets the position
-// of the mouse in the parent.
-class Sash final : public wxWindow {
-  public:
-    Sash(wxWindow* parent, int width, std::function<void(int)> drag)
-        : wxWindow(parent, wxID_ANY, wxDefaultPosition, wxSize(width, -1)), drag_(std::move(drag)) {
-        SetCursor(wxCursor(wxCURSOR_SIZEWE));
-        Bind(wxEVT_LEFT_DOWN, [this](wxMouseEvent&) { CaptureMouse(); });
-        Bind(wxEVT_LEFT_UP, [this](wxMouseEvent&) {
-            if (HasCapture()) ReleaseMouse();
-        });
-        Bind(wxEVT_MOUSE_CAPTURE_LOST, [](wxMouseCaptureLostEvent&) {});
-        // The place that an event tells is of where the gap was then.
-        Bind(wxEVT_MOTION, [this](wxMouseEvent&) {
-            if (HasCapture()) drag_(GetParent()->ScreenToClient(wxGetMousePosition()).x);
-        });
-    }
-    bool AcceptsFocus() const override { return false; }
-
-  private:
-    std::function<void(int)> drag_;
-};
 
 wxButton* addResetButton(wxWindow* parent) {
     auto* button = new wxButton(parent, wxID_ANY, "&Reset File List", wxDefaultPosition,

@@ -2,18 +2,22 @@
 
 #include <wx/utils.h>
 
+#include <memory>
 #include <utility>
 
+#include "base/paths.h"
 #include "base/text.h"
 #include "services/files.h"
 #include "services/pickers.h"
 #include "services/program.h"
+#include "services/progress.h"
 #include "services/shell.h"
 #include "tank/reports.h"
 #include "ui/common/buttons.h"
 #include "ui/common/link.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
+#include "ui/frmArchive/frmArchive.h"
 #include "ui/frmView/frmView.h"
 #include "ui/host/host_wx.h"
 
@@ -67,9 +71,11 @@ wxSizer* frmTank::buildTools() {
     cmdCommands[kTest] = new wxButton(fraTools, wxID_ANY, "&Test Tank");
     cmdCommands[kTest]->SetToolTip("Test Tank");
     cmdCommands[kList] = picture("listed", "Generate a list (Name or Full)");
+    cmdCommands[kBrowse] = new wxButton(fraTools, wxID_ANY, "&Browse...");
+    cmdCommands[kBrowse]->SetToolTip("Show what the Tank holds, and extract files");
     const int gap = scaled(*this, kGap);
     box->AddSpacer(gap);
-    for (const Command command : {kFind, kProperties, kTest, kList}) {
+    for (const Command command : {kFind, kProperties, kTest, kList, kBrowse}) {
         box->Add(cmdCommands[command],
                  wxSizerFlags().Expand().Border(wxTOP | wxBOTTOM | wxRIGHT, gap));
     }
@@ -98,12 +104,13 @@ void frmTank::bindCommands() {
     onPress(*cmdCommands[kTest], [this] { test(); });
     onPress(*cmdCommands[kList], [this] { list(); });
     onPress(*cmdCommands[kProperties], [this] { showProperties(); });
+    onPress(*cmdCommands[kBrowse], [this] { browse(); });
     cmdCommands[kDone]->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { Close(); });
 }
 
 void frmTank::pathsChanged() {
     const bool given = !cboTankFilename->isBlank();
-    for (const Command command : {kFind, kTest, kList, kProperties}) {
+    for (const Command command : {kFind, kTest, kList, kProperties, kBrowse}) {
         cmdCommands[command]->Enable(given);
     }
 }
@@ -169,6 +176,21 @@ void frmTank::list() {
 void frmTank::showProperties() {
     OwnerWx owner(*this);
     gShowProps(path(), &owner);
+}
+
+void frmTank::browse() {
+    std::unique_ptr<TankContents> contents;
+    {
+        OwnerWx owner(*this);
+        const std::wstring path = this->path();
+        const ProgressScope scope(nullptr, &owner, L"Processing: " + std::wstring(fileName(path)));
+        contents = std::make_unique<TankContents>(path, scope.dialog());
+        if (scope.didCancel()) return;
+    }
+    frmArchive window(this, std::move(contents), openFile_);
+    showModal(window);
+    copy_ = window.copy();
+    if (!copy_.empty()) Close();
 }
 
 void frmTank::showReport(std::wstring report, std::wstring_view path) {

@@ -20,7 +20,10 @@ class frmTank final : public PathDialog {
     frmTank(wxWindow* parent, OpenFile openFile);
 
     // There is no 3.
-    enum Command { kDone, kPick, kFind, kTest = 4, kList, kProperties, kCommands };
+    enum Command { kDone, kPick, kFind, kTest = 4, kList, kProperties, kBrowse, kCommands };
+
+    // As of frmArchive.
+    const std::wstring& copy() const noexcept { return copy_; }
 
     wxStaticBox* fraName;
     HistoryCombo* cboTankFilename;
@@ -47,9 +50,11 @@ class frmTank final : public PathDialog {
     void test();
     void list();
     void showProperties();
+    void browse();
     void showReport(std::wstring report, std::wstring_view path);
 
     OpenFile openFile_;
+    std::wstring copy_;
     std::wstring lastSearch_;  // the last text that was found
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <optional>
 
 #include "ui/common/strings.h"
@@ -17,10 +18,15 @@ class frmView final : public TextWindow {
     void Block(const std::optional<FileBlock>& block) {
         commands_.shows(block, fromWx(GetTitle()));
     }
+    // Gives the window one more button, which closes it and then does `action`.
+    void Offer(const wxString& label, const wxString& tooltip, std::function<void()> action);
     // What an earlier run has left of a text, in place of text, block and caption.
     void Draft(LeftDraft left);
 
     const std::array<wxButton*, TextCommands::kButtons> cmdCommands;
+
+  private:
+    wxSizer* const buttons_;
 };
 
 }  // namespace kestrel

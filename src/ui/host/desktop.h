@@ -2,6 +2,7 @@
 
 #include <string>
 
+class wxDialog;
 class wxDirDialog;
 class wxFileDialog;
 class wxWindow;
@@ -30,6 +31,10 @@ std::wstring chosenPath(const wxDirDialog& dialog);
 bool systemDialogIsOpen();
 void restoreSystemDialog();
 bool cancelSystemDialog();
+
+// Keys and mouse are a dialog's alone, or no more, as those of one that is shown modal are. The
+// toolkit on GTK gives them to a modal one behind it, once it was disabled or is not modal.
+void takeInput(wxDialog& dialog, bool takes);
 
 // Waits until the desktop has put a window that was just shown in its place; half a
 // second at most.

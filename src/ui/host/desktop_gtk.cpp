@@ -142,6 +142,10 @@ void awaitPlace(const wxWindow& window) {
     g_source_remove(limit);
 }
 
+void takeInput(wxDialog& dialog, bool takes) {
+    (takes ? gtk_grab_add : gtk_grab_remove)(dialog.m_widget);
+}
+
 int dotsPerInch(const wxWindow& window) {
     const double dots = gdk_screen_get_resolution(gtk_widget_get_screen(window.m_widget));
     return dots > 0 ? static_cast<int>(std::lround(dots)) : 96;

@@ -67,6 +67,8 @@ std::wstring chosenPath(const wxDirDialog& dialog) {
     return fromWx(dialog.GetPath());
 }
 
+void takeInput(wxDialog&, bool) {}
+
 std::wstring longTimeText() {
     wchar_t text[128] = {};
     GetTimeFormatEx(LOCALE_NAME_USER_DEFAULT, 0, nullptr, nullptr, text,

@@ -122,6 +122,8 @@ OwnerWx::OwnerWx(wxWindow& window, wxWindow* otherwise) : window_(window), focus
 
 void OwnerWx::enable(bool enabled) {
     window_.Enable(enabled);
+    wxDialog* dialog = asModal(&window_);
+    if (enabled && dialog != nullptr) takeInput(*dialog, true);
 }
 
 void OwnerWx::focus() {
