@@ -364,6 +364,13 @@ def try_every_window_reads_as_written(k):
         wait(lambda: any(one.has("focused") for one in window.all()), "a focus")
         told += [*window.tree(), ""]
         k.close(window)
+    dialog = open_archive(k, k.write(k.desk.path("mod", "a.dsres"), ARCHIVE))
+    archive = k.press("Browse...", "Archive: *")
+    told += [*archive.tree(), ""]
+    window = k.press("Extract...", "Extract Files")
+    told += [*window.tree(), ""]
+    for one in (window, archive, dialog):
+        k.close(one)
     text = "\n".join(told).replace(k.desk.folder, "~")
     text = re.sub(r'(?m)^( *)label "(Linux|GCC|3\.|libstdc).*',
                   r'\1label "(of this machine)"', text)

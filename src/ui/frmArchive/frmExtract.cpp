@@ -48,8 +48,7 @@ wxSizer* frmExtract::buildFiles(bool filtered) {
     wxString selected = shownLine(name);
     selected.Replace("&", "&&");
     optSelected = add("Se&lected" + selected, "optSelected", wxRB_GROUP);
-    optShown =
-        add(toWx(L"All that the list &shows" + files(contents_.totals(shown_))), "optShown", 0);
+    optShown = add("All that the list &shows, folders whole", "optShown", 0);
     optAll = add(toWx(L"The &whole archive" + files(contents_.totals(0))), "optAll", 0);
     optSelected->Enable(!selected_.empty());
     optShown->Enable(!shown_.empty());
