@@ -4,13 +4,16 @@
 
 namespace kestrel {
 
-Silence::Silence()
-    : messages_(std::exchange(gProgram().host.messages, nullptr)),
-      before_(std::exchange(gProgram().silenced, &failure_)) {}
+KeptFailure::KeptFailure() : before_(std::exchange(gProgram().silenced, &failure_)) {}
+
+KeptFailure::~KeptFailure() {
+    gProgram().silenced = before_;
+}
+
+Silence::Silence() : messages_(std::exchange(gProgram().host.messages, nullptr)) {}
 
 Silence::~Silence() {
     gProgram().host.messages = messages_;
-    gProgram().silenced = before_;
 }
 
 void reportError(int number, std::wstring_view description, std::wstring_view source) {

@@ -19,21 +19,32 @@ void reportError(int number, std::wstring_view description, std::wstring_view so
 // Reports the exception that is being handled as a failure of `routine`.
 void reportCurrentException(std::wstring_view routine) noexcept;
 
-// While it lives, nobody is told of anything: of the failures that guards catch the first is
-// kept here for who tells them in his own way, and other messages are lost.
-class Silence {
+// While it lives, the first of the failures that guards catch is kept here for who tells it in
+// his own way, and the others are lost.
+class KeptFailure {
+  public:
+    KeptFailure();
+    ~KeptFailure();
+    KeptFailure(const KeptFailure&) = delete;
+    KeptFailure& operator=(const KeptFailure&) = delete;
+
+    const std::optional<RunTimeError>& failure() const noexcept { return failure_; }
+
+  private:
+    std::optional<RunTimeError>* before_;
+    std::optional<RunTimeError> failure_;
+};
+
+// As KeptFailure; nobody is told or asked anything else either.
+class Silence : public KeptFailure {
   public:
     Silence();
     ~Silence();
     Silence(const Silence&) = delete;
     Silence& operator=(const Silence&) = delete;
 
-    const std::optional<RunTimeError>& failure() const noexcept { return failure_; }
-
   private:
     Messages* messages_;
-    std::optional<RunTimeError>* before_;
-    std::optional<RunTimeError> failure_;
 };
 
 // The guard of a public routine: records `routine` as the current routine name

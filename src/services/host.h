@@ -161,6 +161,24 @@ class Clock {
 // The closed library that reads archives, declared in tank/library.h.
 class TankLibrary;
 
+// Archives as places of `.gas` files, whose paths services/archives.h tells of. A member
+// throws ArchiveFailure when nothing can be had from the archive. Meanwhile the progress
+// dialog that is up lives, and its Cancel ends the call so.
+class Archives {
+  public:
+    using Files = std::vector<std::wstring>;
+    virtual ~Archives() = default;
+    // True where files() takes no time.
+    virtual bool knows(const std::wstring& archive) const = 0;
+    // The paths of the `.gas` files in it, as they stand there.
+    virtual std::shared_ptr<const Files> files(const std::wstring& archive) = 0;
+    // The bytes of a file in an archive. Throws another RunTimeError where this one alone
+    // cannot be had.
+    virtual std::string read(const std::wstring& path) = 0;
+    // Closes what the calls before have opened; it is opened again when it is needed.
+    virtual void close() = 0;
+};
+
 // The host's interfaces. A null one is a host without that ability: the core
 // then does nothing where it would have called it.
 struct Host {
@@ -172,6 +190,7 @@ struct Host {
     Clipboard* clipboard = nullptr;
     Clock* clock = nullptr;
     TankLibrary* tank = nullptr;
+    Archives* archives = nullptr;
 };
 
 }  // namespace kestrel

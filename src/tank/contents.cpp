@@ -310,7 +310,7 @@ ChildHandle TankContents::step(ChildHandle folder, std::uint32_t number) const {
 }
 
 ChildHandle TankContents::locate(std::uint32_t number) {
-    if (archive_->isLost()) open();
+    if (!isOpen()) open();
     std::vector<std::uint32_t> way;
     for (; number != 0; number = items_[number].parent) way.push_back(number);
     ChildHandle found = archive_->root();

@@ -76,6 +76,11 @@ class TankContents {
     // Throws RunTimeError, which says why it could not be had.
     std::string read(std::uint32_t number);
 
+    // False once it was closed, or nothing more is told of it.
+    bool isOpen() const { return archive_ != nullptr && !archive_->isLost(); }
+    // read() opens it again.
+    void close() { archive_.reset(); }
+
   private:
     std::wstring pathOf(std::uint32_t number, std::size_t most) const;
     std::string_view bytes(const std::string& names, std::uint32_t number) const;

@@ -1,8 +1,10 @@
 #include <set>
 #include <sstream>
 
+#include "services/archives.h"
 #include "services/pagetext.h"
 #include "support/stories.h"
+#include "tank/archivefiles.h"
 #include "tank/archives.h"
 #include "tank/build.h"
 #include "tank/extract.h"
@@ -60,6 +62,7 @@ class Stories : public Archives {
         if (verb == "extract") return "\n" + extracted(parts(object));
         if (verb == "names") return "\n" + lines(each(parts(object), safe));
         if (verb == "rows") return "\n" + rows(parts(object));
+        if (verb == "gas") return "\n" + gasFiles(pathInArchive(path_, fromUtf8(object)));
         if (verb == "facts")
             return "\n" + facts(object.empty() ? gOpenTank(path_) : std::stoi(object));
         if (verb == "priorities") return "\n" + lines(each(parts(object), priority));
@@ -222,6 +225,32 @@ class Stories : public Archives {
         }
         glngCloseTank(tank);
         return told;
+    }
+
+    // The `.gas` files with their data, and then that of one path, asked for twice.
+    std::string gasFiles(const std::wstring& path) {
+        Lines told;
+        const auto tell = [&](const std::string& what, const auto& get) {
+            try {
+                told.push_back(what + get());
+            } catch (const ArchiveFailure& failure) {
+                told.push_back(what + "the archive fails: " + this->told(failure.description()));
+            } catch (const RunTimeError& error) {
+                told.push_back(what + "this fails: " + this->told(error.description()));
+            }
+        };
+        const auto archives = makeArchives();
+        gProgram().host.archives = archives.get();
+        const auto read = [&](const std::wstring& one) {
+            tell(this->told(one) + ": ", [&] { return archives->read(one); });
+        };
+        tell("", [&] {
+            for (const std::wstring& one : *archives->files(path_)) read(one);
+            return archives->knows(path_) ? "known" : "not known";
+        });
+        for (int i = 0; i < 2; ++i, archives->close()) read(path);
+        gProgram().host.archives = nullptr;
+        return lines(told) + lines(errors());
     }
 
     static std::string lines(const Lines& words) {
