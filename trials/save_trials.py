@@ -98,6 +98,24 @@ def try_a_parent_is_saved_to_its_own_file(k):
     assert k.read(k.folder, "spec.his").decode().split("\r\n") == files
 
 
+def try_a_parent_is_shown_from_an_archive(k):
+    child, text = k.sample("chain-a.gas"), "[t:template,n:dinghy_painted];x = 1;"
+    archive = k.write(k.desk.path("mod.dsres"), "tank\nfile|name=none.gas\ndir|name=art\n"
+                      f".file|name=boats.gas|size={len(text)}|data={text}\n")
+    k.load(child)
+    browser = k.open_by("Specializes Browser", "View", "Specializes Chain")
+    k.keys("End", on=browser)
+    k.window("Select the node's source file")
+    k.choose(archive)
+    k.answer("Error loading gas file!*", "OK", "Warning")
+    wait(lambda: k.pane().text().startswith(text[:28]), "the parent")
+    assert not k.pane().has("editable") and browser.find("boats.gas"), "the file's name"
+    k.focus_is("Chain")
+    k.close(browser)
+    k.finish()
+    assert k.read(k.folder, "spec.his").decode().split("\r\n") == [child, archive]
+
+
 def drafts(k):
     files = [os.path.join(k.folder, name) for name in os.listdir(k.folder) if ".draft" in name]
     return [name for name in files if os.path.getsize(name) or name.endswith(".lock")]

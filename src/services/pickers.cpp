@@ -8,14 +8,9 @@
 
 namespace kestrel {
 
-namespace {
-
-constexpr std::wstring_view kAllFiles = L"All files (*.*)|*.*";
-
-}  // namespace
-
 std::wstring fileFilter(std::wstring_view own) {
     std::wstring filter(own);
+    if (own.starts_with(kAllFiles)) return filter;
     if (!filter.empty()) filter += L'|';
     return filter.append(kAllFiles);
 }

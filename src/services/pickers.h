@@ -8,9 +8,12 @@
 
 namespace kestrel {
 
+inline constexpr std::wstring_view kAllFiles = L"All files (*.*)|*.*";
+inline constexpr std::wstring_view kTankFiles = L"Tank Files(*.ds*)| *.ds*";
+
 // Asks for a file, unless `file` already names one. `filter` is the caller's
-// own "description|pattern" pairs (may be empty); "All files (*.*)|*.*" always
-// comes last. `dialog` is set to the shared dialog when it is null, and
+// own "description|pattern" pairs (may be empty); kAllFiles comes last, unless
+// they begin with it. `dialog` is set to the shared dialog when it is null, and
 // `initialFolder` to the program's folder when it is empty. Afterwards `file`
 // and `fileTitle` (its name without folder) are what the dialog holds: after a
 // cancel that is the file chosen last, or empty when there was none.
@@ -23,7 +26,7 @@ void gSelectFile(std::wstring& file, std::wstring_view title, std::wstring_view 
 std::wstring askForFile(std::wstring_view title, std::wstring_view filter, bool save,
                         std::wstring_view start = {});
 
-// The filter text of a dialog: the caller's pairs, then "All files".
+// The filter text of a dialog: the caller's pairs, then kAllFiles unless they begin with it.
 std::wstring fileFilter(std::wstring_view own);
 
 // Asks for a folder, starting at `startFolder` where it is one; nothing when cancelled.

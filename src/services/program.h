@@ -56,6 +56,9 @@ struct Program {
     std::wstring lastFolder;                           // of the file that was chosen last
     bool draftsFail = false;                           // has been told
     std::set<std::wstring> kept;  // files whose ".bak" holds what this run found
+    // The archive that a file was opened from, by the absolute path of its temporary copy: a
+    // chain that begins there looks into the archive, and remembers that in place of the copy.
+    std::map<std::wstring, std::wstring> origins;
     Version version = defaultVersion();
     Host host;
     // Where the first failure is kept instead of being reported; null where they are reported.

@@ -8,6 +8,7 @@
 #include "base/text.h"
 #include "gas/losses.h"
 #include "gastest.h"
+#include "services/archives.h"
 #include "services/pagetext.h"
 #include "support/recordinghost.h"
 #include "support/stories.h"
@@ -34,6 +35,54 @@ std::string blockOf(const std::string& written) {
     if (start != name) block += "specializes = \"" + start.substr(name.size() + 1) + "\";\r\n";
     return replaced(block + "}\r\n", ")\"", "\"");
 }
+
+// Archives whose file is "NAME", a line end and the bytes, each behind a zero byte. Of one
+// that holds no more than "lost" nothing can be had from then on.
+class PackedFiles final : public Archives {
+  public:
+    explicit PackedFiles(Lines& log) : log_(log) {}
+
+    bool knows(const std::wstring& archive) const override {
+        return known_ == archive && (isOpen_ || stamp_ == fileStamp(archive));
+    }
+    std::shared_ptr<const Files> files(const std::wstring& archive) override {
+        if (knows(archive)) return files_;
+        open("list ", archive);
+        known_ = archive;
+        stamp_ = fileStamp(archive);
+        Files files;
+        std::istringstream parts(*filesystem::read(archive));
+        for (std::string part; std::getline(parts, part, '\0');) {
+            files.push_back(pathInArchive(archive, fromUtf8(part.substr(0, part.find('\n')))));
+            bytes_[files.back()] = part.substr(part.find('\n') + 1);
+        }
+        if (files.empty()) throw ArchiveFailure(kPathError, L"no archive");
+        return files_ = std::make_shared<const Files>(std::move(files));
+    }
+    std::string read(const std::wstring& path) override {
+        files(archiveOf(path));
+        open("read ", path);
+        if (bytes_.at(path) == "lost") throw ArchiveFailure(kDeviceError, L"lost");
+        if (bytes_.at(path) == "short") throw RunTimeError(kDeviceError, L"short");
+        return bytes_.at(path);
+    }
+    void close() override {
+        if (std::exchange(isOpen_, false)) log_.emplace_back("close");
+    }
+
+  private:
+    void open(const std::string& call, const std::wstring& path) {
+        isOpen_ = true;
+        log_.push_back(call + shown(path));
+    }
+
+    Lines& log_;
+    bool isOpen_ = false;
+    std::wstring known_;
+    std::optional<FileStamp> stamp_;
+    std::shared_ptr<const Files> files_;
+    std::unordered_map<std::wstring, std::string> bytes_;
+};
 
 // A story. What its commands give is gathered behind what the user is asked and told.
 class Story final : public TemplateList {
@@ -90,7 +139,10 @@ class Story final : public TemplateList {
         if (verb == "chain") open(what.substr(0, what.find(' ')), what.substr(what.find(' ') + 1));
         if (verb == "remove") fs::remove(folder_.native(fromUtf8(what)));
         if (verb == "list") folder_.put(L"spec.his", lines(what));
-        for (std::size_t node; verb == "click" && words >> node;) chain_.click(node);
+        for (std::size_t node; verb == "click" && words >> node;) chain_.click(node, &host_);
+        if (verb == "pack") pack(words);
+        if (verb == "origin") gProgram().origins[L"./f"] = fromUtf8(what);
+        if (verb == "cancel") host_.cancelAtBreath = host_.breaths + std::stoul(what);
         if (verb == "pick") host_.files.emplace_back(fromUtf8(what));
         if (verb == "no") host_.answers.push_back(Answer::no);
         if (verb == "reset") chain_.resetFiles();
@@ -199,14 +251,36 @@ class Story final : public TemplateList {
         chain_.open(fromUtf8(name), fromUtf8(file));
     }
 
-    void write(const std::string& verb, const std::string& file) {
-        std::istringstream words(file);
-        std::string name, text;
-        words >> name;
+    // The blocks that stand behind a name.
+    std::string blocks(std::istringstream& words) {
+        std::string text;
         for (std::string word; words >> word;) {
+            if (word == "lost" || word == "short") return word;
             text += blockOf(word);
             written_[blockOf(word)] = word;
         }
+        return text;
+    }
+
+    void pack(std::istringstream& words) {
+        gProgram().host.archives = &archives_;
+        std::string name, all;
+        words >> name;
+        for (std::string file; std::getline(words >> std::ws, file, ',');) {
+            std::istringstream rest(file);
+            std::string inside;
+            rest >> inside;
+            all += inside + "\n" + blocks(rest) + '\0';
+        }
+        folder_.put(fromUtf8(name), all);
+        fs::last_write_time(folder_.native(fromUtf8(name)), start_ - std::chrono::hours(1));
+    }
+
+    void write(const std::string& verb, const std::string& file) {
+        std::istringstream words(file);
+        std::string name;
+        words >> name;
+        const std::string text = blocks(words);
         folder_.put(fromUtf8(name), text);
         const fs::path path = folder_.native(fromUtf8(name));
         if (verb == "old") fs::last_write_time(path, start_ - std::chrono::hours(1));
@@ -235,6 +309,7 @@ class Story final : public TemplateList {
     static inline const States kNothing{"", "in ", "shows ", "files"};
     const Clock::time_point start_ = Clock::now();
     RecordingHost host_;
+    PackedFiles archives_{host_.log};
     const TempFolder folder_;
     const TempFolder programs_;
     std::string text_;

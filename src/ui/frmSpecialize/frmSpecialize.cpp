@@ -11,6 +11,7 @@
 #include "ui/common/sash.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
+#include "ui/host/host_wx.h"
 
 namespace kestrel {
 namespace {
@@ -114,7 +115,8 @@ void frmSpecialize::nodeClicked() {
     if (!node) return;
     if (!mayReplaceText()) return showChain(shown_);
     shown_ = *node;
-    chain_.click(shown_);
+    OwnerWx owner(*this);
+    chain_.click(shown_, &owner);
     showChain(shown_);
     showSource();
 }
@@ -147,9 +149,8 @@ void frmSpecialize::showSource() {
     TextBlock(chain_.text());
     const std::wstring name = shown_ < chain_.nodes().size() ? chain_.nodes()[shown_].text : L"";
     commands_.shows(chain_.block(), L"Edit Source: " + name);
-    const std::wstring_view file = chain_.block() ? std::wstring_view(chain_.block()->path) : L"";
-    stbMain->setPanel(TextCommands::pnlFile, fileName(file));
-    stbMain->setTooltip(TextCommands::pnlFile, shownLine(file));
+    stbMain->setPanel(TextCommands::pnlFile, fileName(chain_.source()));
+    stbMain->setTooltip(TextCommands::pnlFile, shownLine(chain_.source()));
 }
 
 void frmSpecialize::saveFiles() {

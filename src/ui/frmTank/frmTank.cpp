@@ -120,8 +120,7 @@ std::wstring frmTank::path() {
 }
 
 void frmTank::pick() {
-    choose(*cboTankFilename,
-           askForFile(L"Select a TANK File to view", L"Tank Files(*.ds*)| *.ds*", false));
+    choose(*cboTankFilename, askForFile(L"Select a TANK File to view", kTankFiles, false));
 }
 
 bool frmTank::drop(const std::wstring& path) {

@@ -132,8 +132,8 @@ void OwnerWx::focus() {
 }
 
 Host HostWx::interfaces() {
-    return {&messages, &progress,  &fileDialog, &folderPicker,
-            &shell,    &clipboard, &clock,      tank.get()};
+    return {&messages,  &progress, &fileDialog, &folderPicker, &shell,
+            &clipboard, &clock,    tank.get(),  archives.get()};
 }
 
 std::unique_ptr<Progress> ProgressMakerWx::makeProgress() {

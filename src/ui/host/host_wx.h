@@ -6,6 +6,7 @@
 
 #include "services/host.h"
 #include "system/process.h"
+#include "tank/archivefiles.h"
 #include "tank/library.h"
 
 // The host's interfaces over wxWidgets.
@@ -96,6 +97,7 @@ struct HostWx {
     ClipboardWx clipboard;
     ClockWx clock;
     std::unique_ptr<TankLibrary> tank = makeTankLibrary();
+    std::unique_ptr<Archives> archives = makeArchives();
 
     Host interfaces();
 };
