@@ -18,7 +18,10 @@ _kestrel_cli() {
         mapfile -t COMPREPLY < <(compgen -W "list find test extract" -- "$word")
     elif [[ ${COMP_WORDS[COMP_CWORD - 1]} == --existing ]]; then
         mapfile -t COMPREPLY < <(compgen -W "skip replace stop" -- "$word")
-    elif [[ $command == convert || ${COMP_WORDS[COMP_CWORD - 1]} == --in || ${COMP_WORDS[COMP_CWORD - 1]} == --to ]]; then
+    elif [[ ${COMP_WORDS[COMP_CWORD - 1]} == --in ]]; then
+        compopt -o filenames
+        mapfile -t COMPREPLY < <(compgen -d -- "$word"; compgen -G "$word*.[Dd][Ss]*")
+    elif [[ $command == convert || ${COMP_WORDS[COMP_CWORD - 1]} == --to ]]; then
         compopt -o filenames
         mapfile -t COMPREPLY < <(compgen -d -- "$word")
     elif [[ ($command == show || $command == chain) && $COMP_CWORD -eq 3 ]]; then

@@ -7,21 +7,35 @@
 #include "cli/commands.h"
 #include "cli/run.h"
 #include "gas/gasnames.h"
+#include "services/archives.h"
 #include "system/filesystem.h"
 #include "view/chain.h"
 
 namespace kestrel::cli {
 namespace {
 
-// The files to search: the one that the chain begins in, then those of the folder
-// by their names. Nothing when there is no such folder.
+// True when a chain can begin there; else it is told.
+bool isStart(const Call& call, const std::wstring& file) {
+    call.terminal.about(file);
+    if (!archiveOf(file).empty()) return true;
+    if (!isArchive(file)) return isThere(call.terminal, file);
+    call.terminal.error(L"this is an archive; name a .gas file in it");
+    return false;
+}
+
+// What to search: the file that the chain begins in, then the archive, or the files of the
+// folder by their names. Nothing when there is no such folder.
 std::optional<std::vector<std::wstring>> filesToSearch(const Call& call) {
-    std::vector<std::wstring> files{call.operands[0]};
+    std::vector<std::wstring> files{sourcePath(call.operands[0])};
     const std::optional<std::wstring> folder = call.arguments.value(L"--in");
     if (!folder) return files;
+    if (isArchive(*folder)) {
+        files.push_back(*folder);
+        return files;
+    }
     if (!filesystem::isFolder(*folder)) {
         call.terminal.about(*folder);
-        call.terminal.error(L"there is no such folder");
+        call.terminal.error(L"there is no such folder or archive");
         return std::nullopt;
     }
     std::vector<std::wstring> names = gasNames(*folder);
@@ -57,13 +71,14 @@ class ChainWalk {
         const GasTemplate* record = document_.find(name);
         for (std::size_t i = 0; record == nullptr && i < files_.size();) {
             const std::wstring& file = files_[i];
-            call_.terminal.about(file);
+            bool loads = true;
             if (file != document_.file()) {
-                record = document_.loadAndFind(file, name);
-                if (!document_.problem().empty()) call_.terminal.error(document_.problem());
+                record = isArchive(file) ? document_.searchIn(file, name)
+                                         : document_.loadAndFind(file, name);
+                loads = tellProblem(file);
             }
             // One that does not load is told of once.
-            if (file == document_.file()) {
+            if (loads) {
                 ++i;
             } else {
                 files_.erase(files_.begin() + static_cast<std::ptrdiff_t>(i));
@@ -72,19 +87,28 @@ class ChainWalk {
         return record;
     }
 
+    // False when it is `file` that does not load, not some in it.
+    bool tellProblem(const std::wstring& file) {
+        if (document_.problem().empty()) return true;
+        call_.terminal.about(document_.problemFile());
+        call_.terminal.error(document_.problem());
+        return archiveOf(document_.problemFile()) == file;
+    }
+
     bool isNew(const GasTemplate& record) {
         const auto index = &record - document_.templates().data();
         return seen_.emplace(document_.file(), index).second;
     }
 
     void tell(const std::wstring& name, const std::wstring& file) {
+        call_.terminal.showProgress({});
         call_.out << oneLine(name) << '\t' << oneLine(file) << '\n';
     }
 
     int missing(const std::wstring& name) {
         call_.terminal.about({});
         call_.terminal.error(L"no file has the template \"" + name +
-                             L"\"; name the folder of its file with --in");
+                             L"\"; name the folder or the archive of its file with --in");
         return kFailed;
     }
 
@@ -104,7 +128,7 @@ class ChainWalk {
 
 int chain(const Call& call) {
     auto files = filesToSearch(call);
-    if (!files || !isThere(call.terminal, call.operands[0])) return kFailed;
+    if (!files || !isStart(call, call.operands[0])) return kFailed;
     return ChainWalk(call, std::move(*files)).walk();
 }
 

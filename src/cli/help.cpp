@@ -11,7 +11,8 @@ Commands:
   show FILE NAME              the template NAME as tab-delimited text
        --listed                 ... as it stands in the file
   chain FILE NAME             the templates that NAME specializes, and their files
-       --in FOLDER              search the .gas files of FOLDER too
+       --in PLACE               search the .gas files of PLACE too: a folder, or an
+                                archive; FILE may be ARCHIVE/FOLDER/NAME.gas
   convert FOLDER              the .gas files of FOLDER to .tab files beside them
        --single FILE            ... to one FILE ("" for FOLDER/Converted.tab)
        --title, --author, --build, --copyright TEXT

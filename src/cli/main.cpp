@@ -4,11 +4,14 @@
 #include "cli/output.h"
 #include "cli/run.h"
 #include "cli/system.h"
+#include "services/program.h"
+#include "system/filesystem.h"
 #include "system/process.h"
 
 int main(int count, char** values) {
     namespace cli = kestrel::cli;
     kestrel::settleProcess();
+    kestrel::gProgram().folder = kestrel::filesystem::userFolder();
     cli::system::prepareStreams();
     cli::OutputBuffer buffer(stdout, cli::system::isTerminal(stdout));
     std::ostream out(&buffer);

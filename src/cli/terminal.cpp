@@ -113,6 +113,7 @@ Terminal::Terminal(std::ostream& err, bool showsProgress)
     gProgram().host.progress = this;
     gProgram().host.clock = this;
     gProgram().host.tank = tank_.get();
+    gProgram().host.archives = archives_.get();
 }
 
 Terminal::~Terminal() {

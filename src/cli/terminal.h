@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "services/program.h"
+#include "tank/archivefiles.h"
 #include "tank/library.h"
 
 namespace kestrel::cli {
@@ -61,6 +62,7 @@ class Terminal final : public Messages, public ProgressMaker, public Clock {
     bool showsProgress_;
     bool interruptible_ = false;
     std::unique_ptr<TankLibrary> tank_ = makeTankLibrary();
+    std::unique_ptr<Archives> archives_ = makeArchives();
     Host before_;
     std::wstring subject_;
     std::size_t errors_ = 0;
