@@ -9,6 +9,7 @@
 #include "base/paths.h"
 #include "base/text.h"
 #include "services/files.h"
+#include "services/program.h"
 #include "services/progress.h"
 #include "system/filesystem.h"
 #include "system/letters.h"
@@ -405,6 +406,7 @@ std::wstring temporaryCopy(TankContents& contents, std::uint32_t number) {
     filesystem::replace(path, bytes, {});
     filesystem::remove(made);
     filesystem::protect(path);
+    gProgram().origins[filesystem::absolutePath(path)] = filesystem::absolutePath(contents.path());
     return path;
 }
 

@@ -43,8 +43,8 @@ ExtractOutcome extract(TankContents& contents, const Extraction& wanted,
 std::wstring summaryOf(const ExtractOutcome& outcome, std::wstring_view folder);
 
 // The path of a new file with the item's data, in a folder that is closed to other users; its
-// name ends in the item's, and it is write-protected: the archive does not change with it. Throws
-// RunTimeError where there is no data.
+// name ends in the item's, and it is write-protected: the archive does not change with it. The
+// program remembers which archive it is from. Throws RunTimeError where there is no data.
 std::wstring temporaryCopy(TankContents& contents, std::uint32_t number);
 
 // `name` as a name that every system takes for a file of a folder, and for nothing else.
