@@ -313,6 +313,7 @@ def try_files_are_got_out_of_an_archive(k):
     k.close(k.open_by("Specializes Browser", "View", "Specializes Chain"))
     k.finish()
     assert k.read(k.folder, "spec.his").decode() == archive, "its parents are looked for there"
+    assert k.read(k.folder, "info.his").decode().strip() == k.file, "the copy is in no history"
 
 
 def try_the_builders_log_is_shown_as_it_comes(k):

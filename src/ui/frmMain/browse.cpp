@@ -62,7 +62,8 @@ bool frmMain::mSelectFile(std::wstring path) {
     lvwTemplates->fill(document_.templates.size());
     lvwTemplates->selectRow(0);
     templateSelected();
-    gAddHistoryItem(*cboHistory, path);
+    // A copy out of an archive is gone in a day.
+    if (!gProgram().origins.contains(path)) gAddHistoryItem(*cboHistory, path);
     lvwTemplates->window().SetFocus();
     return true;
 }
