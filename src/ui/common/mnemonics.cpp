@@ -2,6 +2,7 @@
 
 #include <wx/button.h>
 #include <wx/checkbox.h>
+#include <wx/radiobut.h>
 #include <wx/statbox.h>
 #include <wx/stattext.h>
 
@@ -43,6 +44,12 @@ bool press(wxWindow& control) {
     if (auto* box = dynamic_cast<wxCheckBox*>(&control)) {
         box->SetValue(!box->GetValue());
         send(*box, wxEVT_CHECKBOX, box->GetValue() ? 1 : 0);
+        return true;
+    }
+    if (auto* option = dynamic_cast<wxRadioButton*>(&control)) {
+        option->SetValue(true);
+        option->SetFocus();
+        send(*option, wxEVT_RADIOBUTTON, 1);
         return true;
     }
     if (dynamic_cast<wxButton*>(&control) != nullptr) {

@@ -19,6 +19,7 @@
 #include "ui/common/accessible.h"
 #include "ui/common/dialogend.h"
 #include "ui/common/listen.h"
+#include "ui/common/mnemonics.h"
 #include "ui/common/sash.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
@@ -160,6 +161,10 @@ void frmArchive::bind() {
     Bind(wxEVT_CLOSE_WINDOW, [this](wxCloseEvent& event) {
         if (gProgram().progress != nullptr && event.CanVeto()) return event.Veto();
         endDialog(*this);
+    });
+    Bind(wxEVT_CHAR_HOOK, [this](wxKeyEvent& event) {
+        const bool alt = event.GetModifiers() == wxMOD_ALT;
+        if (!alt || !pressMnemonic(*this, event.GetKeyCode())) event.Skip();
     });
     listen(*txtFilter, wxEVT_TEXT, [this] { limit(); });
     tvwFolders->onSelect = [this] {

@@ -89,7 +89,8 @@ TankContents::Numbers frmExtract::wanted() const {
 
 Existing frmExtract::ask(std::size_t count, std::wstring_view folder) const {
     const Answer answer = askUser(
-        std::to_wstring(count) + L" of the files are already in '" + std::wstring(folder) +
+        std::to_wstring(count) + (count == 1 ? L" of the files is" : L" of the files are") +
+            L" already in '" + std::wstring(folder) +
             L"'.\r\n\r\nDo you want to replace them? Yes replaces those that differ and keeps what "
             L"was there as .bak, No leaves them alone, Cancel writes nothing.",
         Icon::question, Buttons::yesNoCancel);
