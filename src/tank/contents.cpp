@@ -180,7 +180,7 @@ TankContents::Numbers TankContents::at(std::wstring_view path) const {
 std::wstring TankContents::text(std::uint32_t number, TankColumn column) const {
     const TankItem& item = items_[number];
     if (column == TankColumn::name) return name(number);
-    if (column == TankColumn::folder) return shownPath(item.parent);
+    if (column == TankColumn::folder) return number == 0 ? L"" : shownPath(item.parent);
     if (item.isFolder) return {};
     switch (column) {
         case TankColumn::size:
