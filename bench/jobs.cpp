@@ -102,9 +102,11 @@ void readBuilder(benchmark::State& state, const fs::path& folder) {
     for (auto _ : state) {
         const std::unique_ptr<Launcher> launcher = makeLauncher();
         if (launcher->start(program, program, words) != Launcher::kStarted) std::abort();
-        for (ProgramOutput output; !output.ended; characters += output.text.size()) {
-            output = launcher->poll();
-            if (output.text.empty()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        LogReader reader(launcher->log());
+        for (std::size_t size = 1; size > 0 || !launcher->log()->end; characters += size) {
+            const bool more = launcher->poll();
+            size = reader.next().text.size();
+            if (!more && size == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     }
     state.SetItemsProcessed(static_cast<std::int64_t>(characters));

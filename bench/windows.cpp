@@ -17,6 +17,7 @@
 #include "ui/frmArchive/frmArchive.h"
 #include "ui/frmMain/frmMain.h"
 #include "ui/frmView/frmView.h"
+#include "ui/frmZeltor/builderlog.h"
 #include "ui/frmZeltor/frmZeltor.h"
 #include "ui/host/host_wx.h"
 
@@ -226,10 +227,10 @@ class Windows {
         timer.Bind(wxEVT_TIMER, [&](wxTimerEvent&) {
             longest = std::max(longest, pause.Time());
             pause.Start();
-            auto* log = dynamic_cast<frmView*>(wxTopLevelWindows.GetLast()->GetData());
+            auto* log = dynamic_cast<BuilderLog*>(wxTopLevelWindows.GetLast()->GetData());
             if (log == nullptr) return;
             logged = log->txtView->GetLength();
-            if (part == "wait" ? logged == 0 : builder.running()) return;
+            if (part == "wait" ? logged == 0 : !log->isDone()) return;
             timer.Stop();
             closing.Start();
             pressEscape(*log->txtView);

@@ -318,41 +318,6 @@ def try_files_are_got_out_of_an_archive(k):
     assert k.read(k.folder, "info.his").decode().strip() == k.file, "the copy is in no history"
 
 
-def try_the_builders_log_is_shown_as_it_comes(k):
-    target = k.desk.path("mod", "my islands.dsres")
-    dialog = open_dialog(k, "Rapid Zeltor")
-    for name, text in (("Source Folder", k.desk.path("mod")), ("Author", "Me and You"),
-                       ("Destination Tank Filename", target)):
-        k.fill(name, text)
-    k.click("Author")
-    k.keys("ctrl+a")
-    k.click("Priority", button=2)
-    k.keys("Tab")
-    k.answer("Priority must be a number.", "OK", "Warning")
-    k.click("Priority", times=3)
-    k.type("1x2")
-    k.click("Protected?")
-    for title, author, end in (
-            ("words", "<-author>\n<Me and You>\n",
-             "<-flagprotected>\n<-priority>\n<12>\n<-title>\n<words>\n"),
-            ("wait", "", "waiting\n")):
-        k.fill("Title", title)
-        view = k.press("Create", "View Log: " + target)
-        wait(lambda: k.pane().text().endswith(end), "the builder's words")
-        assert author in k.pane().text() and not k.pane().has("editable")
-        k.close(view)
-    k.click("Create")
-    k.answer("Error (*): App is already running! in 'gExecZeltor'", "OK", "Warning")
-    open(target + ".go", "w", encoding="ascii").close()
-    k.keys("Escape", on=k.window("View Log: " + target))
-    wait(lambda: os.path.exists(target + ".done"), "the builder's end, without its log")
-    wait(lambda: dialog.has("active"), "the dialog")
-    open(target, "w", encoding="ascii").close()
-    k.click("Create")
-    k.answer(EXISTS, "No", "Question")
-    k.close(dialog)
-
-
 def try_every_window_reads_as_written(k):
     """docs/windows.txt: all windows as assistive programs tell them. KESTREL_WRITE=1 writes it."""
     told = [*k.main.tree(), ""]

@@ -13,9 +13,9 @@
 namespace kestrel {
 
 enum class Icon { none, information, question, exclamation };
-// noYes is for a Yes that loses something: No is the default. Of openDiscardLater the
-// answers are yes, no and cancel.
-enum class Buttons { ok, okCancel, yesNo, yesNoCancel, noYes, openDiscardLater };
+// noYes is for a Yes that loses something: No is the default. Of openDiscardLater and
+// leaveStopCancel the answers are yes, no and cancel.
+enum class Buttons { ok, okCancel, yesNo, yesNoCancel, noYes, openDiscardLater, leaveStopCancel };
 enum class Answer { ok, cancel, yes, no };
 
 class Messages {

@@ -54,9 +54,8 @@ Answer askUser(std::wstring_view text, Icon icon, Buttons buttons) {
         return program.host.messages->ask(text, program.version.fileDescription, icon, buttons);
     }
     if (buttons == Buttons::ok) return Answer::ok;
-    const bool cancels = buttons == Buttons::okCancel || buttons == Buttons::yesNoCancel ||
-                         buttons == Buttons::openDiscardLater;
-    return cancels ? Answer::cancel : Answer::no;
+    const bool yesOrNo = buttons == Buttons::yesNo || buttons == Buttons::noYes;
+    return yesOrNo ? Answer::no : Answer::cancel;
 }
 
 std::wstring useCodePage(std::wstring_view number) {

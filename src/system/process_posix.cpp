@@ -20,10 +20,14 @@ namespace {
 
 // Runs in the started program's process: only calls that are safe between fork
 // and exec. Never returns.
-[[noreturn]] void becomeProgram(char* const* words, int report) {
+[[noreturn]] void becomeProgram(char* const* words, int report, int input) {
     setsid();
     const int null = open("/dev/null", O_RDWR);
-    if (null >= 0) dup2(null, STDIN_FILENO);
+    if (null >= 0) dup2(input < 0 ? null : input, STDIN_FILENO);
+    if (null >= 0 && input >= 0) {
+        dup2(null, STDOUT_FILENO);
+        dup2(null, STDERR_FILENO);
+    }
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
@@ -38,12 +42,12 @@ namespace {
 
 // The child ends at once, so that the program is no child of ours that would be
 // left as a zombie.
-void forkTwice(char* const* words, int report) {
+void forkTwice(char* const* words, int report, int input) {
     const pid_t child = fork();
     if (child < 0) throwSystemError(errno, L"Cannot start", fromUtf8(words[0]));
     if (child == 0) {
         const pid_t program = fork();
-        if (program == 0) becomeProgram(words, report);
+        if (program == 0) becomeProgram(words, report, input);
         const int error = errno;
         if (program < 0 && write(report, &error, sizeof error) < 0) _exit(1);
         _exit(0);
@@ -73,14 +77,15 @@ std::vector<char*> pointersTo(std::vector<std::string>& words) {
     return pointers;
 }
 
-void start(std::vector<std::string>& words) {
+// With `input` the program reads that, and what it writes is lost.
+void start(std::vector<std::string>& words, int input = -1) {
     const std::vector<char*> pointers = pointersTo(words);
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         throwSystemError(errno, L"Cannot start", fromUtf8(words[0]));
     }
     try {
-        forkTwice(pointers.data(), ends[1]);
+        forkTwice(pointers.data(), ends[1], input);
     } catch (...) {
         close(ends[0]);
         close(ends[1]);
@@ -180,6 +185,16 @@ pid_t posix::spawn(std::wstring_view program, std::vector<std::string> words,
         posix_spawn(&process, pointers[0], files.get(), attributes.get(), pointers.data(), environ);
     if (error != 0) throwSystemError(error, L"Cannot start", program);
     return process;
+}
+
+void posix::drain(int pipe) noexcept {
+    try {
+        std::vector<std::string> words{toUtf8(programPath(L"cat"))};
+        fcntl(pipe, F_SETFL, 0);
+        start(words, pipe);
+    } catch (...) {
+        // Nobody is left to tell.
+    }
 }
 
 void settleProcess() {}

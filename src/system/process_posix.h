@@ -24,4 +24,8 @@ struct Streams {
 // process, a child of this one. Throws RunTimeError with the system's reason, about `program`.
 pid_t spawn(std::wstring_view program, std::vector<std::string> words, const Streams& streams);
 
+// Has a program of the system's read what comes out of `pipe`, to lose it, as long as somebody
+// writes there, this program's life or longer. It is no child of this one.
+void drain(int pipe) noexcept;
+
 }  // namespace kestrel::posix

@@ -115,12 +115,13 @@ void openElevated(const std::wstring& file, const std::wstring& arguments) {
 }  // namespace
 
 HANDLE win32::createProcess(const std::wstring& program, std::wstring line, STARTUPINFOW startup,
-                            bool inherits, DWORD flags) {
+                            bool inherits, DWORD flags, HANDLE job) {
     constexpr std::wstring_view kStart = L"Cannot start";
     const std::wstring file = programFile(program);
     if (file.empty()) raise(ERROR_FILE_NOT_FOUND, kStart, program);
     if (filesystem::isFolder(file)) raise(ERROR_ACCESS_DENIED, kStart, program);
     PROCESS_INFORMATION process{};
+    flags |= job == nullptr ? 0 : CREATE_SUSPENDED;
     startup.cb = sizeof startup;
     std::wstring image = file;
     if (isBatchFile(file)) {
@@ -138,6 +139,8 @@ HANDLE win32::createProcess(const std::wstring& program, std::wstring line, STAR
         openElevated(file, behind(line, program));
         return nullptr;
     }
+    if (job != nullptr) AssignProcessToJobObject(job, process.hProcess);
+    if (job != nullptr) ResumeThread(process.hThread);
     CloseHandle(process.hThread);
     return process.hProcess;
 }

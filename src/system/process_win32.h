@@ -35,9 +35,9 @@ class Handle {
 // run none that was planted at a shorter part of the path. A batch file is run by the
 // command processor. With `inherits` the program gets the handles that may be
 // inherited. Returns its process; null when it wants the rights of an administrator
-// and went to the shell, which one that inherits does not. Throws RunTimeError with
-// the system's reason.
+// and went to the shell, which one that inherits does not. With `job` it runs in that from
+// its first moment on. Throws RunTimeError with the system's reason.
 HANDLE createProcess(const std::wstring& program, std::wstring line, STARTUPINFOW startup,
-                     bool inherits, DWORD flags);
+                     bool inherits, DWORD flags, HANDLE job = nullptr);
 
 }  // namespace kestrel::win32

@@ -1,7 +1,10 @@
 #include "tank/build.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <optional>
 
@@ -104,6 +107,15 @@ std::wstring zeltorCommandLine(const BuildRequest& request, std::wstring_view bu
     });
     return std::wstring(builder) + L" -source " + request.source + L" -out " + request.target +
            L' ' + options;
+}
+
+std::vector<std::wstring> valuesToBeCut(const BuildRequest& request, const std::wstring& builder) {
+    std::vector<std::wstring> values;
+    if (!startsByLine()) return values;
+    std::ranges::copy_if(std::array{builder, request.source, request.target},
+                         std::back_inserter(values),
+                         [](const std::wstring& value) { return value.find(L' ') != value.npos; });
+    return values;
 }
 
 void gExecZeltor(BuildRequest& request, Launcher& launcher) {

@@ -56,6 +56,10 @@ std::vector<std::wstring> zeltorWords(const BuildRequest& request);
 // The whole command line, not quoted but for the four texts.
 std::wstring zeltorCommandLine(const BuildRequest& request, std::wstring_view builder);
 
+// What a builder that gets one line would cut: those of its own path, the source and the target
+// that hold blanks. None where it gets words.
+std::vector<std::wstring> valuesToBeCut(const BuildRequest& request, const std::wstring& builder);
+
 // Empties the request's spare option and starts the builder of the settings.
 // Offers another one when it cannot be started; reports when the last one still runs.
 void gExecZeltor(BuildRequest& request, Launcher& launcher);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -7,20 +8,14 @@
 #include <vector>
 
 #include "system/process.h"
+#include "tank/outputlog.h"
 
 // Starting a console program and reading what it writes.
 //
-// The program writes into a nameless temporary file rather than into a pipe: it
-// never waits for a reader, and it runs on undisturbed when its log, or this
-// program, is closed. Its input is at its end. It outlives this program.
+// The program writes into a pipe, and Kestrel keeps what comes out: nothing grows on the disk
+// that nobody watches, whatever ends. Its input is at its end. It outlives its log and this
+// program: what it writes then is lost.
 namespace kestrel {
-
-// What a started program did since it was last asked.
-struct ProgramOutput {
-    std::wstring text;
-    bool ended = false;  // and all of its output was handed out
-    int exitCode = 0;    // once ended; -1 when the system does not tell it
-};
 
 // Runs one program at a time. It is passive: somebody asks it.
 class Launcher {
@@ -36,53 +31,37 @@ class Launcher {
                          const std::vector<std::wstring>& words) = 0;
     // Why the last start was refused.
     virtual std::wstring errorText() const = 0;
-    // The next piece of what the program wrote to either stream; never waits. Empty
-    // when there is nothing at this moment. Without a program: ended.
-    virtual ProgramOutput poll() = 0;
+    // Puts the next piece of what the program wrote to either stream into its log; never waits.
+    // True when there was one: there may be more. A program that fills its log is told to end.
+    virtual bool poll() = 0;
+    // Tells the program, and all that it has started, to end. Where programs can be told so they
+    // get two seconds for it.
+    virtual void stop() = 0;
+    // Of the program that was started last; null before the first.
+    virtual std::shared_ptr<OutputLog> log() const = 0;
 };
 
-// A launcher of the system's programs.
-std::unique_ptr<Launcher> makeLauncher();
+// A launcher of the system's programs, whose logs keep so many bytes.
+std::unique_ptr<Launcher> makeLauncher(std::uint64_t mostKept = OutputLog::kMost);
 
-// Bytes that come in pieces as text: lines that are UTF-8, and others as consoleText()
-// reads them. What follows the first letter beyond ASCII waits for the end of its line.
-class OutputDecoder {
-  public:
-    std::wstring decode(std::string_view bytes);
-    // What still waits, once no more will come.
-    std::wstring rest();
-
-  private:
-    std::string waiting_;
-};
-
-// Output in pieces as the lines of a log: a line longer than any that a program
-// writes for people is broken, since a window takes the longer to show a line the
-// longer it is.
-class LogLines {
-  public:
-    static constexpr std::size_t kLongest = 4096;  // characters
-
-    std::wstring add(std::wstring_view text);
-
-  private:
-    std::size_t length_ = 0;  // of the line that has not ended
-};
-
-// A program that was started with a file for its output. The system's sources
-// implement it.
+// A program that was started with pipes for its streams. The system's sources implement it.
 class Child {
   public:
+    // The program runs on, unless it was told to stop: that is waited for.
     virtual ~Child() = default;
     // How it ended; nothing while it runs.
-    virtual std::optional<int> exitCode() = 0;
+    virtual std::optional<ProgramEnd> end() = 0;
     // The next bytes of its output, `most` at most; empty when there are none now.
     virtual std::string read(std::size_t most) = 0;
+    // As Launcher::stop().
+    virtual void stop() = 0;
 };
 
-// The text of output that is no UTF-8: on Windows in the page of consoles, else in the
-// program's own.
-std::wstring consoleText(std::string_view bytes);
+// What a pipe holds at most.
+inline constexpr std::size_t kPipeSize = std::size_t{1} << 20;
+
+// True where programs get one line, which they cut at blanks, and no words.
+bool startsByLine() noexcept;
 
 // Starts `program` with the whole `commandLine` or with `words`, as the system has it.
 // Throws RunTimeError with the system's reason.

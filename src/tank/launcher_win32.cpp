@@ -4,84 +4,122 @@
 
 #include <algorithm>
 
+#include "base/error.h"
 #include "system/codepage_win32.h"
-#include "system/filesystem.h"
 #include "system/process_win32.h"
 #include "system/systemerror.h"
 
 namespace kestrel {
 namespace {
 
-constexpr std::wstring_view kStart = L"Cannot start";
-constexpr DWORD kAnyShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-
-[[noreturn]] void raise(DWORD code, std::wstring_view path) {
-    throwSystemError(static_cast<int>(code), kStart, path);
-}
-
 using win32::Handle;
 
-// A file that is there; `inherited` for one that the started program gets.
-Handle open(const std::wstring& name, DWORD access, DWORD flags, bool inherited) {
-    SECURITY_ATTRIBUTES security{};
-    security.nLength = sizeof security;
-    security.bInheritHandle = inherited ? TRUE : FALSE;
-    Handle handle(
-        CreateFileW(name.c_str(), access, kAnyShare, &security, OPEN_EXISTING, flags, nullptr));
-    if (!handle.isOpen()) raise(GetLastError(), name);
+[[noreturn]] void raise(std::wstring_view path) {
+    throwSystemError(static_cast<int>(GetLastError()), L"Cannot start", path);
+}
+
+// What is there, for a started program to inherit.
+Handle inherited(const wchar_t* name, DWORD access) {
+    SECURITY_ATTRIBUTES security{sizeof security, nullptr, TRUE};
+    Handle handle(CreateFileW(name, access, FILE_SHARE_READ | FILE_SHARE_WRITE, &security,
+                              OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!handle.isOpen()) raise(name);
     return handle;
+}
+
+STARTUPINFOW streams(HANDLE input, HANDLE output) {
+    STARTUPINFOW startup{};
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdInput = input;
+    startup.hStdOutput = output;
+    startup.hStdError = output;
+    return startup;
+}
+
+void inherit(HANDLE handle, bool does) {
+    SetHandleInformation(handle, HANDLE_FLAG_INHERIT, does ? HANDLE_FLAG_INHERIT : 0);
 }
 
 class WindowsChild final : public Child {
   public:
-    WindowsChild(const std::wstring& program, std::wstring_view commandLine) {
-        const std::wstring name = filesystem::makeTemporary(L"kst");
-        // The file goes with the last one who has it open.
-        output_ = open(name, GENERIC_READ | DELETE,
-                       FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, false);
-        const Handle input = open(L"NUL", GENERIC_READ, FILE_ATTRIBUTE_NORMAL, true);
-        const Handle output =
-            open(name, FILE_APPEND_DATA | SYNCHRONIZE, FILE_ATTRIBUTE_NORMAL, true);
-        STARTUPINFOW startup{};
-        startup.dwFlags = STARTF_USESTDHANDLES;
-        startup.hStdInput = input.get();
-        startup.hStdOutput = output.get();
-        startup.hStdError = output.get();
-        process_ = Handle(win32::createProcess(program, std::wstring(commandLine), startup, true,
-                                               CREATE_NO_WINDOW));
+    WindowsChild(const std::wstring& program, std::wstring_view commandLine)
+        // What it starts on purpose goes on when it has ended, unless it is stopped.
+        : job_(CreateJobObjectW(nullptr, nullptr)) {
+        SECURITY_ATTRIBUTES security{sizeof security, nullptr, TRUE};
+        HANDLE ends[2]{};
+        if (!CreatePipe(&ends[0], &ends[1], &security, static_cast<DWORD>(kPipeSize))) {
+            raise(program);
+        }
+        output_ = Handle(ends[0]);
+        inherit(ends[0], false);
+        const Handle output(ends[1]);
+        const Handle input = inherited(L"NUL", GENERIC_READ);
+        process_ = Handle(win32::createProcess(program, std::wstring(commandLine),
+                                               streams(input.get(), output.get()), true,
+                                               CREATE_NO_WINDOW, job_.get()));
     }
 
-    std::optional<int> exitCode() override {
+    // Who writes into a pipe that nobody reads is told of an error, and may end.
+    ~WindowsChild() override {
+        DWORD waiting = 0;
+        const bool hasWriters =
+            PeekNamedPipe(output_.get(), nullptr, 0, nullptr, &waiting, nullptr) != 0;
+        if (hasWriters) drain();
+    }
+    WindowsChild(const WindowsChild&) = delete;
+    WindowsChild& operator=(const WindowsChild&) = delete;
+
+    std::optional<ProgramEnd> end() override {
         if (WaitForSingleObject(process_.get(), 0) == WAIT_TIMEOUT) return std::nullopt;
         DWORD code = 0;
-        return GetExitCodeProcess(process_.get(), &code) ? static_cast<int>(code) : -1;
+        if (!GetExitCodeProcess(process_.get(), &code)) return ProgramEnd{};
+        return ProgramEnd{ProgramEnd::kCode, static_cast<int>(code)};
     }
 
     std::string read(std::size_t most) override {
-        LARGE_INTEGER size{};
-        if (!GetFileSizeEx(output_.get(), &size) || size.QuadPart <= read_) return {};
-        const auto waiting = static_cast<std::size_t>(size.QuadPart - read_);
-        std::string bytes(std::min(most, waiting), '\0');
         DWORD count = 0;
-        if (!ReadFile(output_.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &count,
-                      nullptr)) {
-            raise(GetLastError(), L"");
+        if (!PeekNamedPipe(output_.get(), nullptr, 0, nullptr, &count, nullptr)) return {};
+        std::string bytes(std::min<std::size_t>(most, count), '\0');
+        if (bytes.empty() || !ReadFile(output_.get(), bytes.data(),
+                                       static_cast<DWORD>(bytes.size()), &count, nullptr)) {
+            return {};
         }
         bytes.resize(count);
-        read_ += count;
         return bytes;
     }
 
+    void stop() override {
+        TerminateJobObject(job_.get(), 1);
+        TerminateProcess(process_.get(), 1);
+    }
+
   private:
+    // A program of the system's reads the rest, and finds nothing in it.
+    void drain() const noexcept {
+        try {
+            const Handle output = inherited(L"NUL", GENERIC_WRITE);
+            inherit(output_.get(), true);
+            const Handle process(win32::createProcess(L"findstr.exe", L"findstr.exe /v .",
+                                                      streams(output_.get(), output.get()), true,
+                                                      CREATE_NO_WINDOW));
+        } catch (const RunTimeError&) {
+            // Nobody is left to tell.
+        }
+    }
+
+    Handle job_;
     Handle output_;
     Handle process_;
-    LONGLONG read_ = 0;
 };
 
 }  // namespace
 
 std::wstring consoleText(std::string_view bytes) {
     return textInPage(::GetOEMCP(), bytes);
+}
+
+bool startsByLine() noexcept {
+    return true;
 }
 
 std::unique_ptr<Child> startChild(const std::wstring& program, std::wstring_view commandLine,

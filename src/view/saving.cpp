@@ -40,6 +40,18 @@ bool agrees(std::wstring_view question) {
     return askUser(question, Icon::question, Buttons::noYes) == Answer::yes;
 }
 
+constexpr std::wstring_view kSaveAs = L"Select Save As Filename and Location";
+
+bool mayReplace() {
+    return agrees(L"File already exists. Replace existing file?");
+}
+
+// Asked at last.
+bool mayReplaceProtected(const std::wstring& path) {
+    return !filesystem::isProtected(path) ||
+           agrees(L'"' + path + L"\" is write-protected. Replace it anyway?");
+}
+
 // One saving of a text: what is asked, in its order, and what is then written.
 class Saving {
   public:
@@ -76,7 +88,7 @@ class Saving {
         const std::wstring_view start = viewed_.block     ? viewed_.block->path
                                         : viewed_.canEdit ? openPath_
                                                           : folderOf(openPath_);
-        return askForFile(L"Select Save As Filename and Location", filter, true, start);
+        return askForFile(kSaveAs, filter, true, start);
     }
 
     // The whole text for a target that holds `old`. The game reads bytes of its code page, and
@@ -95,7 +107,7 @@ class Saving {
 
     // What the target shall hold, once the user agrees; nothing when it stays.
     std::optional<std::string> replacement() const {
-        if (!agrees(L"File already exists. Replace existing file?")) return std::nullopt;
+        if (!mayReplace()) return std::nullopt;
         // What cannot be read cannot be kept either: that ends the saving.
         std::optional<std::string> read;
         if (isOwnFile_ || isGasName(target_)) read = filesystem::read(target_);
@@ -111,9 +123,7 @@ class Saving {
                 L"Overwrite it?");
         if (refused || place == Place::nowhere) return std::nullopt;
         auto bytes = place == Place::block ? inPlace() : std::optional(std::move(whole));
-        const bool may = !bytes || !filesystem::isProtected(target_) ||
-                         agrees(L'"' + target_ + L"\" is write-protected. Replace it anyway?");
-        return may ? std::move(bytes) : std::nullopt;
+        return !bytes || mayReplaceProtected(target_) ? std::move(bytes) : std::nullopt;
     }
 
     Place choosePlace(std::string_view old) const {
@@ -171,6 +181,16 @@ class Saving {
 
 bool saveViewedText(ViewedText& viewed, const OpenFile& openFile) {
     return guarded(L"saveViewedText", [&] { return Saving(viewed, openFile).save(); });
+}
+
+void saveBytes(std::string_view bytes) {
+    guarded(L"saveBytes", [&] {
+        const std::wstring target = askForFile(kSaveAs, kTextFiles, true);
+        if (target.empty()) return;
+        if (fileExists(target) && !(mayReplace() && mayReplaceProtected(target))) return;
+        const filesystem::Unprotected open(target);
+        filesystem::replace(target, bytes, {});
+    });
 }
 
 }  // namespace kestrel

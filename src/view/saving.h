@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "view/viewtext.h"
 
 namespace kestrel {
@@ -12,5 +14,8 @@ namespace kestrel {
 // it was loaded. Reloads the open file when that was written. True when the text was
 // written.
 bool saveViewedText(ViewedText& viewed, const OpenFile& openFile);
+
+// Asks for a file and writes the bytes into it, to replace one as above.
+void saveBytes(std::string_view bytes);
 
 }  // namespace kestrel

@@ -22,9 +22,13 @@ TEST_F(Hosts, NobodyToAskAgreesToNothing) {
     tellUser(L"Done.", Icon::information);
     EXPECT_EQ(promptUser(L"Which?", L"Title", L"before"), L"");
     const std::pair<Buttons, Answer> cases[] = {
-        {Buttons::ok, Answer::ok},    {Buttons::okCancel, Answer::cancel},
-        {Buttons::yesNo, Answer::no}, {Buttons::yesNoCancel, Answer::cancel},
-        {Buttons::noYes, Answer::no}, {Buttons::openDiscardLater, Answer::cancel},
+        {Buttons::ok, Answer::ok},
+        {Buttons::okCancel, Answer::cancel},
+        {Buttons::yesNo, Answer::no},
+        {Buttons::yesNoCancel, Answer::cancel},
+        {Buttons::noYes, Answer::no},
+        {Buttons::openDiscardLater, Answer::cancel},
+        {Buttons::leaveStopCancel, Answer::cancel},
     };
     for (const auto& [buttons, answer] : cases) {
         EXPECT_EQ(askUser(L"?", Icon::question, buttons), answer);

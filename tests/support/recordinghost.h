@@ -51,8 +51,9 @@ class RecordingHost final : public Messages,
                Buttons buttons) override {
         constexpr std::wstring_view kIcons[] = {L"none", L"information", L"question",
                                                 L"exclamation"};
-        constexpr std::wstring_view kButtons[] = {L"ok",          L"okCancel", L"yesNo",
-                                                  L"yesNoCancel", L"noYes",    L"openDiscardLater"};
+        constexpr std::wstring_view kButtons[] = {
+            L"ok",    L"okCancel",         L"yesNo",          L"yesNoCancel",
+            L"noYes", L"openDiscardLater", L"leaveStopCancel"};
         write("ask", {text, title, kIcons[static_cast<std::size_t>(icon)],
                       kButtons[static_cast<std::size_t>(buttons)]});
         const bool plain = buttons == Buttons::ok || buttons == Buttons::okCancel;

@@ -14,7 +14,7 @@ class PosixLauncher : public Launching {
   protected:
     // All that `program` writes.
     std::string run(const std::wstring& program, const std::vector<std::wstring>& words) {
-        EXPECT_EQ(launcher->start(program, program, words), Launcher::kStarted);
+        EXPECT_EQ(startProgram(program, program, words), Launcher::kStarted);
         return written();
     }
 };
@@ -22,12 +22,12 @@ class PosixLauncher : public Launching {
 TEST_F(PosixLauncher, TellsHowAProgramEnded) {
     EXPECT_EQ(run(L"/bin/sh", {L"-c", L"echo about to crash; kill -s ABRT $$"}),
               R"(about to crash\n)");
-    EXPECT_EQ(last.exitCode, 128 + 6);
-    EXPECT_EQ(launcher->poll().exitCode, 128 + 6);
+    EXPECT_EQ(state(), "ended by signal 6");
+    EXPECT_FALSE(launcher->poll());
     // Nobody is told how a program ended then.
     std::signal(SIGCHLD, SIG_IGN);
     EXPECT_EQ(play(L"nothing"), "");
-    EXPECT_EQ(last.exitCode, -1);
+    EXPECT_EQ(state(), "ended");
     std::signal(SIGCHLD, SIG_DFL);
 }
 
@@ -64,10 +64,53 @@ TEST_F(PosixLauncher, ItsFileHasNoNameAndItsChildrenAreGone) {
 }
 
 TEST_F(PosixLauncher, EndsWithTheProgramThoughAnotherKeepsItsStreams) {
-    // The other one ends with the folder.
-    EXPECT_EQ(run(L"/bin/sh", {L"-c", L"while [ -d " + folder.path() +
-                                          L" ]; do sleep 0.1; done & echo parent"}),
-              R"(parent\n)");
+    // The other one ends with the folder, and does not when it writes to nobody.
+    const std::wstring file = folder.path(L"beat");
+    const std::wstring other =
+        L"while [ -d " + folder.path() + L" ]; do yes | head -10000; touch " + file + L"; done";
+    EXPECT_TRUE(run(L"/bin/sh", {L"-c", L"echo parent; (" + other + L") & sleep 0.1"})
+                    .starts_with(R"(parent\n)"));
+    EXPECT_EQ(state(), "finished");
+    fs::remove(file);
+    waitUntil([&] { return fs::exists(file); });
+}
+
+// Whether they have a group of their own, or take no notice; those of another session go on.
+TEST_F(PosixLauncher, StoppingEndsAllThatItHasStarted) {
+    const auto stopped = [this](const std::wstring& script,
+                                std::initializer_list<const wchar_t*> beats) {
+        EXPECT_EQ(startProgram(L"/bin/sh", L"/bin/sh", {L"-c", script + L"; wait"}),
+                  Launcher::kStarted);
+        for (const wchar_t* beat : beats) {
+            waitUntil([&] { return fs::exists(folder.native(beat)); });
+        }
+        launcher->stop();
+        launcher->stop();
+        EXPECT_EQ(state(), "stopping");
+        const auto start = std::chrono::steady_clock::now();
+        written();
+        EXPECT_EQ(state(), "stopped");
+        return std::chrono::steady_clock::now() - start;
+    };
+    const std::wstring beat = L"while [ -d " + folder.path() + L" ]; do sleep 0.01; touch ";
+    const auto still = [this](std::wstring_view file) {
+        fs::remove(folder.native(file));
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        return !fs::exists(folder.native(file));
+    };
+    const std::wstring own = L"timeout 60 sh -c '" + beat + folder.path(L"own") + L"; done' & ";
+    const std::wstring deaf = L"trap '' TERM; " + beat + folder.path(L"deaf") + L"; done & ";
+    const std::wstring apart = L"setsid sh -c '" + beat + folder.path(L"apart") + L"; done' & true";
+    EXPECT_LT(stopped(own + apart, {L"own", L"apart"}), std::chrono::seconds(2));
+    EXPECT_GE(stopped(deaf + L"true", {L"deaf"}), std::chrono::seconds(2));
+    EXPECT_TRUE(still(L"own") && still(L"deaf"));
+    EXPECT_FALSE(still(L"apart"));
+    // One that goes waits for that, too.
+    startProgram(L"/bin/sh", L"/bin/sh", {L"-c", deaf + L"wait"});
+    waitUntil([&] { return !still(L"deaf"); });
+    launcher->stop();
+    launcher = makeLauncher();
+    EXPECT_TRUE(still(L"deaf"));
 }
 
 TEST_F(PosixLauncher, RefusedStartsTellTheReasonAtOnce) {
@@ -93,7 +136,7 @@ TEST_F(PosixLauncher, RefusedStartsTellTheReasonAtOnce) {
         const std::wstring program = c.builder.empty() ? L"-source" : c.builder;
         EXPECT_EQ(shown(launcher->errorText()),
                   "Cannot start '" + shown(program) + "': " + c.reason);
-        EXPECT_TRUE(launcher->poll().ended);
+        EXPECT_EQ(launcher->log(), nullptr);
     }
 }
 

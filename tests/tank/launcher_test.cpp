@@ -11,7 +11,7 @@ TEST_F(LauncherTest, HandsOutBothStreamsAsTextAndTheExitCode) {
                                   consoleText(line + std::string("\0b|", 3)) + L"\r\n\n\rend" +
                                   consoleText("\xE2\x82");
     EXPECT_EQ(play(L"dribble"), shown(expected));
-    EXPECT_EQ(last.exitCode, 0);
+    EXPECT_EQ(state(), "finished");
     EXPECT_EQ(play(L"nothing"), "");
 }
 
@@ -20,10 +20,10 @@ TEST_F(LauncherTest, HandsOutPiecesThatAWindowCanTakeIn) {
     ASSERT_EQ(start(L"flood"), Launcher::kStarted);
     waitForAll();
     for (const std::size_t size : {262'144U, 262'144U, 262'144U, 213'568U, 0U}) {
-        waitUntil([this] { return poll() || !last.text.empty(); });
-        EXPECT_EQ(last.text.size(), size);
+        waitUntil([this] { return poll() || !piece.empty(); });
+        EXPECT_EQ(piece.size(), size);
     }
-    EXPECT_TRUE(last.ended);
+    EXPECT_EQ(state(), "finished");
     EXPECT_EQ(text.substr(text.size() - 64), std::wstring(62, L'x') + L"\r\n");
 }
 
@@ -44,6 +44,46 @@ TEST_F(LauncherTest, StartsAnotherThoughNobodyAskedForTheLastOutput) {
     EXPECT_FALSE(poll()) << "half a letter waits for more";
     waitUntil([this] { return start(L"words") == Launcher::kStarted; });
     EXPECT_TRUE(written().starts_with("<-source>"));
+}
+
+TEST_F(LauncherTest, OneThatWritesTooMuchIsStopped) {
+    launcher = makeLauncher(1'000'000);
+    build = L"50";
+    ASSERT_EQ(start(L"flood"), Launcher::kStarted);
+    EXPECT_EQ(state(), "running");
+    written();
+    EXPECT_EQ(state(), "stopped, too much output");
+    launcher->log()->file().whole([&](std::string_view bytes) {
+        EXPECT_TRUE(bytes.ends_with("x\r\n") && bytes.size() == 1'000'000U);
+    });
+}
+
+TEST(OutputLog, TellsHowItsProgramStands) {
+    OutputLog log;
+    EXPECT_EQ(shown(log.stateText()), "running");
+    log.end = {ProgramEnd::kCode, -1073741819};
+    EXPECT_EQ(shown(log.stateText()), "failed with exit code 0xC0000005");
+}
+
+// Of more than 100 bytes the last ones, from the start of a line on.
+TEST(LogReader, GoesOnAtTheEndOfWhatIsTooLong) {
+    const auto log = std::make_shared<OutputLog>();
+    LogReader reader(log, 100);
+    const auto next = [&] {
+        const LogReader::Piece piece = reader.next();
+        return (piece.anew ? "anew: " : "") + shown(piece.text);
+    };
+    const std::string line = std::string(48, 'x') + "\r\n";
+    log->add("a\n\xC3");
+    EXPECT_EQ(next(), R"(a\n)");
+    log->add(line + line + line);
+    EXPECT_EQ(next(), "anew: " + shown(fromUtf8(line)));
+    log->add(line + "\xC3");
+    EXPECT_EQ(next(), shown(fromUtf8(line)));
+    EXPECT_EQ(next(), "");
+    log->end = ProgramEnd{};
+    EXPECT_EQ(next(), shown(consoleText("\xC3")));
+    EXPECT_EQ(next(), "");
 }
 
 TEST(LogLines, BreaksOnlyLinesThatAreTooLong) {

@@ -20,6 +20,7 @@ class Launching : public testing::Test {
     Launching() { setTemporaryFolder(temporary.native()); }
 
     void TearDown() override {
+        reader.reset();
         launcher.reset();
         setTemporaryFolder({});
         // One may stay until the system has let go of what the program had open.
@@ -42,7 +43,14 @@ class Launching : public testing::Test {
         request.target = target;
         request.build = build;
         request.title = part;
-        return launcher->start(zeltorCommandLine(request, builder), builder, zeltorWords(request));
+        return startProgram(zeltorCommandLine(request, builder), builder, zeltorWords(request));
+    }
+
+    Launcher::Result startProgram(const std::wstring& line, const std::wstring& program,
+                                  const std::vector<std::wstring>& words) {
+        const Launcher::Result result = launcher->start(line, program, words);
+        if (result == Launcher::kStarted) reader.emplace(launcher->log());
+        return result;
     }
 
     // Waits until the builder has written all.
@@ -50,12 +58,15 @@ class Launching : public testing::Test {
         waitUntil([this] { return folder.bytes(L"archive.dsres.done") == "done"; });
     }
 
-    // Takes the next piece of output; true for the last one.
+    // Takes the next piece of output; true once there will be none.
     bool poll() {
-        last = launcher->poll();
-        text += last.text;
-        return last.ended;
+        const bool more = launcher->poll();
+        piece = reader->next().text;
+        text += piece;
+        return !more && piece.empty() && launcher->log()->end;
     }
+
+    std::string state() const { return shown(launcher->log()->stateText()); }
 
     // All that the started program writes.
     std::string written() {
@@ -75,8 +86,9 @@ class Launching : public testing::Test {
     std::wstring target = folder.path(L"archive.dsres");
     std::unique_ptr<Launcher> launcher = makeLauncher();
     std::wstring build;  // for the stand-in
+    std::optional<LogReader> reader;
     std::wstring text;
-    ProgramOutput last;
+    std::wstring piece;
 };
 
 }  // namespace kestrel::test

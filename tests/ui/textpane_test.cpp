@@ -102,6 +102,13 @@ TEST_F(TextPaneTest, GivesBackWhatWasPutIn) {
             EXPECT_EQ(readOuts(), "Line: 3 Col: 5 Char: 15 Chars: 15 Lines: 3 ");
         }
     }
+    for (const std::wstring_view start : {L"\u00E9", L"lasttwo", L"three"}) {
+        pane->cutStart(1);
+        all.erase(0, all.find(start));
+        holds(all);
+    }
+    pane->cutStart(pane->GetLength());
+    holds(all);
 }
 
 TEST_F(TextPaneTest, CountsAndSelectsCharacters) {

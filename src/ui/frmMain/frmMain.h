@@ -206,6 +206,7 @@ class frmMain final : public wxFrame {
 
     // How it goes (leaving.cpp).
     void closing(wxCloseEvent& event);
+    bool mayLeaveBuilder();
     void shutDown();
     void leave();
     void endFrontDialog();

@@ -2,6 +2,7 @@
 #include <wx/app.h>
 #include <wx/evtloop.h>
 
+#include "services/program.h"
 #include "ui/common/dialogend.h"
 #include "ui/frmMain/frmMain.h"
 #include "ui/host/desktop.h"
@@ -18,10 +19,23 @@ void frmMain::closing(wxCloseEvent& event) {
         event.Veto();
         return;
     }
+    if (event.CanVeto() && !mayLeaveBuilder()) return event.Veto();
     shutDown();
     Hide();
     closing_.begin();
     leave();
+}
+
+// A builder that was told to stop is waited for when its launcher goes.
+bool frmMain::mayLeaveBuilder() {
+    const auto log = redLauncher_.log();
+    if (!redLauncher_.running() || log->stopping) return true;
+    const Answer answer = askUser(L"The builder is still making this archive:\r\n\r\n" + log->name +
+                                      L"\r\n\r\nLeave it running without its log, or stop it and "
+                                      L"leave the archive unfinished?",
+                                  Icon::question, Buttons::leaveStopCancel);
+    if (answer == Answer::no) redLauncher_.stop();
+    return answer != Answer::cancel;
 }
 
 void frmMain::leave() {

@@ -20,6 +20,7 @@ constexpr int kFirstWidth = 860;
 constexpr int kFirstHeight = 560;
 constexpr int kTreeWidth = 240;
 constexpr int kLeastPane = 90;
+constexpr int kFileShare = 5;
 
 // Far more than any chain that people write. A tree of many more is wider than
 // toolkits can draw.
@@ -43,7 +44,7 @@ std::array<wxButton*, TextCommands::kButtons + 1> withReset(const TextCommands& 
 }  // namespace
 
 frmSpecialize::frmSpecialize(wxWindow* parent, OpenFile openFile)
-    : TextWindow(parent, "Specializes Browser", "frmSpecialize", openFile, true),
+    : TextWindow(parent, "Specializes Browser", "frmSpecialize", openFile, kFileShare),
       openFile_(std::move(openFile)),
       treeWidth_(scaled(*this, kTreeWidth)),
       tvwTemplates(makeNodeTree(this, "tvwTemplates")),
@@ -149,8 +150,8 @@ void frmSpecialize::showSource() {
     TextBlock(chain_.text());
     const std::wstring name = shown_ < chain_.nodes().size() ? chain_.nodes()[shown_].text : L"";
     commands_.shows(chain_.block(), L"Edit Source: " + name);
-    stbMain->setPanel(TextCommands::pnlFile, fileName(chain_.source()));
-    stbMain->setTooltip(TextCommands::pnlFile, shownLine(chain_.source()));
+    stbMain->setPanel(TextCommands::pnlMore, fileName(chain_.source()));
+    stbMain->setTooltip(TextCommands::pnlMore, shownLine(chain_.source()));
 }
 
 void frmSpecialize::saveFiles() {

@@ -8,7 +8,7 @@
 #include "ui/common/listen.h"
 #include "ui/common/strings.h"
 #include "ui/common/twips.h"
-#include "ui/frmView/frmView.h"
+#include "ui/frmZeltor/builderlog.h"
 #include "ui/host/host_wx.h"
 
 namespace kestrel {
@@ -47,10 +47,6 @@ frmZeltor::frmZeltor(wxWindow* parent, TimedLauncher& launcher, OpenFile openFil
     bindCommands();
     pathsChanged();
     cboSourceFolder->SetFocus();
-}
-
-frmZeltor::~frmZeltor() {
-    redLauncher.onData = nullptr;
 }
 
 wxSizer* frmZeltor::buildMain() {
@@ -99,10 +95,12 @@ wxSizer* frmZeltor::buildFlags() {
 
 wxSizer* frmZeltor::buildButtons() {
     lblInfo = makeLink(this, "Click for more info on Zeltor...");
+    cmdCommands[kLastLog] = new wxButton(this, wxID_ANY, "&Last Log");
+    cmdCommands[kLastLog]->SetToolTip("Show what the last build has written");
     cmdCommands[kCreate] = new wxButton(this, wxID_ANY, "&Create");
     cmdCommands[kDone] = new wxButton(this, wxID_ANY, "&Done");
     cmdCommands[kCreate]->SetDefault();
-    return addButtons(lblInfo, {cmdCommands[kCreate], cmdCommands[kDone]});
+    return addButtons(lblInfo, {cmdCommands[kLastLog], cmdCommands[kCreate], cmdCommands[kDone]});
 }
 
 void frmZeltor::layOut() {
@@ -119,6 +117,7 @@ void frmZeltor::layOut() {
 
 void frmZeltor::bindCommands() {
     onPress(*cmdCommands[kCreate], [this] { create(); });
+    onPress(*cmdCommands[kLastLog], [this] { showLog(); });
     onPress(*cmdCommands[kPickSource], [this] {
         chooseFolder(*cboSourceFolder, L"Select the Source Folder of your New Tank file. ");
     });
@@ -131,6 +130,7 @@ void frmZeltor::bindCommands() {
 
 void frmZeltor::pathsChanged() {
     cmdCommands[kCreate]->Enable(!cboSourceFolder->text().empty() && !cboTarget->text().empty());
+    cmdCommands[kLastLog]->Enable(redLauncher.log() != nullptr);
 }
 
 void frmZeltor::create() {
@@ -143,9 +143,24 @@ void frmZeltor::create() {
         return refusePriority();
     }
     BuildRequest build = request();
+    if (!mayCut(build)) return;
+    const auto before = redLauncher.log();
     gExecZeltor(build, redLauncher);
-    // Nothing runs after a refused start, and there is nothing to be seen.
-    if (redLauncher.running()) showLog(target);
+    // There is nothing to be seen of a refused start, and another build's log is no other's.
+    if (redLauncher.log() == before) return;
+    redLauncher.log()->name = target;
+    showLog();
+}
+
+// Asked until the user agrees, once.
+bool frmZeltor::mayCut(const BuildRequest& request) {
+    const auto values = valuesToBeCut(request, gProgram().settings.zeltor);
+    if (values.empty() || cutsAgreed_) return true;
+    std::wstring text =
+        L"The builder gets its paths without quotes, and may cut these at blanks:\r\n";
+    for (const std::wstring& value : values) text.append(L"\r\n").append(value);
+    text += L"\r\n\r\nStart it anyway?";
+    return cutsAgreed_ = askUser(text, Icon::exclamation, Buttons::noYes) == Answer::yes;
 }
 
 BuildRequest frmZeltor::request() const {
@@ -163,17 +178,9 @@ BuildRequest frmZeltor::request() const {
     return request;
 }
 
-// The builder runs on when its log is closed.
-void frmZeltor::showLog(const std::wstring& target) {
-    frmView viewer(this, openFile_);
-    viewer.TextBlock(L"");
-    viewer.CanEdit(false);
-    viewer.SetTitle(shownLine(L"View Log: " + target));
-    redLauncher.onData = [&viewer, lines = LogLines()](std::wstring_view text) mutable {
-        viewer.txtView->append(lines.add(text));
-    };
-    showModal(viewer);
-    redLauncher.onData = nullptr;
+void frmZeltor::showLog() {
+    BuilderLog log(this, redLauncher, openFile_);
+    showModal(log);
 }
 
 void frmZeltor::pickTarget() {

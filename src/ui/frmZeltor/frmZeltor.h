@@ -19,9 +19,8 @@ class frmZeltor final : public PathDialog {
   public:
     // `launcher` must outlive the dialog; `openFile` is for the log's viewer.
     frmZeltor(wxWindow* parent, TimedLauncher& launcher, OpenFile openFile);
-    ~frmZeltor() override;
 
-    enum Command { kDone, kCreate, kPickSource, kPickTarget, kCommands };
+    enum Command { kDone, kCreate, kPickSource, kPickTarget, kLastLog, kCommands };
     enum Label {
         lblSource,
         lblTarget,
@@ -62,12 +61,14 @@ class frmZeltor final : public PathDialog {
     void entered() override { press(*cmdCommands[kCreate]); }
     void create();
     BuildRequest request() const;
-    void showLog(const std::wstring& target);
+    bool mayCut(const BuildRequest& request);
+    void showLog();
     void pickTarget();
     void priorityLeft();
     void refusePriority();
 
     OpenFile openFile_;
+    bool cutsAgreed_ = false;
 };
 
 }  // namespace kestrel

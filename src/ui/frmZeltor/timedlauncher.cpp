@@ -1,8 +1,10 @@
 #include "ui/frmZeltor/timedlauncher.h"
 
 #include <chrono>
+#include <utility>
 
 #include "services/guard.h"
+#include "services/program.h"
 
 namespace kestrel {
 namespace {
@@ -10,9 +12,9 @@ namespace {
 using Steady = std::chrono::steady_clock;
 
 constexpr int kPause = 50;  // milliseconds
-// How long output may be handed out at a time, and the pause when there is more,
-// in which the windows are painted.
-constexpr std::chrono::milliseconds kBusy{20};
+// How long output may be taken at a time, and the pause when there is more, in which the
+// windows live.
+constexpr std::chrono::milliseconds kBusy{5};
 constexpr int kShortPause = 10;
 
 }  // namespace
@@ -23,24 +25,24 @@ Launcher::Result TimedLauncher::start(std::wstring_view commandLine, std::wstrin
                                       const std::vector<std::wstring>& words) {
     const Result result = launcher_->start(commandLine, configured, words);
     if (result == kStarted) StartOnce(kPause);
-    running_ = result != kRefused;
     return result;
 }
 
 void TimedLauncher::Notify() {
-    // What fails once is not asked again.
-    running_ = false;
-    guarded(L"redLauncher_DataReceived", [&] { handOut(); });
+    // Before anything is told: the program shall not wait for the user.
+    StartOnce(kPause);
+    guarded(L"redLauncher_DataReceived", [&] { takeOutput(); });
 }
 
-void TimedLauncher::handOut() {
+void TimedLauncher::takeOutput() {
     const auto until = Steady::now() + kBusy;
-    ProgramOutput output;
-    do {
-        output = poll();
-        if (onData && !output.text.empty()) onData(output.text);
-    } while (!output.ended && !output.text.empty() && Steady::now() < until);
-    if (!output.ended) running_ = StartOnce(output.text.empty() ? kPause : kShortPause);
+    bool more = true;
+    while (more && Steady::now() < until) more = poll();
+    if (more) StartOnce(kShortPause);
+    if (!running()) Stop();
+    if (!log()->isFull() || std::exchange(told_, log()) == log()) return;
+    tellUser(L"The builder is stopped, since it has written more than 1 GB of output.",
+             Icon::exclamation);
 }
 
 }  // namespace kestrel

@@ -2,10 +2,10 @@
 
 #include <wx/timer.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tank/launcher.h"
 
@@ -21,19 +21,19 @@ class TimedLauncher final : public Launcher, private wxTimer {
     Result start(std::wstring_view commandLine, std::wstring_view configured,
                  const std::vector<std::wstring>& words) override;
     std::wstring errorText() const override { return launcher_->errorText(); }
-    ProgramOutput poll() override { return launcher_->poll(); }
+    bool poll() override { return launcher_->poll(); }
+    void stop() override { launcher_->stop(); }
+    std::shared_ptr<OutputLog> log() const override { return launcher_->log(); }
 
-    // False once the program has ended and all of its output was handed out.
-    bool running() const noexcept { return running_; }
-
-    std::function<void(std::wstring_view text)> onData;
+    // False once the program has ended and all of its output is in its log.
+    bool running() const { return log() && !log()->end; }
 
   private:
     void Notify() override;
-    void handOut();
+    void takeOutput();
 
     std::unique_ptr<Launcher> launcher_;
-    bool running_ = false;
+    std::shared_ptr<OutputLog> told_;  // that it was too long
 };
 
 }  // namespace kestrel

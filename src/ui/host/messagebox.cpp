@@ -42,7 +42,8 @@ constexpr ButtonSet kButtons[] = {
     {wxYES_NO, wxID_NO},
     {wxYES_NO | wxCANCEL, wxID_CANCEL},
     {wxYES_NO | wxNO_DEFAULT, wxID_NO},
-    {wxYES_NO | wxCANCEL, wxID_CANCEL, {"&Open", "&Discard", "&Later"}}};
+    {wxYES_NO | wxCANCEL, wxID_CANCEL, {"&Open", "&Discard", "&Later"}},
+    {wxYES_NO | wxCANCEL, wxID_CANCEL, {"&Leave Running", "&Stop", "&Cancel"}}};
 
 Answer answerOf(int id) {
     switch (id) {

@@ -43,13 +43,13 @@ const std::array<TextCommands::Row, 7> TextCommands::kRows = {{
     {kNoIndex, nullptr, nullptr, nullptr, 'A', wxMOD_CONTROL, &TextCommands::selectAll},
 }};
 
-TextCommands::TextCommands(wxTopLevelWindow& window, OpenFile openFile, bool file)
+TextCommands::TextCommands(wxTopLevelWindow& window, OpenFile openFile, int share)
     : window_(window),
       openFile_(std::move(openFile)),
       released_(
           window, [](const KeyPress& key) { return rowOf(key) != nullptr; },
           [this](const KeyPress& key) { run(*rowOf(key)); }) {
-    addControls(file);
+    addControls(share);
     window_.Bind(wxEVT_CHAR_HOOK, &TextCommands::keyPressed, this);
     // A window that takes the keyboard before it is shown may have no caption yet.
     listen(window_, wxEVT_ACTIVATE, [this](const wxActivateEvent& event) {
@@ -85,7 +85,7 @@ void TextCommands::paintBorder(wxPaintEvent&) {
     for (const wxWindow* window : framed_) canvas.DrawRectangle(window->GetRect().Inflate(1));
 }
 
-void TextCommands::addControls(bool file) {
+void TextCommands::addControls(int share) {
     txtView = new TextPane(&window_, "txtView");
     frame(*txtView);
     for (const Row& row : kRows) {
@@ -97,7 +97,7 @@ void TextCommands::addControls(bool file) {
         cmdCommands[static_cast<std::size_t>(row.index)] = button;
     }
     std::vector<StatusPanels::Panel> panels{{3, ""}, {2, ""}, {4, ""}, {4, ""}, {3, ""}};
-    if (file) panels.push_back({5, ""});
+    if (share > 0) panels.push_back({share, ""});
     stbMain = new StatusPanels(&window_, std::move(panels));
 }
 
@@ -137,6 +137,7 @@ void TextCommands::done() {
 }
 
 void TextCommands::save() {
+    if (savesOther && savesOther()) return;
     ViewedText text = viewed();
     if (!saveViewedText(text, openFile_)) return;
     loaded_ = text.loaded;

@@ -6,6 +6,7 @@
 #include <wx/toplevel.h>
 
 #include <array>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -23,10 +24,10 @@ namespace kestrel {
 class TextCommands final : public wxEvtHandler {
   public:
     enum Button { kDone, kSave, kCopy, kFind, kFindAgain, kScriptEditor, kButtons };
-    enum Panel { pnlLine, pnlCol, pnlChar, pnlChars, pnlLines, kPanels, pnlFile = kPanels };
+    enum Panel { pnlLine, pnlCol, pnlChar, pnlChars, pnlLines, kPanels, pnlMore = kPanels };
 
-    // With `file` the status bar has one more panel, pnlFile, for a name.
-    TextCommands(wxTopLevelWindow& window, OpenFile openFile, bool file = false);
+    // With a `share` of its width (a number has 3) the status bar has one more panel, pnlMore.
+    TextCommands(wxTopLevelWindow& window, OpenFile openFile, int share = 0);
     ~TextCommands() override;
 
     TextPane* txtView;
@@ -57,6 +58,9 @@ class TextCommands final : public wxEvtHandler {
     // Shows the text of a draft that was left, changed as it is, and goes on with that.
     void restore(LeftDraft left);
 
+    // What Save does in place of saving the text that is shown; false when it does not.
+    std::function<bool()> savesOther;
+
     // True when the window may close: nothing would be lost, or the user agrees. What ends
     // without being asked (`mayAsk` false) leaves its changes as a draft.
     bool mayClose(bool mayAsk);
@@ -76,7 +80,7 @@ class TextCommands final : public wxEvtHandler {
     };
     static const std::array<Row, 7> kRows;
 
-    void addControls(bool file);
+    void addControls(int share);
     void caretMoved();
     void forgetDraft();
     void paintBorder(wxPaintEvent& event);

@@ -116,22 +116,38 @@ void TextPane::setText(std::wstring_view text) {
 void TextPane::append(std::wstring_view text) {
     const std::optional<StandIn> shown = standIn(text);
     const std::string bytes = toUtf8(shown ? std::wstring_view(shown->text) : text);
-    checkLength(reference_.size() + bytes.size());
-    if (shown && !kept_) kept_ = fromUtf8(reference_);
+    checkLength(static_cast<std::size_t>(GetLength()) + bytes.size());
+    if (shown && !kept_) kept_ = fromUtf8(this->bytes());
     if (shown) addCuts(shown->cuts);
     if (kept_) kept_->append(text);
     surplus_ += bytes.size() - (shown ? shown->text.size() : text.size());
-    reference_ += bytes;
+    // Nobody changes the text, so nothing has to be compared with it.
+    reference_.clear();
     addUnedited(bytes);
     GotoPos(GetLength());
 }
 
+void TextPane::cutStart(int bytes) {
+    const int next = LineFromPosition(bytes) + 1;
+    const int end = next < GetLineCount() ? PositionFromLine(next) : 0;
+    const std::size_t characters = characterAt(end);
+    if (kept_) kept_->erase(0, shown_.toWhole(characters));
+    std::erase_if(shown_.cuts, [&](const HiddenPart& cut) { return cut.at < characters; });
+    for (HiddenPart& cut : shown_.cuts) cut.at -= characters;
+    surplus_ -= static_cast<std::size_t>(end) - characters;
+    changeUnedited([&] { DeleteRange(0, end); });
+}
+
 // Puts `bytes` at the end as a part of the text that was set.
 void TextPane::addUnedited(std::string_view bytes) {
+    changeUnedited([&] { AppendTextRaw(bytes.data(), static_cast<int>(bytes.size())); });
+}
+
+void TextPane::changeUnedited(const std::function<void()>& change) {
     SetModEventMask(0);
     SetReadOnly(false);
     SetUndoCollection(false);
-    AppendTextRaw(bytes.data(), static_cast<int>(bytes.size()));
+    change();
     SetUndoCollection(true);
     EmptyUndoBuffer();
     SetSavePoint();

@@ -23,6 +23,9 @@ class TextPane final : public wxStyledTextCtrl {
     // Adds `text` to a pane that cannot be edited and moves the caret to the end. It
     // counts as set. The time it takes does not depend on the text before it.
     void append(std::wstring_view text);
+    // Takes whole lines away from the start of such a text, so many bytes at least; none where
+    // that would be all.
+    void cutStart(int bytes);
     // Puts `text` in the place of the one that is shown, as its user would, who can undo it.
     void edit(std::wstring_view text);
     std::wstring text() const;
@@ -85,6 +88,7 @@ class TextPane final : public wxStyledTextCtrl {
     int braceAtCaret() const;
 
     void addUnedited(std::string_view bytes);
+    void changeUnedited(const std::function<void()>& change);
     void keyPressed(wxKeyEvent& event);
     void showMenu();
     void cutSelection();

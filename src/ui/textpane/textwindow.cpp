@@ -15,9 +15,9 @@ constexpr int kLeastTwips = 5000;
 }  // namespace
 
 TextWindow::TextWindow(wxWindow* parent, const wxString& title, const wxString& name,
-                       OpenFile openFile, bool file)
+                       OpenFile openFile, int share)
     : wxDialog(parent, wxID_ANY, title, wxDefaultPosition, wxDefaultSize, kStyle, name),
-      commands_(*this, std::move(openFile), file),
+      commands_(*this, std::move(openFile), share),
       txtView(commands_.txtView),
       stbMain(commands_.stbMain) {
     // Esc is one of the commands' keys, on its release.

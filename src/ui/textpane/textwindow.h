@@ -26,9 +26,9 @@ class TextWindow : public wxDialog, public FileKeeper {
     void saveFiles() override { commands_.keepDraft(); }
 
   protected:
-    // With `file` the status bar has a panel for a name.
+    // With `share` the status bar has a panel pnlMore.
     TextWindow(wxWindow* parent, const wxString& title, const wxString& name, OpenFile openFile,
-               bool file = false);
+               int share = 0);
 
     // Puts the buttons and the status bar below `content`; the first size is in DIP.
     void layOut(wxSizer* content, wxSizer* buttons, wxSize first);
