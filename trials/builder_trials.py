@@ -92,6 +92,45 @@ def try_a_builder_is_stopped_or_goes_on(k):
         dialog = request(k, target, Title="wait")
 
 
+def try_fields_of_an_archive_are_remembered(k):
+    """And nothing that was typed is replaced."""
+    first, second, title = k.desk.path("mod", "1.dsres"), k.desk.path("mod", "2.dsres"), "Title"
+    dialog = request(k, first, Title="words", Author="Me", Build="3", Copyright="(c)",
+                     Priority="12")
+    k.click("Protected?")
+
+    def has(text):
+        wait(lambda: k.find(title, "text").text() == text, f"the title {text!r}")
+
+    def build(target):
+        k.fill("Destination Tank Filename", target)
+        k.close(k.press("Create", "View Log: " + target))
+    build(first)
+    # What is no number is refused, also where it was pasted and never left.
+    k.fill("Title", "nothing")
+    k.keys("ctrl+a", "ctrl+c")
+    k.click("Priority")
+    k.keys("ctrl+a", "ctrl+v", "Return")
+    k.answer("Priority must be a number.", "OK", "Warning")
+    k.focus_is("Priority")
+    k.keys("ctrl+a")
+    k.type("4")
+    k.click("Protected?")
+    build(second)
+    k.close(dialog)
+    dialog = request(k, first)
+    has("words")
+    assert [k.find(name, "text").text() for name in ("Author", "Build", "Copyright", "Priority")
+            ] == ["Me", "3", "(c)", "12"] and k.find("Protected?").has("checked")
+    k.fill("Destination Tank Filename", second)
+    has("nothing")
+    assert k.find("Priority", "text").text() == "4" and not k.find("Protected?").has("checked")
+    k.fill("Build", "5")
+    k.fill("Destination Tank Filename", first)
+    assert k.find(title, "text").text() == "nothing" and k.find("Build", "text").text() == "5"
+    k.close(dialog)
+
+
 def try_a_long_log_is_cut_and_saved_whole(k):
     target, saved = k.desk.path("mod", "a.dsres"), k.desk.path("mod", "log.txt")
     dialog = request(k, target, Title="flood", Build="70")

@@ -1,6 +1,7 @@
 #include "tank/build.h"
 
 #include "base/paths.h"
+#include "tank/buildmemory.h"
 
 #include "support/recordinghost.h"
 #include "tank/launching.h"
@@ -74,6 +75,36 @@ TEST_F(Build, StartsTheConfiguredBuilderOrAnother) {
     folder.put(L"archive.dsres.go", "");
     reader.emplace(launcher->log());
     EXPECT_TRUE(written().starts_with("waiting"));
+}
+
+TEST(BuildMemory, KeepsTheFieldsOfTheLastTargets) {
+    RecordingHost host;
+    const TempFolder folder;
+    gProgram().folder = folder.path();
+    const std::wstring target = L"C:\\new\\tank.dsres";
+    const BuildFields fields{L"a \"b\"\t\\t", L"\r\n\u0436", L"1", L"", L"-7", true, false, true};
+    const BuildFields plain{L"T", L"", L"", L"", L"", false, true, false};
+    // Lines that are none, one of too few fields, and one whose values end early.
+    folder.put(L"zeltor3.his", "\x01\n\tx\t\r\nold\tx\r\nodd\t\\\ta\\q\tb\tc\td\tm?\r\n");
+    BuildMemory memory;
+    EXPECT_FALSE(memory.find(L"old") || memory.find(L""));
+    EXPECT_EQ(memory.find(L"odd"), (BuildFields{L"\\", L"aq", L"b", L"c", L"d", false, true}));
+    memory.keep(target, plain);
+    memory.keep(target, fields);
+    memory.keep(std::wstring(40'000, L'x'), plain);
+    memory.save();
+    EXPECT_EQ(BuildMemory().find(target), fields);
+    EXPECT_FALSE(BuildMemory().find(L"C:\\new\\tank"));
+    for (int i = 0; i < 15; ++i) memory.keep(std::to_wstring(i), plain);
+    memory.save();
+    EXPECT_EQ(BuildMemory().find(L"0"), plain);
+    EXPECT_EQ(BuildMemory().find(target), fields);
+    EXPECT_FALSE(BuildMemory().find(L"odd")) << "more than 16";
+    memory.keep(target, plain);
+    memory.save();
+    EXPECT_EQ(BuildMemory().find(target), plain);
+    EXPECT_EQ(BuildMemory().find(L"14"), plain);
+    EXPECT_EQ(host.logged("ask: "), Lines{});
 }
 
 }  // namespace

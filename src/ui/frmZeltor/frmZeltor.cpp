@@ -49,6 +49,11 @@ frmZeltor::frmZeltor(wxWindow* parent, TimedLauncher& launcher, OpenFile openFil
     cboSourceFolder->SetFocus();
 }
 
+void frmZeltor::saveFiles() {
+    PathDialog::saveFiles();
+    memory_.save();
+}
+
 wxSizer* frmZeltor::buildMain() {
     return addPaths(
         fraMain,
@@ -131,6 +136,8 @@ void frmZeltor::bindCommands() {
 void frmZeltor::pathsChanged() {
     cmdCommands[kCreate]->Enable(!cboSourceFolder->text().empty() && !cboTarget->text().empty());
     cmdCommands[kLastLog]->Enable(redLauncher.log() != nullptr);
+    const std::wstring target = cboTarget->text();
+    if (std::exchange(lastTarget_, target) != target) fillRemembered();
 }
 
 void frmZeltor::create() {
@@ -149,6 +156,8 @@ void frmZeltor::create() {
     // There is nothing to be seen of a refused start, and another build's log is no other's.
     if (redLauncher.log() == before) return;
     redLauncher.log()->name = target;
+    filled_ = fields();
+    memory_.keep(target, filled_);
     showLog();
 }
 
@@ -181,6 +190,33 @@ BuildRequest frmZeltor::request() const {
 void frmZeltor::showLog() {
     BuilderLog log(this, redLauncher, openFile_);
     showModal(log);
+}
+
+BuildFields frmZeltor::fields() const {
+    const auto text = [](const wxTextCtrl& box) { return fromWx(box.GetValue()); };
+    return {text(*txtTitle),       text(*txtAuthor),        text(*txtBuild),
+            text(*txtCopyright),   text(*txtPriority),      chkDev->GetValue(),
+            chkMPXfer->GetValue(), chkProtected->GetValue()};
+}
+
+void frmZeltor::fill(const BuildFields& fields) {
+    txtTitle->ChangeValue(toWx(fields.title));
+    txtAuthor->ChangeValue(toWx(fields.author));
+    txtBuild->ChangeValue(toWx(fields.build));
+    txtCopyright->ChangeValue(toWx(fields.copyright));
+    txtPriority->ChangeValue(toWx(fields.priority));
+    chkDev->SetValue(fields.dev);
+    chkMPXfer->SetValue(fields.multiPlayer);
+    chkProtected->SetValue(fields.isProtected);
+    filled_ = this->fields();
+}
+
+// What the user has changed since stays, all of it: half of one archive's fields and half of
+// another's would be neither's.
+void frmZeltor::fillRemembered() {
+    const auto known = memory_.find(cboTarget->text());
+    const BuildFields now = fields();
+    if (known && (now == filled_ || now == BuildFields())) fill(*known);
 }
 
 void frmZeltor::pickTarget() {

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "tank/build.h"
+#include "tank/buildmemory.h"
 #include "ui/common/pathdialog.h"
 #include "ui/frmZeltor/timedlauncher.h"
 #include "view/viewtext.h"
@@ -19,6 +20,8 @@ class frmZeltor final : public PathDialog {
   public:
     // `launcher` must outlive the dialog; `openFile` is for the log's viewer.
     frmZeltor(wxWindow* parent, TimedLauncher& launcher, OpenFile openFile);
+
+    void saveFiles() override;
 
     enum Command { kDone, kCreate, kPickSource, kPickTarget, kLastLog, kCommands };
     enum Label {
@@ -63,11 +66,17 @@ class frmZeltor final : public PathDialog {
     BuildRequest request() const;
     bool mayCut(const BuildRequest& request);
     void showLog();
+    BuildFields fields() const;
+    void fill(const BuildFields& fields);
+    void fillRemembered();
     void pickTarget();
     void priorityLeft();
     void refusePriority();
 
     OpenFile openFile_;
+    BuildMemory memory_;
+    std::wstring lastTarget_;  // as the box had it
+    BuildFields filled_;       // what the dialog put into the fields, or keeps of them
     bool cutsAgreed_ = false;
 };
 
