@@ -44,7 +44,7 @@ constexpr std::size_t kMostFolders = 20'000;
 constexpr std::size_t kMostLevels = 250;
 constexpr std::size_t kMany = 100'000;  // rows that take long to sort
 // A desktop's list takes half a microsecond a row.
-constexpr std::size_t kMostRows = 50'000;
+constexpr std::size_t kMostRows = 20'000;
 
 // The text of a file in an archive; nothing where it holds none.
 std::optional<std::wstring> wideText(std::string_view bytes) {
@@ -68,7 +68,9 @@ frmArchive::frmArchive(wxWindow* parent, std::unique_ptr<TankContents> contents,
     layOut();
     bind();
     fillTree();
-    showFolder(0);
+    lvwFiles->fill(contents_->items().size(),
+                   [this](const RowOrder& order) { return shownOf(order); });
+    tellShown();
     lvwFiles->window().SetFocus();
 }
 
@@ -242,10 +244,6 @@ RowOrder frmArchive::shownOf(const RowOrder& order) {
 
 void frmArchive::showFolder(std::uint32_t folder) {
     folder_ = folder;
-    if (lvwFiles->rows().empty() && folder == 0) {
-        lvwFiles->fill(contents_->items().size(),
-                       [this](const RowOrder& order) { return shownOf(order); });
-    }
     limit();
 }
 
@@ -263,6 +261,10 @@ void frmArchive::enter(std::uint32_t folder) {
 
 void frmArchive::limit() {
     lvwFiles->limit([this](const RowOrder& order) { return shownOf(order); });
+    tellShown();
+}
+
+void frmArchive::tellShown() {
     const bool all = found_.size() <= kMostRows;
     const std::wstring what =
         all ? L"Shown: " : L"The first " + std::to_wstring(kMostRows) + L" of ";

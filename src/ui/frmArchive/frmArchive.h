@@ -57,6 +57,7 @@ class frmArchive final : public wxDialog {
     void showFolder(std::uint32_t folder);
     void limit();
     void limitAnew();
+    void tellShown();
     void refresh();
     void activate();
     void view(std::uint32_t number);
