@@ -62,11 +62,11 @@ std::wstring ratioText(std::int64_t packed, std::int64_t size) {
     return size <= 0 ? L"" : std::to_wstring((packed * 100 + size / 2) / size) + L" %";
 }
 
+}  // namespace
+
 std::wstring counted(std::uint64_t count, std::wstring_view one, std::wstring_view many) {
     return std::to_wstring(count) + std::wstring(count == 1 ? one : many);
 }
-
-}  // namespace
 
 std::wstring textOf(const TankTotals& totals) {
     std::wstring text;

@@ -35,6 +35,9 @@ struct TankTotals {
     std::uint64_t packed = 0;
 };
 
+// The number and what it counts: `one` behind 1, else `many`.
+std::wstring counted(std::uint64_t count, std::wstring_view one, std::wstring_view many);
+
 // "1 folder, 2 files, 30 bytes, 15 packed (50 %)".
 std::wstring textOf(const TankTotals& totals);
 

@@ -84,7 +84,8 @@ class Targets {
 
     // The path to keep what stands at the place at.
     std::wstring backup(const Place& place) {
-        for (std::size_t i = 1;; ++i) {
+        constexpr std::size_t kMostBackups = 10'000;
+        for (std::size_t i = 1; i < kMostBackups; ++i) {
             const std::wstring name = numbered(place.name + L".bak", i);
             std::wstring path = joinPath(folders_[place.folder].path, name);
             if (filesystem::whatStands(path) == Standing::nothing &&
@@ -92,6 +93,7 @@ class Targets {
                 return path;
             }
         }
+        throw RunTimeError(kPathError, L"No name is left for a backup");
     }
 
     void tell(std::wstring line) {
@@ -245,6 +247,11 @@ class Extractor {
         bool exists;
     };
 
+    struct Waiting {
+        std::uint32_t number = 0;
+        std::size_t bytes = 0;
+    };
+
     bool goesOn(std::size_t index, std::size_t count) {
         if (outcome_.stopped) return false;
         scope_.show(percentage(index, count + 1),
@@ -298,7 +305,7 @@ class Extractor {
                     ++outcome_.replaced;
                 }
             } else {
-                waiting_.emplace(path, file.number);
+                waiting_[path] = {file.number, bytes.size()};
                 batch_.add(path, bytes);
             }
             ++outcome_.written;
@@ -318,9 +325,10 @@ class Extractor {
     // The files that wait for the disk.
     void settle() {
         for (const filesystem::Failure& failure : batch_.commit()) {
+            const Waiting& file = waiting_[failure.path];
             --outcome_.written;
-            const auto number = waiting_.find(failure.path);
-            fail(number == waiting_.end() ? 0 : number->second, failure.error.description());
+            outcome_.bytes -= file.bytes;
+            fail(file.number, failure.error.description());
         }
         waiting_.clear();
     }
@@ -359,13 +367,9 @@ class Extractor {
     Numbers numbers_;
     std::vector<File> files_;
     filesystem::Batch batch_;
-    std::unordered_map<std::wstring, std::uint32_t> waiting_;
+    std::unordered_map<std::wstring, Waiting> waiting_;
     std::size_t inARow_ = 0;
 };
-
-std::wstring counted(std::size_t count, std::wstring_view one, std::wstring_view many) {
-    return std::to_wstring(count) + std::wstring(count == 1 ? one : many);
-}
 
 }  // namespace
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <deque>
 
 #include "services/program.h"
@@ -34,7 +35,8 @@ class RecordingHost final : public Messages,
     std::size_t cancelAt = static_cast<std::size_t>(-1);
     std::size_t cancelAtBreath = static_cast<std::size_t>(-1);  // as above, of breathe()
     std::size_t breaths = 0;
-    bool logsProgressSteps = false;  // the ShowProgress calls too
+    std::chrono::steady_clock::time_point cancelledAt;  // of the last that was
+    bool logsProgressSteps = false;                     // the ShowProgress calls too
     std::size_t progressSteps = 0;
     std::size_t liveDialogs = 0;
 
@@ -107,7 +109,9 @@ class RecordingHost final : public Messages,
             host_.write("ShowProgress", {std::to_wstring(percentage), message});
         }
         void breathe() override {
-            cancelled_ = cancelled_ || ++host_.breaths > host_.cancelAtBreath;
+            if (cancelled_ || ++host_.breaths <= host_.cancelAtBreath) return;
+            cancelled_ = true;
+            host_.cancelledAt = std::chrono::steady_clock::now();
         }
         void Overall(std::wstring_view text) override { host_.write("Overall", {text}); }
         void CanCancel(bool can) override { host_.write("CanCancel", {can ? L"true" : L"false"}); }

@@ -24,6 +24,9 @@ ReportList::ReportList(wxWindow* parent, const wxString& name, std::vector<Colum
     : columns_(std::move(columns)),
       text_(std::move(text)),
       rows_(*makeRowList(parent, name, headersOf(columns_))) {
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+        if (columns_[i].isNumber) rows_.alignRight(i);
+    }
     rows_.text = [this](std::size_t row, std::size_t column) {
         return row < shown_.size() ? shownLine(text_(shown_[row], column)) : wxString();
     };

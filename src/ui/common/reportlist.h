@@ -21,6 +21,7 @@ class ReportList {
         const wchar_t* header;
         int width;  // the least, in pixels at 96 dots an inch
         int share;  // of the width that all of them leave
+        bool isNumber = false;
     };
     using Text = std::function<std::wstring(std::size_t position, std::size_t column)>;
 

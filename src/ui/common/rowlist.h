@@ -28,6 +28,8 @@ class RowList {
     virtual void setRowCount(std::size_t count) = 0;
     // Selects the row and scrolls it into view; nothing deselects.
     virtual void select(std::optional<std::size_t> row) = 0;
+    // For numbers.
+    virtual void alignRight(std::size_t column) = 0;
     virtual void showSorted(std::size_t column, bool ascending) = 0;
 
     // In pixels: of a column, and of what the rows have to show.

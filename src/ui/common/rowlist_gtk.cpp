@@ -174,6 +174,12 @@ class RowListGtk final : public TreeView, public RowList {
         showAnew([&] { count_ = count; });
     }
     void select(std::optional<std::size_t> row) override { row ? selectNode(*row) : unselect(); }
+    void alignRight(std::size_t column) override {
+        GList* cells = gtk_cell_layout_get_cells(GTK_CELL_LAYOUT(columns_.at(column)));
+        g_object_set(cells->data, "xalign", 1.0F, nullptr);
+        g_list_free(cells);
+        gtk_tree_view_column_set_alignment(columns_.at(column), 1);
+    }
     void showSorted(std::size_t column, bool ascending) override {
         for (std::size_t i = 0; i < columns_.size(); ++i) {
             gtk_tree_view_column_set_sort_indicator(columns_[i], i == column ? TRUE : FALSE);

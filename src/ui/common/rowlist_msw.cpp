@@ -48,6 +48,12 @@ class RowListMsw final : public wxListCtrl, public RowList {
         selecting_ = false;
     }
 
+    void alignRight(std::size_t column) override {
+        wxListItem format;
+        format.SetMask(wxLIST_MASK_FORMAT);
+        format.SetAlign(wxLIST_FORMAT_RIGHT);
+        SetColumn(static_cast<int>(column), format);
+    }
     void showSorted(std::size_t column, bool ascending) override {
         ShowSortIndicator(static_cast<int>(column), ascending);
     }

@@ -95,19 +95,19 @@ wxSizer* frmArchive::buildPanes() {
         Layout();
         Refresh();
     });
-    lvwFiles = std::make_unique<ReportList>(this, "lvwFiles",
-                                            std::vector<ReportList::Column>{{L"Name", 150, 3},
-                                                                            {L"Folder", 110, 2},
-                                                                            {L"Size", 80, 0},
-                                                                            {L"Packed", 80, 0},
-                                                                            {L"Ratio", 60, 0},
-                                                                            {L"Format", 70, 0},
-                                                                            {L"CRC", 90, 0}},
-                                            [this](std::size_t position, std::size_t column) {
-                                                return contents_->text(
-                                                    static_cast<std::uint32_t>(position),
-                                                    static_cast<TankColumn>(column));
-                                            });
+    lvwFiles = std::make_unique<ReportList>(
+        this, "lvwFiles",
+        std::vector<ReportList::Column>{{L"Name", 150, 3},
+                                        {L"Folder", 110, 2},
+                                        {L"Size", 80, 0, true},
+                                        {L"Packed", 80, 0, true},
+                                        {L"Ratio", 60, 0, true},
+                                        {L"Format", 70, 0},
+                                        {L"CRC", 90, 0, true}},
+        [this](std::size_t position, std::size_t column) {
+            return contents_->text(static_cast<std::uint32_t>(position),
+                                   static_cast<TankColumn>(column));
+        });
     setAccessibleName(lvwFiles->window(), "Files");
     auto* row = new wxBoxSizer(wxHORIZONTAL);
     treeItem_ = row->Add(&tvwFolders->window(), wxSizerFlags().Expand());
@@ -174,7 +174,7 @@ void frmArchive::bind() {
         if (node) showFolder(nodes_.at(*node));
     };
     lvwFiles->order = [this](const SortState& state) { return sorted(state); };
-    lvwFiles->onSorted = [this] { limitAnew(); };
+    lvwFiles->onSorted = [this] { limit(); };
     lvwFiles->onSelect = [this] { refresh(); };
     lvwFiles->onActivate = [this] { activate(); };
     const auto onPress = [](wxButton& button, std::function<void()> command) {
@@ -259,8 +259,11 @@ void frmArchive::enter(std::uint32_t folder) {
     lvwFiles->window().SetFocus();
 }
 
+// What was selected stays so where it is still shown.
 void frmArchive::limit() {
+    const auto selected = lvwFiles->selected();
     lvwFiles->limit([this](const RowOrder& order) { return shownOf(order); });
+    if (selected) lvwFiles->selectPosition(*selected);
     tellShown();
 }
 
@@ -269,13 +272,6 @@ void frmArchive::tellShown() {
     const std::wstring what =
         all ? L"Shown: " : L"The first " + std::to_wstring(kMostRows) + L" of ";
     stbMain->setPanel(pnlShown, what + textOf(contents_->totals(found_)));
-    refresh();
-}
-
-void frmArchive::limitAnew() {
-    const auto selected = lvwFiles->selected();
-    limit();
-    if (selected) lvwFiles->selectPosition(*selected);
     refresh();
 }
 

@@ -56,7 +56,6 @@ class frmArchive final : public wxDialog {
     void enter(std::uint32_t folder);
     void showFolder(std::uint32_t folder);
     void limit();
-    void limitAnew();
     void tellShown();
     void refresh();
     void activate();

@@ -5,6 +5,7 @@
 #include <memory>
 #include <utility>
 
+#include "base/error.h"
 #include "base/paths.h"
 #include "base/text.h"
 #include "services/files.h"
@@ -179,12 +180,14 @@ void frmTank::showProperties() {
 
 void frmTank::browse() {
     std::unique_ptr<TankContents> contents;
-    {
+    try {
         OwnerWx owner(*this);
         const std::wstring path = this->path();
         const ProgressScope scope(nullptr, &owner, L"Processing: " + std::wstring(fileName(path)));
         contents = std::make_unique<TankContents>(path, scope.dialog());
         if (scope.didCancel()) return;
+    } catch (const RunTimeError& error) {
+        return tellUser(error.description(), Icon::exclamation);
     }
     frmArchive window(this, std::move(contents), openFile_);
     showModal(window);
