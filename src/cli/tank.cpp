@@ -5,7 +5,6 @@
 #include "cli/commands.h"
 #include "cli/json.h"
 #include "cli/run.h"
-#include "services/files.h"
 #include "services/progress.h"
 #include "system/filesystem.h"
 #include "tank/extract.h"
@@ -19,8 +18,6 @@ using Numbers = TankContents::Numbers;
 // Runs `look` on what the archive of the call holds. It fails where that could not all be listed.
 template <class Look>
 int withContents(const Call& call, Look look) {
-    // Beside the user's settings a library is found, too.
-    if (gProgram().folder.empty()) gProgram().folder = chooseProgramFolder();
     call.terminal.catchInterrupts();
     call.terminal.about(call.operands[0]);
     try {
